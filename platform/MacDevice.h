@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+/**
+ * The maker's device library: an attached USB drive as the operating system sees it.
+ *
+ * Made by an ASMedia updater for its drive and used on the update worker's thread only.
+ */
+class MacDevice
+{
+public:
+    /// `serialNumber`: the drive's serial number, bytes as discovery reported them.
+    explicit MacDevice(std::string serialNumber);
+
+    /// Unmounts the drive's volumes. Returns nonzero on success, 0 when a volume is in use or the drive
+    /// is gone. An update counts as successful only when bit 0 of the value is set.
+    int unmountDisk();
+
+private:
+    std::string serialNumber;
+};
