@@ -1,0 +1,465 @@
+#include "ui/DeviceLayout.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QPixmapCache>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include <cstdio>
+#include <string>
+#include <utility>
+
+namespace {
+
+constexpr int DevicePictureSize = 48;
+constexpr int StatusPictureSize = 20;
+
+constexpr const char *OkPicture = ":/firmwareUpdater/Ok.png";
+constexpr const char *UpdatePicture = ":/firmwareUpdater/Update.png";
+constexpr const char *WarningPicture = ":/firmwareUpdater/Warning.png";
+constexpr const char *ErrorPicture = ":/firmwareUpdater/Error.png";
+
+QString textFrom(const std::string &bytes)
+{
+    return QString::fromLatin1(bytes.c_str());
+}
+
+/// The text of a builder's label, which is not needed for anything else.
+QString takeText(QLabel *label)
+{
+    const QString text = label->text();
+    delete label;
+    return text;
+}
+
+QLabel *newTextLabel(const QString &text)
+{
+    auto *label = new QLabel(text);
+    QFont font = QApplication::font();
+    font.setPixelSize(10);
+    label->setFixedHeight(12);
+    label->setFont(font);
+    return label;
+}
+
+/// The picture scaled to fit a square of `size` pixels; null when there is no such picture. Kept in the
+/// pixmap cache, since every refresh of the window asks for it again.
+QPixmap scaledPicture(const QString &path, int size)
+{
+    const QString key = path + '@' + QString::number(size);
+    QPixmap picture;
+    if (!QPixmapCache::find(key, &picture) && picture.load(path)) {
+        picture = picture.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+        QPixmapCache::insert(key, picture);
+    }
+    return picture;
+}
+
+QLabel *newStatusIcon(const QString &path)
+{
+    auto *icon = new QLabel;
+    icon->setPixmap(scaledPicture(path, StatusPictureSize));
+    return icon;
+}
+
+QHBoxLayout *newStatusRow(QLabel *text, QLabel *icon)
+{
+    auto *row = new QHBoxLayout;
+    row->addStretch();
+    row->addWidget(text, 0, Qt::AlignHCenter);
+    row->addWidget(icon, 0, Qt::AlignHCenter);
+    row->addStretch();
+    return row;
+}
+
+} // namespace
+
+DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
+    : deviceInfo(std::move(deviceInfo)), mainWindow(mainWindow)
+{
+    QPalette whiteBackground = palette();
+    whiteBackground.setBrush(QPalette::All, QPalette::Window, Qt::white);
+    setPalette(whiteBackground);
+
+    contentWidget = new QWidget(this);
+    // The buttons on it are connected to this page's slots, so the page lives as long.
+    connect(contentWidget, SIGNAL(destroyed()), this, SLOT(deleteLater()));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->addWidget(getIcon(), 0, Qt::AlignHCenter);
+    modelNameLabel = messageModelName();
+    layout->addWidget(modelNameLabel, 0, Qt::AlignHCenter);
+    firmwareVersionLabel = messageFirmwareVersion();
+    layout->addWidget(firmwareVersionLabel, 0, Qt::AlignHCenter);
+    firmwareStatusLabel = messageFirmwareStatus();
+    layout->addLayout(newStatusRow(firmwareStatusLabel, firmwareStatusIcon));
+    configurationStatusLabel = messageConfigurationStatus();
+    layout->addLayout(newStatusRow(configurationStatusLabel, configurationStatusIcon));
+    layout->addSpacing(10);
+
+    const bool firmwareRequired = this->deviceInfo.firmwareStatus == Status::UpdateRequired;
+    const bool configurationRequired = this->deviceInfo.configurationStatus == Status::UpdateRequired;
+    const bool allUpToDate = this->deviceInfo.firmwareStatus == Status::UpToDate
+        && this->deviceInfo.configurationStatus == Status::UpToDate;
+
+    if (this->deviceInfo.chipsetType != Chipset::NotSupported) {
+        updateButton = new QPushButton(this);
+        if (firmwareRequired && configurationRequired) {
+            updateButton->setText(tr("Update Firmware and Configuration"));
+            updateButton->setIcon(QIcon(UpdatePicture));
+        } else if (firmwareRequired) {
+            updateButton->setText(tr("Update Firmware"));
+            updateButton->setIcon(QIcon(UpdatePicture));
+        } else if (configurationRequired) {
+            updateButton->setText(tr("Update Configuration"));
+            updateButton->setIcon(QIcon(UpdatePicture));
+        } else if (allUpToDate) {
+            updateButton->setText(tr("Close"));
+        } else {
+            updateButton->setText(tr("Update"));
+            updateButton->setIcon(QIcon(WarningPicture));
+        }
+        if (allUpToDate) {
+            connect(updateButton, SIGNAL(clicked(bool)), qApp, SLOT(quit()));
+        } else {
+            connect(updateButton, SIGNAL(clicked(bool)), this, SLOT(updateDevice()));
+        }
+        layout->addWidget(updateButton, 0, Qt::AlignCenter);
+    }
+
+    auto *buttonRow = new QHBoxLayout;
+    buttonRow->addStretch();
+    // Not the order of the tests above: a drive that needs both is confirmed with "Update Firmware".
+    startButton = new QPushButton(this);
+    if (allUpToDate) {
+        startButton->setText(tr("Update Firmware and Configuration"));
+        startButton->setIcon(QIcon(UpdatePicture));
+    } else if (firmwareRequired) {
+        startButton->setText(tr("Update Firmware"));
+        startButton->setIcon(QIcon(UpdatePicture));
+    } else if (configurationRequired) {
+        startButton->setText(tr("Update Configuration"));
+        startButton->setIcon(QIcon(UpdatePicture));
+    } else {
+        startButton->setText(tr("Update"));
+        startButton->setIcon(QIcon(WarningPicture));
+    }
+    startButton->hide();
+    connect(startButton, SIGNAL(clicked(bool)), this, SLOT(startUpdate()));
+    buttonRow->addWidget(startButton);
+    buttonRow->addStretch();
+
+    cancelButton = new QPushButton(tr("Cancel"), this);
+    cancelButton->hide();
+    connect(cancelButton, SIGNAL(clicked(bool)), mainWindow, SLOT(cancelUpdate()));
+    buttonRow->addWidget(cancelButton);
+    buttonRow->addStretch();
+    layout->addLayout(buttonRow);
+
+    progressBar = new QProgressBar(this);
+    progressBar->setRange(0, 0);
+    progressBar->setMinimumWidth(300);
+    progressBar->hide();
+    auto *progressRow = new QHBoxLayout;
+    progressRow->addStretch();
+    // On the left side only, on purpose: the bar sits a little to the right.
+    progressRow->addSpacing(25);
+    progressRow->addWidget(progressBar, 0, Qt::AlignHCenter);
+    progressRow->addStretch();
+    layout->addLayout(progressRow);
+
+    finishButton = new QPushButton(tr("Finish"), this);
+    finishButton->hide();
+    connect(finishButton, SIGNAL(clicked(bool)), qApp, SLOT(quit()));
+    layout->addWidget(finishButton, 0, Qt::AlignCenter);
+
+    contentWidget->setLayout(layout);
+}
+
+void DeviceLayout::deviceSelected()
+{
+    modelNameLabel->setText(takeText(messageModelName()));
+    firmwareVersionLabel->setText(takeText(messageWarning()));
+    firmwareStatusLabel->setText(takeText(messageInstructions()));
+    firmwareStatusIcon->hide();
+    configurationStatusLabel->hide();
+    configurationStatusIcon->hide();
+    hideUpdateButton();
+    startButton->show();
+    cancelButton->show();
+    progressBar->hide();
+    finishButton->hide();
+    update();
+}
+
+void DeviceLayout::updateInProgess()
+{
+    modelNameLabel->setText(takeText(messageModelName()));
+    firmwareVersionLabel->setText(
+        QString("<b>%1</b>").arg(tr("DO NOT disconnect the device during the firmware update.")));
+    firmwareStatusLabel->setText(
+        QString("<b>%1</b>").arg(tr("Doing so may cause irreparable harm to your data and/or disk.")));
+    firmwareStatusIcon->hide();
+    configurationStatusLabel->hide();
+    configurationStatusIcon->hide();
+    hideUpdateButton();
+    startButton->hide();
+    cancelButton->hide();
+    progressBar->show();
+    finishButton->hide();
+    update();
+}
+
+void DeviceLayout::updateSuccess()
+{
+    modelNameLabel->setText(successLine());
+    firmwareVersionLabel->hide();
+    firmwareStatusLabel->setText(takeText(messageFirmwareStatus()));
+    configurationStatusLabel->setText(takeText(messageConfigurationStatus()));
+    // The icons on screen stay those of the construction; the page keeps the new ones to itself.
+    firmwareStatusIcon->setParent(this);
+    configurationStatusIcon->setParent(this);
+    hideUpdateButton();
+    startButton->hide();
+    cancelButton->hide();
+    progressBar->hide();
+    finishButton->setEnabled(true);
+    finishButton->show();
+    update();
+}
+
+void DeviceLayout::restartDevice()
+{
+    modelNameLabel->setText(successLine());
+    firmwareVersionLabel->hide();
+    firmwareStatusLabel->hide();
+    firmwareStatusIcon->setPixmap(scaledPicture(WarningPicture, DevicePictureSize));
+    configurationStatusLabel->setText(takeText(messageSuccess()));
+    configurationStatusIcon->hide();
+    progressBar->show();
+    hideUpdateButton();
+    startButton->hide();
+    cancelButton->hide();
+    finishButton->hide();
+    update();
+}
+
+void DeviceLayout::updateFailure()
+{
+    modelNameLabel->setText(takeText(messageModelName()));
+    firmwareVersionLabel->hide();
+    firmwareStatusLabel->hide();
+    firmwareStatusIcon->setPixmap(scaledPicture(ErrorPicture, DevicePictureSize));
+    configurationStatusLabel->setText(takeText(messageFailure()));
+    configurationStatusIcon->hide();
+    hideUpdateButton();
+    startButton->hide();
+    cancelButton->hide();
+    progressBar->hide();
+    finishButton->show();
+    update();
+}
+
+void DeviceLayout::updateDevice()
+{
+    connect(this, SIGNAL(updateDevice(QString)), mainWindow, SLOT(updateDevice(QString)));
+    emit updateDevice(textFrom(deviceInfo.serialNumber));
+}
+
+void DeviceLayout::startUpdate()
+{
+    connect(this, SIGNAL(startUpdate(QString)), mainWindow, SLOT(startUpdate(QString)));
+    emit startUpdate(textFrom(deviceInfo.serialNumber));
+}
+
+QLabel *DeviceLayout::getIcon()
+{
+    QString path;
+    if (deviceInfo.vendorId == Vendor::Usb) {
+        char buffer[512];
+        std::snprintf(buffer, sizeof buffer, ":/firmwareUpdater/device/0x0E7A/%04X.png",
+            static_cast<unsigned>(deviceInfo.productId));
+        path = buffer;
+    } else if (deviceInfo.vendorId == Vendor::FireWire) {
+        path = QString(":/firmwareUpdater/device/0xC5E2/%1.png").arg(textFrom(deviceInfo.modelName));
+    } else {
+        path = WarningPicture;
+    }
+    if (path.isNull()) {
+        path = ":/firmwareUpdater/device/UnknownDevice.png";
+    }
+    auto *icon = new QLabel;
+    icon->setPixmap(scaledPicture(path, DevicePictureSize));
+    return icon;
+}
+
+QLabel *DeviceLayout::messageModelName()
+{
+    return newTextLabel(QString("Tarvo %1").arg(textFrom(deviceInfo.modelName)));
+}
+
+QLabel *DeviceLayout::messageFirmwareVersion()
+{
+    if (deviceInfo.chipsetType == Chipset::NotSupported) {
+        return newTextLabel(QString());
+    }
+    switch (deviceInfo.firmwareStatus) {
+    case Status::UpdateRequired:
+        return newTextLabel(QString("%1 <b>%2</b> => <b>%3</b> %4")
+                                .arg(tr("(firmware version:"))
+                                .arg(textFrom(deviceInfo.firmwareVersion))
+                                .arg(textFrom(deviceInfo.newFirmwareVersion))
+                                .arg(tr(")")));
+    case Status::UpToDate:
+        return newTextLabel(QString("%1 <b>%2</b> %3")
+                                .arg(tr("(firmware version:"))
+                                .arg(textFrom(deviceInfo.firmwareVersion))
+                                .arg(tr(")")));
+    default:
+        return newTextLabel(QString("<b>%1</b>").arg(tr("Unknown firmware version !")));
+    }
+}
+
+QLabel *DeviceLayout::messageFirmwareStatus()
+{
+    if (deviceInfo.chipsetType == Chipset::NotSupported) {
+        firmwareStatusIcon = newStatusIcon(WarningPicture);
+        return newTextLabel(QString("<b>%1</b>").arg(tr("Device not supported !")));
+    }
+    switch (deviceInfo.firmwareStatus) {
+    case Status::UpdateRequired:
+        firmwareStatusIcon = newStatusIcon(UpdatePicture);
+        return newTextLabel(tr("Firmware: Update required!"));
+    case Status::UpToDate:
+        firmwareStatusIcon = newStatusIcon(OkPicture);
+        return newTextLabel(tr("Firmware: Up to date."));
+    default:
+        firmwareStatusIcon = newStatusIcon(WarningPicture);
+        return newTextLabel(tr("Firmware: Unknown status!"));
+    }
+}
+
+QLabel *DeviceLayout::messageConfigurationStatus()
+{
+    if (deviceInfo.chipsetType == Chipset::NotSupported) {
+        configurationStatusIcon = new QLabel;
+        return newTextLabel(QString());
+    }
+    switch (deviceInfo.configurationStatus) {
+    case Status::UpdateRequired:
+        configurationStatusIcon = newStatusIcon(UpdatePicture);
+        return newTextLabel(tr("Configuration: Update required!"));
+    case Status::UpToDate:
+        configurationStatusIcon = newStatusIcon(OkPicture);
+        return newTextLabel(tr("Configuration: Up to date."));
+    default:
+        configurationStatusIcon = newStatusIcon(WarningPicture);
+        return newTextLabel(tr("Configuration: Unknown status!"));
+    }
+}
+
+QLabel *DeviceLayout::messageInstructions()
+{
+    return newTextLabel(QString("%1<b>%2</b>%3 %4<b>%5</b>%6")
+                            .arg(tr("To update your device, press "))
+                            .arg(tr("\"Update\""))
+                            .arg(tr(" button."))
+                            .arg(tr("To update later, press "))
+                            .arg(tr("\"Cancel\""))
+                            .arg(tr(" button.")));
+}
+
+QLabel *DeviceLayout::messageWarning()
+{
+    const bool firmwareRequired = deviceInfo.firmwareStatus == Status::UpdateRequired;
+    const bool configurationRequired = deviceInfo.configurationStatus == Status::UpdateRequired;
+    const QString modelName = textFrom(deviceInfo.modelName);
+    if (firmwareRequired) {
+        return newTextLabel(
+            QString("%1<b>%2</b>%3<b>%4</b>%5<b>%6</b>%7")
+                .arg(tr("You are about to update your Tarvo "))
+                .arg(modelName)
+                .arg(configurationRequired ? tr(" firmware and configuration. (\"") : tr(" firmware. (\""))
+                .arg(textFrom(deviceInfo.firmwareVersion))
+                .arg(tr("\" => \""))
+                .arg(textFrom(deviceInfo.newFirmwareVersion))
+                .arg(tr("\")")));
+    }
+    if (configurationRequired) {
+        return newTextLabel(QString("%1<b>%2</b>%3")
+                                .arg(tr("You are about to update your Tarvo "))
+                                .arg(modelName)
+                                .arg(tr(" configuration.")));
+    }
+    return newTextLabel(QString());
+}
+
+QLabel *DeviceLayout::messageSuccess()
+{
+    const QString format = "%1<b>%2</b>%3";
+    const QString modelName = textFrom(deviceInfo.modelName);
+    const QString conclusion = tr(" hard drive to power off and power on the device.");
+    switch (deviceInfo.chipsetType) {
+    case Chipset::Asm1051:
+    case Chipset::Asm1051E:
+    case Chipset::Asm1053:
+        switch (deviceInfo.productId) {
+        case 0x1A20:
+        case 0x1A21:
+        case 0x1A24:
+        case 0x1A27:
+        case 0x1A28:
+        case 0x1A2B:
+        case 0x1A2E:
+        case 0x1A2F:
+        case 0x1A33:
+        case 0x1A35:
+        case 0x1A38:
+            return newTextLabel(
+                format.arg(tr("Please unplug and replug your Tarvo ")).arg(modelName).arg(conclusion));
+        case 0x1A3C:
+        case 0x1A3D:
+        case 0x1A41:
+        case 0x1A46:
+        case 0x1A4D:
+            return newTextLabel(
+                format.arg(tr("Please use the power button on your Tarvo ")).arg(modelName).arg(conclusion));
+        default:
+            return newTextLabel(QString());
+        }
+    case Chipset::NoUpdater:
+    case Chipset::OxSemiFireWire944:
+        return newTextLabel(tr("Your drive is now ready for use."));
+    default:
+        return newTextLabel(QString());
+    }
+}
+
+QLabel *DeviceLayout::messageFailure()
+{
+    return newTextLabel(QString("%1<b>%2</b>%3")
+                            .arg(tr("Error while updating your Tarvo "))
+                            .arg(textFrom(deviceInfo.modelName))
+                            .arg(tr(" device. Please retry.")));
+}
+
+/// The first line of a page whose drive was updated.
+QString DeviceLayout::successLine() const
+{
+    return QString("%1<b>%2</b>%3")
+        .arg(tr("Your Tarvo "))
+        .arg(textFrom(deviceInfo.modelName))
+        .arg(tr(" has been successfully updated."));
+}
+
+/// Drives behind an unsupported bridge have no update button.
+void DeviceLayout::hideUpdateButton()
+{
+    if (updateButton != nullptr) {
+        updateButton->hide();
+    }
+}

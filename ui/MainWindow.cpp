@@ -1,0 +1,315 @@
+#include "ui/MainWindow.h"
+
+#include "companion/QDKUtilities.h"
+#include "devices/DeviceDiscoveryThread.h"
+#include "ui/DeviceLayout.h"
+#include "update/UpdateDeviceThread.h"
+
+#include <QApplication>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <string>
+
+#include <unistd.h>
+
+namespace {
+constexpr int DevicesPerRow = 3;
+constexpr const char *Version = "1.1.6";
+constexpr const char *LogoPath = ":/firmwareUpdater/TarvoLogo.png";
+} // namespace
+
+MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
+{
+    resizeWindow(0);
+    setWindowIcon(QIcon(LogoPath));
+    titleLabel = new QLabel(tr("Tarvo Firmware Updater"));
+    setWindowTitle(titleLabel->text());
+
+    QPalette whiteBackground = palette();
+    whiteBackground.setBrush(QPalette::All, QPalette::Window, Qt::white);
+    setPalette(whiteBackground);
+
+    auto *blankPage = new QWidget(this);
+    pageStack = new QStackedWidget(this);
+    pageStack->addWidget(blankPage);
+
+    auto *layout = new QVBoxLayout;
+    layout->addWidget(pageStack);
+    setLayout(layout);
+
+    deviceList.clear();
+    updateWindow();
+
+    discoveryThread = new DeviceDiscoveryThread;
+    // Lists arrive queued, so their type has to be known before the first one is sent.
+    qRegisterMetaType<QVector<DeviceInfo>>("QVector<DeviceInfo>");
+    connect(discoveryThread, SIGNAL(updateDeviceList(QVector<DeviceInfo>)), this,
+        SLOT(updateDeviceList(QVector<DeviceInfo>)));
+    discoveryThread->start(QThread::InheritPriority);
+    setVisible(true);
+}
+
+MainWindow::~MainWindow()
+{
+    discoveryThread->stopRequested.store(true, std::memory_order_relaxed);
+}
+
+void MainWindow::updateWindow()
+{
+    auto *container = new QWidget;
+    auto *scrollArea = new QScrollArea;
+    scrollArea->setWidgetResizable(true);
+    auto *column = new QVBoxLayout;
+    column->addStretch();
+
+    if (!warnOfCompanion()) {
+        if (deviceList.empty()) {
+            addNoDriveMessage(column);
+        } else {
+            addDevicePages(column);
+        }
+    }
+    container->setLayout(column);
+    scrollArea->setWidget(container);
+
+    auto *versionLabel = new QLabel(QString("Orvi: %1").arg(Version));
+    QFont versionFont = QApplication::font();
+    versionFont.setStyle(QFont::StyleItalic);
+    versionFont.setPixelSize(10);
+    versionLabel->setFixedHeight(12);
+    versionLabel->setFont(versionFont);
+    auto *footer = new QHBoxLayout;
+    footer->setContentsMargins(0, 0, 0, 0);
+    footer->addWidget(versionLabel);
+
+    auto *pageLayout = new QVBoxLayout;
+    pageLayout->setContentsMargins(0, 0, 0, 0);
+    pageLayout->addWidget(scrollArea);
+    pageLayout->addLayout(footer);
+    auto *page = new QWidget;
+    page->setLayout(pageLayout);
+
+    pageStack->insertWidget(0, page);
+    QWidget *previousPage = pageStack->widget(1);
+    pageStack->removeWidget(previousPage);
+    delete previousPage;
+
+    resizeWindow(static_cast<int>(deviceList.size()));
+    update();
+}
+
+/// True when the companion product is installed and the user has now been told so, once a run.
+bool MainWindow::warnOfCompanion()
+{
+    if (!QDKUtilities::isQDKInstalled() || quaydeskWarningShown) {
+        return false;
+    }
+    // Set before the box opens: lists and results that arrive while it is open refresh the window too.
+    quaydeskWarningShown = true;
+    QMessageBox box(QMessageBox::Warning, tr("Tarvo Quaydesk installed and running"),
+        tr("Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before using Tarvo "
+           "Firmware Updater."),
+        QMessageBox::Ok);
+    box.setWindowIcon(QIcon(LogoPath));
+    box.setDefaultButton(QMessageBox::Ok);
+    box.button(QMessageBox::Ok)->setText(tr("Ok"));
+    if (box.exec() == QMessageBox::Ok) {
+        quitAtStartup = true;
+    }
+    return true;
+}
+
+void MainWindow::addNoDriveMessage(QBoxLayout *column)
+{
+    auto *message = new QLabel(QString("<b>%1</b><br/><br/><b>%2</b>")
+                                   .arg(tr("No compatible Tarvo device were found."))
+                                   .arg(tr("Please plug a compatible Tarvo device.")));
+    message->setAlignment(Qt::AlignCenter);
+    message->setWordWrap(true);
+    column->addWidget(message);
+    column->addStretch();
+}
+
+void MainWindow::addDevicePages(QBoxLayout *column)
+{
+    auto *row = new QHBoxLayout;
+    row->addStretch();
+    for (std::size_t index = 0; index < deviceList.size(); ++index) {
+        const DeviceInfo &device = deviceList[index];
+        if (updateState != Idle && !isSelected(device)) {
+            continue;
+        }
+        auto *devicePage = new DeviceLayout(this, device);
+        switch (updateState) {
+        case Idle:
+            // The first row is closed empty, so the drives start in the second.
+            if (index % DevicesPerRow == 0) {
+                column->addLayout(row);
+                column->addStretch();
+                row = new QHBoxLayout;
+                row->addStretch();
+            }
+            break;
+        case DeviceSelected:
+            devicePage->deviceSelected();
+            break;
+        case InProgress:
+            devicePage->updateInProgess();
+            break;
+        case Success:
+            devicePage->updateSuccess();
+            break;
+        case RestartDevice:
+            devicePage->restartDevice();
+            break;
+        case Failure:
+            devicePage->updateFailure();
+            break;
+        }
+        row->addWidget(devicePage->contentWidget, 0, Qt::AlignHCenter);
+        row->addStretch();
+    }
+    column->addLayout(row);
+    column->addStretch();
+}
+
+void MainWindow::resizeWindow(int deviceCount)
+{
+    setMinimumSize(350, 300);
+    setMaximumSize(850, 700);
+    const int rows = (deviceCount + DevicesPerRow - 1) / DevicesPerRow;
+    resize(850, rows * 200 + 120);
+}
+
+void MainWindow::updateDeviceList(QVector<DeviceInfo> incoming)
+{
+    const std::vector<DeviceInfo> newList(incoming.cbegin(), incoming.cend());
+    if (newList == deviceList) {
+        return;
+    }
+    deviceList = newList;
+    if (updateState == RestartDevice) {
+        followUpdatedDevice(newList);
+    } else {
+        // The page of the current state stays on screen once more; the next change shows all drives.
+        updateWindow();
+        updateState = Idle;
+    }
+}
+
+/// Waits for the updated drive to go away and, after that, for it to come back.
+void MainWindow::followUpdatedDevice(const std::vector<DeviceInfo> &newList)
+{
+    bool found = false;
+    for (const DeviceInfo &device : newList) {
+        if (!isSelected(device)) {
+            continue;
+        }
+        if (updatedDeviceUnplugged) {
+            updateState = Success;
+            updateWindow();
+        } else {
+            found = true;
+        }
+    }
+    updatedDeviceUnplugged = !found;
+}
+
+void MainWindow::updateDevice(QString deviceSerialNumber)
+{
+    selectedSerialNumber = deviceSerialNumber;
+    updateState = DeviceSelected;
+    updateWindow();
+}
+
+void MainWindow::startUpdate(QString deviceSerialNumber)
+{
+    discoveryThread->discoveryEnabled.store(false, std::memory_order_relaxed);
+    selectedSerialNumber = deviceSerialNumber;
+
+    DeviceInfo device;
+    // A copy, here and for the result: a refresh can show the companion warning, and while that is open
+    // a new list may arrive.
+    const std::vector<DeviceInfo> devices = deviceList;
+    for (const DeviceInfo &candidate : devices) {
+        if (isSelected(candidate)) {
+            device = candidate;
+            updateState = InProgress;
+            updateWindow();
+        }
+    }
+
+    updateThread = new UpdateDeviceThread(device, std::string(argv[0]));
+    connect(updateThread, SIGNAL(updateResult(bool)), this, SLOT(updateResult(bool)));
+    updateThread->start(QThread::InheritPriority);
+}
+
+void MainWindow::updateResult(bool result)
+{
+    if (!result) {
+        // Discovery stays paused: after a failure the list is frozen until the program is started again.
+        updateState = Failure;
+        updateWindow();
+        return;
+    }
+    const std::vector<DeviceInfo> devices = deviceList;
+    for (const DeviceInfo &device : devices) {
+        if (!isSelected(device)) {
+            continue;
+        }
+        switch (device.chipsetType) {
+        case Chipset::Asm1051:
+        case Chipset::Asm1051E:
+        case Chipset::Asm1053:
+            updatedDeviceUnplugged = false;
+            restartSecondFlag = false;
+            updateState = RestartDevice;
+            break;
+        default:
+            updateState = Success;
+            break;
+        }
+        updateWindow();
+    }
+    discoveryThread->discoveryEnabled.store(true, std::memory_order_relaxed);
+    updateWindow();
+}
+
+void MainWindow::cancelUpdate()
+{
+    selectedSerialNumber = "";
+    updateState = Idle;
+    updateWindow();
+}
+
+void MainWindow::terminateUpdate()
+{
+    selectedSerialNumber = "";
+    updateState = Idle;
+    discoveryThread->discoveryEnabled.store(true, std::memory_order_relaxed);
+    updateWindow();
+}
+
+void MainWindow::onExit()
+{
+    QDKUtilities::startService();
+    sleep(1);
+    if (relaunchQuaydeskOnExit) {
+        QDKUtilities::launchQDK();
+    } else if (relaunchStatusItemOnExit) {
+        QDKUtilities::launchQDKStatusItem();
+    }
+}
+
+bool MainWindow::isSelected(const DeviceInfo &device) const
+{
+    return QString::fromLatin1(device.serialNumber.c_str()) == selectedSerialNumber;
+}
