@@ -1,0 +1,258 @@
+#include "tests/platform/ScriptedPlatform.h"
+
+#include "platform/Asmedia105X.h"
+#include "platform/DeviceDiscovery.h"
+#include "platform/MacDevice.h"
+#include "platform/OxSemiFireWire.h"
+
+#include <QElapsedTimer>
+
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+namespace {
+
+struct Script
+{
+    std::mutex mutex;
+    std::condition_variable released;
+    std::vector<ScriptedPlatform::DeviceList> answers = {{}};
+    bool queriesHeld = false;
+    bool flashesHeld = false;
+    bool flashResult = true;
+    int unmountResult = 1;
+    QStringList calls;
+    QElapsedTimer sinceLastQuery;
+    QList<qint64> queryIntervals;
+};
+
+/// Never freed: threads that outlive a test still call the platform while the process ends.
+Script &script()
+{
+    static auto *const theScript = new Script;
+    return *theScript;
+}
+
+void remember(const QString &call)
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().calls.append(call);
+}
+
+QString text(const std::string &bytes)
+{
+    return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+bool flash(const std::string &imagePath)
+{
+    Script &s = script();
+    std::unique_lock<std::mutex> lock(s.mutex);
+    s.calls.append("updateDevice(" + text(imagePath) + ")");
+    s.released.wait(lock, [&s] { return !s.flashesHeld; });
+    return s.flashResult;
+}
+
+QString updaterName(int chipset)
+{
+    switch (chipset) {
+    case Chipset::Asm1051:
+        return "Asm1051";
+    case Chipset::Asm1051E:
+        return "Asm1051E";
+    case Chipset::Asm1053:
+        return "Asm1053";
+    case Chipset::OxSemiFireWire934:
+        return "OxSemiFireWire934";
+    default:
+        return "OxSemiFireWire944";
+    }
+}
+
+} // namespace
+
+void ScriptedPlatform::reset()
+{
+    Script &s = script();
+    {
+        const std::lock_guard<std::mutex> lock(s.mutex);
+        s.answers = {{}};
+        s.queriesHeld = false;
+        s.flashesHeld = false;
+        s.flashResult = true;
+        s.unmountResult = 1;
+        s.calls.clear();
+        s.sinceLastQuery.invalidate();
+        s.queryIntervals.clear();
+    }
+    s.released.notify_all();
+}
+
+void ScriptedPlatform::attach(const DeviceList &devices)
+{
+    attachInTurn({devices});
+}
+
+void ScriptedPlatform::attachInTurn(const std::vector<DeviceList> &answers)
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().answers = answers;
+}
+
+void ScriptedPlatform::holdQueries()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().queriesHeld = true;
+}
+
+void ScriptedPlatform::releaseQueries()
+{
+    {
+        const std::lock_guard<std::mutex> lock(script().mutex);
+        script().queriesHeld = false;
+    }
+    script().released.notify_all();
+}
+
+void ScriptedPlatform::setFlashResult(bool result)
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().flashResult = result;
+}
+
+void ScriptedPlatform::setUnmountResult(int result)
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().unmountResult = result;
+}
+
+void ScriptedPlatform::holdFlashes()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().flashesHeld = true;
+}
+
+void ScriptedPlatform::releaseFlashes()
+{
+    {
+        const std::lock_guard<std::mutex> lock(script().mutex);
+        script().flashesHeld = false;
+    }
+    script().released.notify_all();
+}
+
+QStringList ScriptedPlatform::calls()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    return script().calls;
+}
+
+int ScriptedPlatform::count(const QString &beginning)
+{
+    int matches = 0;
+    for (const QString &call : calls()) {
+        matches += call.startsWith(beginning) ? 1 : 0;
+    }
+    return matches;
+}
+
+QList<qint64> ScriptedPlatform::queryIntervals()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    return script().queryIntervals;
+}
+
+DeviceDiscovery::DeviceDiscovery()
+{
+    remember("DeviceDiscovery()");
+}
+
+DeviceDiscovery::~DeviceDiscovery()
+{
+    remember("~DeviceDiscovery()");
+}
+
+void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
+{
+    Script &s = script();
+    std::unique_lock<std::mutex> lock(s.mutex);
+    s.calls.append(QString("getTarvoDevice(%1)").arg(devices.size()));
+    if (s.sinceLastQuery.isValid()) {
+        s.queryIntervals.append(s.sinceLastQuery.elapsed());
+    }
+    s.sinceLastQuery.start();
+    s.released.wait(lock, [&s] { return !s.queriesHeld; });
+    devices = s.answers.front();
+    if (s.answers.size() > 1) {
+        s.answers.erase(s.answers.begin());
+    }
+}
+
+MacDevice::MacDevice(std::string serialNumber) : serialNumber(std::move(serialNumber)) { }
+
+int MacDevice::unmountDisk()
+{
+    remember("unmountDisk(" + text(serialNumber) + ")");
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    return script().unmountResult;
+}
+
+Asmedia105X::Asmedia105X(std::string serialNumber, int chipset)
+    : macDevice(new MacDevice(serialNumber)), serialNumber(std::move(serialNumber)), chipset(chipset)
+{
+    remember(updaterName(this->chipset) + "(" + text(this->serialNumber) + ")");
+}
+
+Asmedia105X::~Asmedia105X()
+{
+    remember("~" + updaterName(chipset) + "()");
+    delete macDevice;
+}
+
+bool Asmedia105X::updateDevice(std::string imagePath)
+{
+    return flash(imagePath);
+}
+
+Asm1051::Asm1051(std::string serialNumber) : Asmedia105X(std::move(serialNumber), Chipset::Asm1051) { }
+
+Asm1051::~Asm1051() = default;
+
+Asm1051E::Asm1051E(std::string serialNumber) : Asmedia105X(std::move(serialNumber), Chipset::Asm1051E) { }
+
+Asm1051E::~Asm1051E() = default;
+
+Asm1053::Asm1053(std::string serialNumber) : Asmedia105X(std::move(serialNumber), Chipset::Asm1053) { }
+
+Asm1053::~Asm1053() = default;
+
+OxSemiFireWire::OxSemiFireWire(std::string serialNumber, int chipset)
+    : serialNumber(std::move(serialNumber)), chipset(chipset)
+{
+    remember(updaterName(this->chipset) + "(" + text(this->serialNumber) + ")");
+}
+
+OxSemiFireWire::~OxSemiFireWire()
+{
+    remember("~" + updaterName(chipset) + "()");
+}
+
+bool OxSemiFireWire::updateDevice(std::string imagePath)
+{
+    return flash(imagePath);
+}
+
+OxSemiFireWire934::OxSemiFireWire934(std::string serialNumber)
+    : OxSemiFireWire(std::move(serialNumber), Chipset::OxSemiFireWire934)
+{
+}
+
+OxSemiFireWire934::~OxSemiFireWire934() = default;
+
+OxSemiFireWire944::OxSemiFireWire944(std::string serialNumber)
+    : OxSemiFireWire(std::move(serialNumber), Chipset::OxSemiFireWire944)
+{
+}
+
+OxSemiFireWire944::~OxSemiFireWire944() = default;

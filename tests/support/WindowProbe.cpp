@@ -1,0 +1,94 @@
+#include "tests/support/WindowProbe.h"
+
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QTest>
+
+#include <algorithm>
+
+namespace {
+
+/// The window's visible children of a kind, in reading order.
+template <typename Widget>
+QList<Widget *> onScreen(const QWidget &window)
+{
+    QList<Widget *> widgets;
+    for (Widget *widget : window.findChildren<Widget *>()) {
+        if (widget->isVisibleTo(&window)) {
+            widgets.append(widget);
+        }
+    }
+    std::stable_sort(widgets.begin(), widgets.end(), [&window](Widget *left, Widget *right) {
+        const QPoint a = left->mapTo(&window, left->rect().center());
+        const QPoint b = right->mapTo(&window, right->rect().center());
+        return a.y() != b.y() ? a.y() < b.y() : a.x() < b.x();
+    });
+    return widgets;
+}
+
+} // namespace
+
+QStringList WindowProbe::texts(const QWidget &window)
+{
+    QStringList texts;
+    for (const QLabel *label : onScreen<QLabel>(window)) {
+        if (!label->text().isEmpty()) {
+            texts.append(label->text());
+        }
+    }
+    return texts;
+}
+
+QList<QLabel *> WindowProbe::pictures(const QWidget &window)
+{
+    QList<QLabel *> pictures;
+    for (QLabel *label : onScreen<QLabel>(window)) {
+        if (!label->pixmap(Qt::ReturnByValue).isNull()) {
+            pictures.append(label);
+        }
+    }
+    return pictures;
+}
+
+QStringList WindowProbe::buttons(const QWidget &window)
+{
+    QStringList texts;
+    for (const QPushButton *button : onScreen<QPushButton>(window)) {
+        texts.append(button->text());
+    }
+    return texts;
+}
+
+bool WindowProbe::showsBusyBar(const QWidget &window)
+{
+    const QList<QProgressBar *> bars = onScreen<QProgressBar>(window);
+    return bars.size() == 1 && bars.first()->minimum() == 0 && bars.first()->maximum() == 0;
+}
+
+QPushButton *WindowProbe::button(const QWidget &window, const QString &text)
+{
+    for (QPushButton *button : onScreen<QPushButton>(window)) {
+        if (button->text() == text) {
+            return button;
+        }
+    }
+    return nullptr;
+}
+
+bool WindowProbe::click(const QWidget &window, const QString &text)
+{
+    QPushButton *const target = button(window, text);
+    if (target == nullptr) {
+        return false;
+    }
+    QTest::mouseClick(target, Qt::LeftButton);
+    return true;
+}
+
+QWidget *WindowProbe::stackPage(const QWidget &window)
+{
+    const auto *stack = window.findChild<QStackedWidget *>();
+    return stack->count() == 1 ? stack->widget(0) : nullptr;
+}

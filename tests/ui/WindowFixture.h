@@ -1,0 +1,73 @@
+#pragma once
+
+#include "tests/platform/ScriptedPlatform.h"
+#include "tests/support/StandInTools.h"
+#include "tests/support/WindowProbe.h"
+#include "ui/MainWindow.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QMetaObject>
+#include <QTest>
+#include <QVector>
+
+/// The scripted platform with its queries held, so that lists reach a window only as a test delivers them.
+class HeldPlatform
+{
+public:
+    HeldPlatform()
+    {
+        ScriptedPlatform::reset();
+        ScriptedPlatform::holdQueries();
+    }
+    ~HeldPlatform() { ScriptedPlatform::reset(); }
+    HeldPlatform(const HeldPlatform &) = delete;
+    HeldPlatform &operator=(const HeldPlatform &) = delete;
+};
+
+/// Arguments as the operating system hands them to the program.
+class Arguments
+{
+public:
+    int count = 1;
+    char **vector = pointers;
+
+private:
+    char program[sizeof "/opt/tarvo/tarvo-firmware-updater"] = "/opt/tarvo/tarvo-firmware-updater";
+    char *pointers[2] = {program, nullptr};
+};
+
+/// The real window over a scripted platform and stand-in tools.
+class WindowFixture
+{
+public:
+    /// Returns once the window's discovery thread waits in its first query.
+    WindowFixture()
+    {
+        if (!QTest::qWaitFor([] { return ScriptedPlatform::count("getTarvoDevice") == 1; })) {
+            qFatal("the window does not look for drives");
+        }
+    }
+    ~WindowFixture() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
+
+    /// Hands the window a list as the discovery thread does, but at once.
+    void deliver(const QVector<DeviceInfo> &list)
+    {
+        QMetaObject::invokeMethod(
+            &window, "updateDeviceList", Qt::DirectConnection, Q_ARG(QVector<DeviceInfo>, list));
+    }
+    /// Hands the window a worker's result, but at once.
+    void finish(bool result)
+    {
+        QMetaObject::invokeMethod(&window, "updateResult", Qt::DirectConnection, Q_ARG(bool, result));
+    }
+    QWidget *page() const { return WindowProbe::stackPage(window); }
+    QStringList texts() const { return WindowProbe::texts(window); }
+    QStringList buttons() const { return WindowProbe::buttons(window); }
+    bool click(const QString &button) { return WindowProbe::click(window, button); }
+
+    StandInTools tools;
+    HeldPlatform platform;
+    Arguments arguments;
+    MainWindow window{arguments.count, arguments.vector};
+};

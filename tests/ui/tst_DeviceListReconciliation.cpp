@@ -1,0 +1,322 @@
+#include "tests/support/DeviceRecords.h"
+#include "tests/ui/WindowFixture.h"
+
+#include <QtTest>
+
+using DeviceRecords::fireWireDrive;
+using DeviceRecords::usbDrive;
+
+namespace {
+
+DeviceInfo upToDate(DeviceInfo drive)
+{
+    drive.firmwareVersion = drive.newFirmwareVersion;
+    drive.firmwareStatus = Status::UpToDate;
+    drive.configurationStatus = Status::UpToDate;
+    return drive;
+}
+
+const QString ConfirmationLine =
+    "You are about to update your Tarvo <b>Pebble</b> firmware and configuration. "
+    "(\"<b>1.2</b>\" => \"<b>1.3</b>\")";
+const QString InProgressLine = "<b>DO NOT disconnect the device during the firmware update.</b>";
+const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
+const QString RestartLine =
+    "Please unplug and replug your Tarvo <b>Pebble</b> hard drive to power off and power on the device.";
+const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
+
+/// The window with drive "A", whose update has come to the restart.
+class RestartFixture : public WindowFixture
+{
+public:
+    RestartFixture()
+    {
+        deliver({usbDrive("A"), other});
+        click("Update Firmware and Configuration");
+        click("Update Firmware");
+        finish(true);
+    }
+
+    DeviceInfo other = fireWireDrive("OTHER");
+};
+
+} // namespace
+
+Q_DECLARE_METATYPE(QVector<DeviceInfo>)
+
+class tst_DeviceListReconciliation : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void sameListTwiceRebuildsNothing();
+    void emptyListOnAnEmptyWindowRebuildsNothing();
+    void changeOfTheListRebuilds_data();
+    void changeOfTheListRebuilds();
+    void statusFromZeroToOneRebuildsTheWholeWindow();
+    void swappedDrivesAreAChange();
+    void lastDriveUnpluggedShowsTheNoDriveMessage();
+    void changedListInEachState_data();
+    void changedListInEachState();
+    void updatedDriveIsFollowedOutAndBackIn();
+    void otherDriveChangingDuringTheRestartRebuildsNothing();
+    void driveBackAsAChangedRecordIsStillTheDrive();
+    void serialNumberWithHighBytesStillMatches();
+    void duplicateSerialNumbersEachCount();
+    void unpluggedFlagIsClearedByTheNextRestart();
+    void changeDuringConfirmationKeepsThePageAndItsButtonsWork_data();
+    void changeDuringConfirmationKeepsThePageAndItsButtonsWork();
+};
+
+void tst_DeviceListReconciliation::sameListTwiceRebuildsNothing()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A"), fireWireDrive("B")});
+    const QWidget *page = fixture.page();
+    fixture.tools.forgetCalls();
+    fixture.deliver({usbDrive("A"), fireWireDrive("B")});
+    QCOMPARE(fixture.page(), page);
+    QVERIFY(fixture.tools.calls().isEmpty());
+}
+
+void tst_DeviceListReconciliation::emptyListOnAnEmptyWindowRebuildsNothing()
+{
+    WindowFixture fixture;
+    const QWidget *page = fixture.page();
+    fixture.deliver({});
+    QCOMPARE(fixture.page(), page);
+}
+
+void tst_DeviceListReconciliation::changeOfTheListRebuilds_data()
+{
+    QTest::addColumn<QVector<DeviceInfo>>("next");
+    DeviceInfo changed = usbDrive("B");
+    changed.auxiliaryText1 = "other";
+    QTest::newRow("longer") << QVector<DeviceInfo>{usbDrive("A"), usbDrive("B"), usbDrive("C")};
+    QTest::newRow("shorter") << QVector<DeviceInfo>{usbDrive("A")};
+    QTest::newRow("empty") << QVector<DeviceInfo>{};
+    QTest::newRow("another order") << QVector<DeviceInfo>{usbDrive("B"), usbDrive("A")};
+    QTest::newRow("only an auxiliary text of the last drive") << QVector<DeviceInfo>{usbDrive("A"), changed};
+    QTest::newRow("another drive") << QVector<DeviceInfo>{usbDrive("A"), usbDrive("C")};
+}
+
+void tst_DeviceListReconciliation::changeOfTheListRebuilds()
+{
+    QFETCH(QVector<DeviceInfo>, next);
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A"), usbDrive("B")});
+    const QPointer<QWidget> page = fixture.page();
+    fixture.deliver(next);
+    QVERIFY(page.isNull());
+    QVERIFY(fixture.page() != nullptr);
+}
+
+void tst_DeviceListReconciliation::statusFromZeroToOneRebuildsTheWholeWindow()
+{
+    WindowFixture fixture;
+    DeviceInfo settling = usbDrive("A");
+    settling.firmwareStatus = 0;
+    fixture.deliver({settling, usbDrive("B")});
+    const QPointer<QWidget> page = fixture.page();
+    QVERIFY(fixture.texts().contains("Firmware: Unknown status!"));
+    settling.firmwareStatus = 1;
+    fixture.deliver({settling, usbDrive("B")});
+    QVERIFY(page.isNull());
+    QCOMPARE(fixture.texts().count("Firmware: Update required!"), 2);
+}
+
+void tst_DeviceListReconciliation::swappedDrivesAreAChange()
+{
+    WindowFixture fixture;
+    DeviceInfo second = usbDrive("B");
+    second.modelName = "Skiff";
+    fixture.deliver({usbDrive("A"), second});
+    fixture.deliver({second, usbDrive("A")});
+    QTest::qWait(0);
+    const QStringList texts = fixture.texts();
+    QVERIFY(texts.indexOf("Tarvo Skiff") >= 0);
+    QVERIFY(texts.indexOf("Tarvo Skiff") < texts.indexOf("Tarvo Pebble"));
+}
+
+void tst_DeviceListReconciliation::lastDriveUnpluggedShowsTheNoDriveMessage()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive()});
+    QVERIFY(!fixture.texts().first().contains("No compatible Tarvo device were found."));
+    fixture.deliver({});
+    QVERIFY(fixture.texts().first().contains("No compatible Tarvo device were found."));
+    QCOMPARE(fixture.window.size(), QSize(850, 300));
+}
+
+void tst_DeviceListReconciliation::changedListInEachState_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::addColumn<QString>("lineOfThePage");
+    QTest::newRow("Idle") << 0 << "Tarvo Pebble";
+    QTest::newRow("DeviceSelected") << 1 << ConfirmationLine;
+    QTest::newRow("InProgress") << 2 << InProgressLine;
+    QTest::newRow("Success") << 3 << SuccessLine;
+    QTest::newRow("Failure") << 5 << FailureLine;
+}
+
+void tst_DeviceListReconciliation::changedListInEachState()
+{
+    QFETCH(int, state);
+    QFETCH(QString, lineOfThePage);
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A")});
+    if (state != MainWindow::Idle) {
+        QVERIFY(fixture.click("Update Firmware and Configuration"));
+    }
+    if (state > MainWindow::DeviceSelected) {
+        QVERIFY(fixture.click("Update Firmware"));
+    }
+    if (state == MainWindow::Failure) {
+        fixture.finish(false);
+    }
+    if (state == MainWindow::Success) {
+        fixture.finish(true);
+        fixture.deliver({});
+        fixture.deliver({usbDrive("A")});
+    }
+    QVERIFY(fixture.texts().contains(lineOfThePage));
+
+    // The first change rebuilds the page of the state, for the selected drive only ...
+    const QPointer<QWidget> page = fixture.page();
+    fixture.deliver({usbDrive("A"), fireWireDrive("B")});
+    QVERIFY(page.isNull());
+    QVERIFY(fixture.texts().contains(lineOfThePage));
+    QCOMPARE(fixture.texts().contains("Tarvo Harbour FireWire"), state == MainWindow::Idle);
+
+    // ... and the state is Idle from then on: the next one shows all drives.
+    fixture.deliver({usbDrive("A"), fireWireDrive("C")});
+    QVERIFY(fixture.texts().contains("Tarvo Pebble"));
+    QVERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_DeviceListReconciliation::updatedDriveIsFollowedOutAndBackIn()
+{
+    RestartFixture fixture;
+    QVERIFY(fixture.texts().contains(RestartLine));
+
+    QWidget *restartPage = fixture.page();
+    fixture.deliver({fixture.other});
+    QCOMPARE(fixture.page(), restartPage);
+
+    fixture.deliver({upToDate(usbDrive("A")), fixture.other});
+    QVERIFY(fixture.page() != restartPage);
+    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(fixture.texts().contains("Firmware: Up to date."));
+    QCOMPARE(fixture.buttons(), QStringList{"Finish"});
+
+    // The next change shows the success page once more, the one after that all drives.
+    fixture.deliver({upToDate(usbDrive("A"))});
+    QVERIFY(fixture.texts().contains(SuccessLine));
+    fixture.deliver({upToDate(usbDrive("A")), fixture.other});
+    QVERIFY(!fixture.texts().contains(SuccessLine));
+    QStringList buttons = fixture.buttons();
+    buttons.sort();
+    QCOMPARE(buttons, (QStringList{"Close", "Update Firmware and Configuration"}));
+}
+
+void tst_DeviceListReconciliation::otherDriveChangingDuringTheRestartRebuildsNothing()
+{
+    RestartFixture fixture;
+    QWidget *restartPage = fixture.page();
+    fixture.deliver({usbDrive("A")});
+    fixture.deliver({usbDrive("A"), usbDrive("NEW")});
+    QCOMPARE(fixture.page(), restartPage);
+    // The updated drive never went away, so its presence is no return.
+    QVERIFY(fixture.texts().contains(RestartLine));
+}
+
+void tst_DeviceListReconciliation::driveBackAsAChangedRecordIsStillTheDrive()
+{
+    RestartFixture fixture;
+    // A change of the drive itself, still attached, is not its return either.
+    fixture.deliver({upToDate(usbDrive("A"))});
+    QVERIFY(fixture.texts().contains(RestartLine));
+    fixture.deliver({});
+    fixture.deliver({usbDrive("SOMEONE ELSE")});
+    QVERIFY(fixture.texts().contains(RestartLine));
+    fixture.deliver({usbDrive("SOMEONE ELSE"), upToDate(usbDrive("A"))});
+    QVERIFY(fixture.texts().contains(SuccessLine));
+}
+
+void tst_DeviceListReconciliation::serialNumberWithHighBytesStillMatches()
+{
+    WindowFixture fixture;
+    const std::string serialNumber = "S\xC4\xFF\x80N";
+    fixture.deliver({usbDrive("OTHER"), usbDrive(serialNumber)});
+    QPushButton *button = fixture.window.findChildren<QPushButton *>().last();
+    for (QPushButton *candidate : fixture.window.findChildren<QPushButton *>()) {
+        if (candidate->isVisible()) {
+            button = candidate;
+        }
+    }
+    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY(fixture.texts().contains(ConfirmationLine));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(ScriptedPlatform::count("Asm1051(" + QString::fromLatin1(serialNumber.c_str()) + ")"), 1);
+    fixture.finish(true);
+    fixture.deliver({usbDrive("OTHER")});
+    fixture.deliver({usbDrive(serialNumber)});
+    QVERIFY(fixture.texts().contains(SuccessLine));
+}
+
+void tst_DeviceListReconciliation::duplicateSerialNumbersEachCount()
+{
+    RestartFixture fixture;
+    fixture.deliver({});
+    fixture.tools.forgetCalls();
+    fixture.deliver({usbDrive("A"), usbDrive("A")});
+    // One refresh, and so one companion check, for each of the two records; both are shown.
+    QCOMPARE(fixture.tools.calls(), QStringList(2, "ls|/Library/LaunchDaemons"));
+    QCOMPARE(fixture.texts().count(SuccessLine), 2);
+}
+
+void tst_DeviceListReconciliation::unpluggedFlagIsClearedByTheNextRestart()
+{
+    RestartFixture fixture;
+    fixture.deliver({});
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.texts().contains(SuccessLine));
+    fixture.deliver({});
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    fixture.finish(true);
+    QVERIFY(fixture.texts().contains(RestartLine));
+    // Still attached: it has to go away once more before its presence means success.
+    fixture.deliver({usbDrive("A"), fixture.other});
+    QVERIFY(fixture.texts().contains(RestartLine));
+}
+
+void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsButtonsWork_data()
+{
+    QTest::addColumn<QString>("button");
+    QTest::newRow("start") << "Update Firmware";
+    QTest::newRow("cancel") << "Cancel";
+}
+
+void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsButtonsWork()
+{
+    QFETCH(QString, button);
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    fixture.deliver({usbDrive("A"), fireWireDrive("B")});
+    QVERIFY(fixture.texts().contains(ConfirmationLine));
+    QVERIFY(fixture.click(button));
+    if (button == "Cancel") {
+        QCOMPARE(fixture.buttons(), QStringList(2, "Update Firmware and Configuration"));
+    } else {
+        QVERIFY(fixture.texts().contains(InProgressLine));
+        QTRY_COMPARE(ScriptedPlatform::count("Asm1051(A)"), 1);
+    }
+}
+
+QTEST_MAIN(tst_DeviceListReconciliation)
+#include "tst_DeviceListReconciliation.moc"

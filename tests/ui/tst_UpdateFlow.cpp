@@ -1,0 +1,413 @@
+#include "tests/support/DeviceRecords.h"
+#include "tests/ui/WindowFixture.h"
+
+#include <QtTest>
+
+using DeviceRecords::fireWireDrive;
+using DeviceRecords::usbDrive;
+
+namespace {
+
+const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
+const QString FireWireSuccessLine = "Your Tarvo <b>Harbour FireWire</b> has been successfully updated.";
+const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
+const QString InProgressLine = "<b>DO NOT disconnect the device during the firmware update.</b>";
+
+enum class Look { List, Confirmation, InProgress, Success, Restart, Failure, Nothing };
+
+/// The look on screen, told by what a person sees of it.
+Look lookOf(const WindowFixture &fixture)
+{
+    const QStringList buttons = fixture.buttons();
+    const bool busy = WindowProbe::showsBusyBar(fixture.window);
+    if (buttons.contains("Cancel")) {
+        return Look::Confirmation;
+    }
+    if (busy) {
+        return fixture.texts().contains(InProgressLine) ? Look::InProgress : Look::Restart;
+    }
+    if (buttons == QStringList{"Finish"}) {
+        return fixture.texts().first().contains("successfully") ? Look::Success : Look::Failure;
+    }
+    return buttons.isEmpty() ? Look::Nothing : Look::List;
+}
+
+bool invoke(WindowFixture &fixture, const char *slot, const QString &serialNumber)
+{
+    return QMetaObject::invokeMethod(
+        &fixture.window, slot, Qt::DirectConnection, Q_ARG(QString, serialNumber));
+}
+
+} // namespace
+
+class tst_UpdateFlow : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void updateThenCancelReturnsToTheListOfAllDrives();
+    void cancelForgetsTheSelectedDrive();
+    void startHandsTheWorkerTheDriveAndTheImageFolder();
+    void resultDecidesThePage_data();
+    void resultDecidesThePage();
+    void bridgeIsTakenFromTheListAtTheTimeOfTheResult();
+    void startWithSeveralMatchesRebuildsForEachAndFlashesTheLast();
+    void discoveryIsPausedDuringTheFlashAndResumedAfterASuccess();
+    void afterAFailureAndCancelDrivesAreNotNoticedAnyMore();
+    void terminateResumesDiscoveryAfterAFailure();
+    void cancelDoesNotTouchDiscovery();
+    void fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage();
+    void usbSuccessRebuildsTwiceBothTimesWithTheRestartPage();
+    void startOfADriveThatIsGoneStillStartsAWorkerWhichFails();
+    void startOfADriveThatIsGoneOnAnEmptyListShowsTheNoDriveMessage();
+    void successOfADriveThatIsGoneOnlyResumesDiscovery();
+    void slotsActFromAnyState();
+    void eachUpdateHasAWorkerOfItsOwn();
+    void driveWithChipsetFourIsShownLikeASupportedOneButItsUpdateFails();
+    void clicksOnPagesThatTheRefreshDeletesAreSound();
+    void windowClosedDuringTheFlashDoesNotWaitForIt();
+    void wholeUsbUpdateOverTheRealThreads();
+};
+
+void tst_UpdateFlow::updateThenCancelReturnsToTheListOfAllDrives()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A"), fireWireDrive("B")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QCOMPARE(lookOf(fixture), Look::Confirmation);
+    QVERIFY(!fixture.texts().contains("Tarvo Harbour FireWire"));
+    QVERIFY(fixture.click("Cancel"));
+    QCOMPARE(fixture.buttons(), QStringList(2, "Update Firmware and Configuration"));
+}
+
+void tst_UpdateFlow::cancelForgetsTheSelectedDrive()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Cancel"));
+    // A result that arrives now has no drive to show: nothing is selected.
+    fixture.finish(false);
+    QCOMPARE(lookOf(fixture), Look::Nothing);
+    // A drive without a serial number is what the empty selection names.
+    fixture.deliver({usbDrive("")});
+    QCOMPARE(lookOf(fixture), Look::Failure);
+}
+
+void tst_UpdateFlow::startHandsTheWorkerTheDriveAndTheImageFolder()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QCOMPARE(lookOf(fixture), Look::InProgress);
+    QTRY_COMPARE(ScriptedPlatform::count("~Asm1051()"), 1);
+    QVERIFY(ScriptedPlatform::calls().contains("Asm1051(A)"));
+    QVERIFY(ScriptedPlatform::calls().contains("updateDevice(/opt/tarvo/pebble.tfw)"));
+}
+
+void tst_UpdateFlow::resultDecidesThePage_data()
+{
+    QTest::addColumn<int>("chipsetType");
+    QTest::addColumn<bool>("result");
+    QTest::addColumn<int>("look");
+    QTest::newRow("Asm1051, true") << 1 << true << int(Look::Restart);
+    QTest::newRow("Asm1051E, true") << 2 << true << int(Look::Restart);
+    QTest::newRow("Asm1053, true") << 3 << true << int(Look::Restart);
+    QTest::newRow("4, true") << 4 << true << int(Look::Success);
+    QTest::newRow("OxSemiFireWire934, true") << 5 << true << int(Look::Success);
+    QTest::newRow("OxSemiFireWire944, true") << 6 << true << int(Look::Success);
+    QTest::newRow("7, true") << 7 << true << int(Look::Success);
+    QTest::newRow("-1, true") << -1 << true << int(Look::Success);
+    for (const int chipsetType : {1, 2, 3, 4, 5, 6, 7, -1}) {
+        QTest::newRow(qPrintable(QString("%1, false").arg(chipsetType)))
+            << chipsetType << false << int(Look::Failure);
+    }
+}
+
+void tst_UpdateFlow::resultDecidesThePage()
+{
+    QFETCH(int, chipsetType);
+    QFETCH(bool, result);
+    QFETCH(int, look);
+    WindowFixture fixture;
+    DeviceInfo drive = usbDrive("A");
+    drive.chipsetType = chipsetType;
+    fixture.deliver({drive});
+    QVERIFY(invoke(fixture, "updateDevice", "A"));
+    fixture.finish(result);
+    QCOMPARE(int(lookOf(fixture)), look);
+}
+
+void tst_UpdateFlow::bridgeIsTakenFromTheListAtTheTimeOfTheResult()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    // One list was already on its way when discovery was paused; in it the drive has another bridge.
+    DeviceInfo changed = usbDrive("A");
+    changed.chipsetType = Chipset::OxSemiFireWire944;
+    fixture.deliver({changed});
+    QCOMPARE(lookOf(fixture), Look::InProgress);
+    fixture.finish(true);
+    QCOMPARE(lookOf(fixture), Look::Success);
+}
+
+void tst_UpdateFlow::startWithSeveralMatchesRebuildsForEachAndFlashesTheLast()
+{
+    WindowFixture fixture;
+    DeviceInfo second = usbDrive("A");
+    second.firmwareFileName = "second.tfw";
+    fixture.deliver({usbDrive("A"), usbDrive("B"), second});
+    fixture.tools.forgetCalls();
+    QVERIFY(invoke(fixture, "startUpdate", "A"));
+    QCOMPARE(fixture.tools.calls().size(), 2);
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice(/opt/tarvo/second.tfw)"), 1);
+    QCOMPARE(ScriptedPlatform::count("updateDevice(/opt/tarvo/pebble.tfw)"), 0);
+}
+
+void tst_UpdateFlow::discoveryIsPausedDuringTheFlashAndResumedAfterASuccess()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({fireWireDrive("A")});
+    ScriptedPlatform::holdFlashes();
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
+    const int queries = ScriptedPlatform::count("getTarvoDevice");
+    // Longer than the pause between two passes: no pass begins while the drive is being flashed.
+    QTest::qWait(2500);
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), queries);
+    ScriptedPlatform::releaseFlashes();
+    QTRY_COMPARE(lookOf(fixture), Look::Success);
+    QTRY_VERIFY(ScriptedPlatform::count("getTarvoDevice") > queries);
+}
+
+void tst_UpdateFlow::afterAFailureAndCancelDrivesAreNotNoticedAnyMore()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::setFlashResult(false);
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Failure);
+    QVERIFY(fixture.texts().contains(FailureLine));
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "cancelUpdate"));
+    QCOMPARE(lookOf(fixture), Look::List);
+    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
+    const int queries = ScriptedPlatform::count("getTarvoDevice");
+    QTest::qWait(2500);
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), queries);
+    QVERIFY(!fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateFlow::terminateResumesDiscoveryAfterAFailure()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::setFlashResult(false);
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Failure);
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "terminateUpdate"));
+    QCOMPARE(lookOf(fixture), Look::List);
+    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
+    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateFlow::cancelDoesNotTouchDiscovery()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Cancel"));
+    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
+    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateFlow::fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage()
+{
+    WindowFixture fixture;
+    fixture.deliver({fireWireDrive("A")});
+    QVERIFY(invoke(fixture, "updateDevice", "A"));
+    QStringList firstLines;
+    auto *stack = fixture.window.findChild<QStackedWidget *>();
+    connect(stack, &QStackedWidget::widgetRemoved, stack,
+        [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
+    fixture.finish(true);
+    QCOMPARE(firstLines, QStringList(2, FireWireSuccessLine));
+    QCOMPARE(lookOf(fixture), Look::Success);
+}
+
+void tst_UpdateFlow::usbSuccessRebuildsTwiceBothTimesWithTheRestartPage()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(invoke(fixture, "updateDevice", "A"));
+    QStringList firstLines;
+    auto *stack = fixture.window.findChild<QStackedWidget *>();
+    connect(stack, &QStackedWidget::widgetRemoved, stack,
+        [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
+    fixture.finish(true);
+    QCOMPARE(firstLines, QStringList(2, SuccessLine));
+    QCOMPARE(lookOf(fixture), Look::Restart);
+}
+
+void tst_UpdateFlow::startOfADriveThatIsGoneStillStartsAWorkerWhichFails()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A")});
+    const QWidget *page = fixture.page();
+    QVERIFY(invoke(fixture, "startUpdate", "GONE"));
+    QCOMPARE(fixture.page(), page);
+    QTRY_COMPARE(lookOf(fixture), Look::Nothing);
+    QVERIFY(fixture.texts() == QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(ScriptedPlatform::count("updateDevice"), 0);
+}
+
+void tst_UpdateFlow::startOfADriveThatIsGoneOnAnEmptyListShowsTheNoDriveMessage()
+{
+    WindowFixture fixture;
+    const QPointer<QWidget> page = fixture.page();
+    QVERIFY(invoke(fixture, "startUpdate", "GONE"));
+    QTRY_VERIFY(page.isNull());
+    QVERIFY(fixture.texts().first().contains("No compatible Tarvo device were found."));
+}
+
+void tst_UpdateFlow::successOfADriveThatIsGoneOnlyResumesDiscovery()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    fixture.deliver({usbDrive("B")});
+    fixture.tools.forgetCalls();
+    fixture.finish(true);
+    QCOMPARE(fixture.tools.calls().size(), 1);
+    // The list that had still arrived made the state Idle, and no record changed it again.
+    QCOMPARE(lookOf(fixture), Look::List);
+    ScriptedPlatform::attach({usbDrive("B"), fireWireDrive("C")});
+    ScriptedPlatform::releaseQueries();
+    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateFlow::slotsActFromAnyState()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A"), fireWireDrive("B")});
+    fixture.finish(true);
+    QVERIFY(invoke(fixture, "startUpdate", "A"));
+    QCOMPARE(lookOf(fixture), Look::InProgress);
+    QVERIFY(invoke(fixture, "updateDevice", "B"));
+    QCOMPARE(lookOf(fixture), Look::Confirmation);
+    fixture.finish(false);
+    QCOMPARE(lookOf(fixture), Look::Failure);
+    fixture.finish(true);
+    QCOMPARE(lookOf(fixture), Look::Success);
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "cancelUpdate"));
+    QCOMPARE(lookOf(fixture), Look::List);
+}
+
+void tst_UpdateFlow::eachUpdateHasAWorkerOfItsOwn()
+{
+    WindowFixture fixture;
+    fixture.deliver({fireWireDrive("A"), usbDrive("B")});
+    ScriptedPlatform::holdFlashes();
+    QVERIFY(invoke(fixture, "startUpdate", "A"));
+    QVERIFY(invoke(fixture, "startUpdate", "B"));
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 2);
+    ScriptedPlatform::setFlashResult(false);
+    ScriptedPlatform::releaseFlashes();
+    QTRY_COMPARE(lookOf(fixture), Look::Failure);
+    QVERIFY(fixture.texts().contains(FailureLine));
+}
+
+void tst_UpdateFlow::driveWithChipsetFourIsShownLikeASupportedOneButItsUpdateFails()
+{
+    WindowFixture fixture;
+    DeviceInfo drive = usbDrive("A");
+    drive.chipsetType = Chipset::NoUpdater;
+    fixture.deliver({drive});
+    QVERIFY(fixture.texts().contains("(firmware version: <b>1.2</b> => <b>1.3</b> )"));
+    QVERIFY(fixture.texts().contains("Firmware: Update required!"));
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Failure);
+    QCOMPARE(ScriptedPlatform::count("updateDevice"), 0);
+}
+
+void tst_UpdateFlow::clicksOnPagesThatTheRefreshDeletesAreSound()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A")});
+    for (int turn = 0; turn < 5; ++turn) {
+        const QPointer<QPushButton> update =
+            WindowProbe::button(fixture.window, "Update Firmware and Configuration");
+        QTest::mouseClick(update, Qt::LeftButton);
+        QVERIFY(update.isNull());
+        const QPointer<QPushButton> cancel = WindowProbe::button(fixture.window, "Cancel");
+        QTest::mouseClick(cancel, Qt::LeftButton);
+        QVERIFY(cancel.isNull());
+        QCoreApplication::processEvents();
+    }
+    // The same by keyboard: Space presses the button that has the focus.
+    QPushButton *update = WindowProbe::button(fixture.window, "Update Firmware and Configuration");
+    update->setFocus();
+    QTest::keyClick(update, Qt::Key_Space);
+    const QPointer<QPushButton> start = WindowProbe::button(fixture.window, "Update Firmware");
+    QVERIFY(!start.isNull());
+    QTest::mouseClick(start, Qt::LeftButton);
+    QVERIFY(start.isNull());
+    QCOMPARE(lookOf(fixture), Look::InProgress);
+}
+
+void tst_UpdateFlow::windowClosedDuringTheFlashDoesNotWaitForIt()
+{
+    QElapsedTimer timer;
+    {
+        WindowFixture fixture;
+        ScriptedPlatform::holdFlashes();
+        fixture.deliver({usbDrive("A")});
+        QVERIFY(invoke(fixture, "startUpdate", "A"));
+        QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
+        timer.start();
+    }
+    QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+    // The fixture's end let the flash go; its result has no receiver any more.
+    QTRY_COMPARE(ScriptedPlatform::count("~Asm1051()"), 1);
+    QCoreApplication::processEvents();
+}
+
+void tst_UpdateFlow::wholeUsbUpdateOverTheRealThreads()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Restart);
+    ScriptedPlatform::attach({});
+    const int queries = ScriptedPlatform::count("getTarvoDevice");
+    QTRY_VERIFY(ScriptedPlatform::count("~DeviceDiscovery") > queries);
+    QCOMPARE(lookOf(fixture), Look::Restart);
+    ScriptedPlatform::attach({usbDrive("A")});
+    QTRY_COMPARE(lookOf(fixture), Look::Success);
+    QVERIFY(fixture.texts().contains(SuccessLine));
+}
+
+QTEST_MAIN(tst_UpdateFlow)
+#include "tst_UpdateFlow.moc"
