@@ -138,7 +138,7 @@ private:
 
 static void raiseHand()
 {
-    new Hand;
+    new Hand(QCoreApplication::instance());
 }
 
 Q_COREAPP_STARTUP_FUNCTION(raiseHand)

@@ -1,5 +1,6 @@
 #include "tests/support/StandInTools.h"
 
+#include <QImageReader>
 #include <QtTest>
 
 #include <memory>

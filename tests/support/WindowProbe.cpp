@@ -87,6 +87,15 @@ bool WindowProbe::click(const QWidget &window, const QString &text)
     return true;
 }
 
+QStringList WindowProbe::repeated(int times, const QString &text)
+{
+    QStringList list;
+    while (list.size() < times) {
+        list.append(text);
+    }
+    return list;
+}
+
 QWidget *WindowProbe::stackPage(const QWidget &window)
 {
     const auto *stack = window.findChild<QStackedWidget *>();

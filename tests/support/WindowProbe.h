@@ -23,6 +23,9 @@ QPushButton *button(const QWidget &window, const QString &text);
 /// Presses and releases the left mouse button over it. False when it is not there.
 bool click(const QWidget &window, const QString &text);
 
+/// The text, so many times: what several equal buttons or labels read.
+QStringList repeated(int times, const QString &text);
+
 /// The one page of the window's stack.
 QWidget *stackPage(const QWidget &window);
 

@@ -5,7 +5,10 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QLabel>
+#include <QPixmap>
 #include <QPointer>
+#include <QPushButton>
 #include <QVBoxLayout>
 #include <QWidget>
 

@@ -1,6 +1,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/ui/WindowFixture.h"
 
+#include <QPushButton>
 #include <QtTest>
 
 using DeviceRecords::fireWireDrive;
@@ -272,7 +273,7 @@ void tst_DeviceListReconciliation::duplicateSerialNumbersEachCount()
     fixture.tools.forgetCalls();
     fixture.deliver({usbDrive("A"), usbDrive("A")});
     // One refresh, and so one companion check, for each of the two records; both are shown.
-    QCOMPARE(fixture.tools.calls(), QStringList(2, "ls|/Library/LaunchDaemons"));
+    QCOMPARE(fixture.tools.calls(), WindowProbe::repeated(2, "ls|/Library/LaunchDaemons"));
     QCOMPARE(fixture.texts().count(SuccessLine), 2);
 }
 
@@ -311,7 +312,7 @@ void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsBut
     QVERIFY(fixture.texts().contains(ConfirmationLine));
     QVERIFY(fixture.click(button));
     if (button == "Cancel") {
-        QCOMPARE(fixture.buttons(), QStringList(2, "Update Firmware and Configuration"));
+        QCOMPARE(fixture.buttons(), WindowProbe::repeated(2, "Update Firmware and Configuration"));
     } else {
         QVERIFY(fixture.texts().contains(InProgressLine));
         QTRY_COMPARE(ScriptedPlatform::count("Asm1051(A)"), 1);

@@ -1,6 +1,8 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/ui/WindowFixture.h"
 
+#include <QPushButton>
+#include <QStackedWidget>
 #include <QtTest>
 
 using DeviceRecords::fireWireDrive;
@@ -77,7 +79,7 @@ void tst_UpdateFlow::updateThenCancelReturnsToTheListOfAllDrives()
     QCOMPARE(lookOf(fixture), Look::Confirmation);
     QVERIFY(!fixture.texts().contains("Tarvo Harbour FireWire"));
     QVERIFY(fixture.click("Cancel"));
-    QCOMPARE(fixture.buttons(), QStringList(2, "Update Firmware and Configuration"));
+    QCOMPARE(fixture.buttons(), WindowProbe::repeated(2, "Update Firmware and Configuration"));
 }
 
 void tst_UpdateFlow::cancelForgetsTheSelectedDrive()
@@ -245,7 +247,7 @@ void tst_UpdateFlow::fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage()
     connect(stack, &QStackedWidget::widgetRemoved, stack,
         [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
     fixture.finish(true);
-    QCOMPARE(firstLines, QStringList(2, FireWireSuccessLine));
+    QCOMPARE(firstLines, WindowProbe::repeated(2, FireWireSuccessLine));
     QCOMPARE(lookOf(fixture), Look::Success);
 }
 
@@ -259,7 +261,7 @@ void tst_UpdateFlow::usbSuccessRebuildsTwiceBothTimesWithTheRestartPage()
     connect(stack, &QStackedWidget::widgetRemoved, stack,
         [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
     fixture.finish(true);
-    QCOMPARE(firstLines, QStringList(2, SuccessLine));
+    QCOMPARE(firstLines, WindowProbe::repeated(2, SuccessLine));
     QCOMPARE(lookOf(fixture), Look::Restart);
 }
 
