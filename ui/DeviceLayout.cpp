@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QHBoxLayout>
+#include <QHash>
 #include <QIcon>
 #include <QLabel>
 #include <QPixmapCache>
@@ -59,6 +60,18 @@ QPixmap scaledPicture(const QString &path, int size)
     return picture;
 }
 
+/// The icon of that picture. Made once, since every icon object puts scaled copies of its own into the pixmap
+/// cache; never freed, since that would come after the application object's end.
+QIcon buttonIcon(const QString &path)
+{
+    static auto &icons = *new QHash<QString, QIcon>;
+    auto icon = icons.find(path);
+    if (icon == icons.end()) {
+        icon = icons.insert(path, QIcon(path));
+    }
+    return *icon;
+}
+
 QLabel *newStatusIcon(const QString &path)
 {
     auto *icon = new QLabel;
@@ -110,18 +123,18 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
         updateButton = new QPushButton(this);
         if (firmwareRequired && configurationRequired) {
             updateButton->setText(tr("Update Firmware and Configuration"));
-            updateButton->setIcon(QIcon(UpdatePicture));
+            updateButton->setIcon(buttonIcon(UpdatePicture));
         } else if (firmwareRequired) {
             updateButton->setText(tr("Update Firmware"));
-            updateButton->setIcon(QIcon(UpdatePicture));
+            updateButton->setIcon(buttonIcon(UpdatePicture));
         } else if (configurationRequired) {
             updateButton->setText(tr("Update Configuration"));
-            updateButton->setIcon(QIcon(UpdatePicture));
+            updateButton->setIcon(buttonIcon(UpdatePicture));
         } else if (allUpToDate) {
             updateButton->setText(tr("Close"));
         } else {
             updateButton->setText(tr("Update"));
-            updateButton->setIcon(QIcon(WarningPicture));
+            updateButton->setIcon(buttonIcon(WarningPicture));
         }
         if (allUpToDate) {
             connect(updateButton, SIGNAL(clicked(bool)), qApp, SLOT(quit()));
@@ -137,16 +150,16 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
     startButton = new QPushButton(this);
     if (allUpToDate) {
         startButton->setText(tr("Update Firmware and Configuration"));
-        startButton->setIcon(QIcon(UpdatePicture));
+        startButton->setIcon(buttonIcon(UpdatePicture));
     } else if (firmwareRequired) {
         startButton->setText(tr("Update Firmware"));
-        startButton->setIcon(QIcon(UpdatePicture));
+        startButton->setIcon(buttonIcon(UpdatePicture));
     } else if (configurationRequired) {
         startButton->setText(tr("Update Configuration"));
-        startButton->setIcon(QIcon(UpdatePicture));
+        startButton->setIcon(buttonIcon(UpdatePicture));
     } else {
         startButton->setText(tr("Update"));
-        startButton->setIcon(QIcon(WarningPicture));
+        startButton->setIcon(buttonIcon(WarningPicture));
     }
     startButton->hide();
     connect(startButton, SIGNAL(clicked(bool)), this, SLOT(startUpdate()));
