@@ -32,7 +32,8 @@
 class Hand : public QObject
 {
 public:
-    Hand() : steps(qEnvironmentVariable("HAND").split(';', Qt::SkipEmptyParts))
+    explicit Hand(QObject *parent)
+        : QObject(parent), steps(qEnvironmentVariable("HAND").split(';', Qt::SkipEmptyParts))
     {
         // What the platform is like is settled before the program has looked at it.
         while (!steps.isEmpty() && setUpPlatform(steps.first())) {

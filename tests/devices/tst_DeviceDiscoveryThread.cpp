@@ -17,11 +17,12 @@ DeviceInfo unsettled(DeviceInfo drive, std::int32_t firmwareStatus, std::int32_t
     return drive;
 }
 
-/// A thread whose lists are received on the test's thread, stopped and waited for at the end.
+/// A thread whose lists are received on the test's thread, stopped and waited for at the end. The object
+/// is kept, as it is in the program.
 class Discovery
 {
 public:
-    Discovery()
+    Discovery() : thread(keptThread())
     {
         QObject::connect(&thread, &DeviceDiscoveryThread::updateDeviceList, &receiver,
             [this](const QVector<DeviceInfo> &list) { lists.append(list); });
@@ -34,9 +35,17 @@ public:
         thread.wait();
     }
 
-    DeviceDiscoveryThread thread;
+    DeviceDiscoveryThread &thread;
     QObject receiver;
     QList<QVector<DeviceInfo>> lists;
+
+private:
+    static DeviceDiscoveryThread &keptThread()
+    {
+        static auto &threads = *new QList<DeviceDiscoveryThread *>;
+        threads.append(new DeviceDiscoveryThread);
+        return *threads.last();
+    }
 };
 
 } // namespace
@@ -223,12 +232,12 @@ void tst_DeviceDiscoveryThread::passUnderWayWhenDisabledStillSends()
 
 void tst_DeviceDiscoveryThread::stopBeforeTheLoopMakesNoLibraryCall()
 {
-    DeviceDiscoveryThread thread;
-    thread.stopRequested = true;
+    Discovery discovery;
+    discovery.thread.stopRequested = true;
     QElapsedTimer timer;
     timer.start();
-    thread.start(QThread::InheritPriority);
-    QVERIFY(thread.wait(5000));
+    discovery.thread.start(QThread::InheritPriority);
+    QVERIFY(discovery.thread.wait(5000));
     QVERIFY(timer.elapsed() < 2000);
     QVERIFY(ScriptedPlatform::calls().isEmpty());
 }
