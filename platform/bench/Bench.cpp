@@ -1,0 +1,936 @@
+#include "platform/bench/Bench.h"
+
+#include "platform/bench/Files.h"
+#include "platform/bench/FirmwareImage.h"
+#include "platform/bench/FlashChip.h"
+#include "platform/bench/FlashRun.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QHash>
+#include <QProcess>
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <thread>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace bench {
+
+namespace {
+
+constexpr std::int64_t MaximumFileSize = 256 * 1024;
+constexpr int MaximumSerialLength = 80;
+constexpr QLatin1String DraftExtension(".new");
+constexpr std::int32_t StatusUndetermined = 0;
+constexpr std::int32_t StatusUpdateRequired = 1;
+constexpr std::int32_t StatusUpToDate = 2;
+constexpr std::int32_t StatusUnknown = 3;
+
+struct Versions
+{
+    QString firmware;
+    QString configuration;
+};
+
+/// What the image for that model offers: the file's versions, or the catalogue's without a usable file.
+Versions offeredVersions(const Model &model, const QString &imageFolder)
+{
+    FirmwareImage image;
+    QString reason;
+    if (FirmwareImage::read(imageFolder + QLatin1Char('/') + model.imageName(), &image, &reason)) {
+        return {image.firmwareVersion, image.configurationRevision};
+    }
+    return {model.newestFirmware, model.newestConfiguration};
+}
+
+/// A model whose bridge is not `chipset`: where the fault "wrong-image" has its image from.
+const Model &modelWithOtherBridge(std::int32_t chipset)
+{
+    return models().first().chipset != chipset ? models().first() : models().last();
+}
+
+std::int64_t numberOf(const Drive &drive, const char *fault)
+{
+    const Fault *const found = findFault(drive.faults, fault);
+    return found == nullptr ? 0 : found->number;
+}
+
+bool isSettled(const Drive &drive)
+{
+    return findFault(drive.faults, "never-settles") == nullptr
+        && drive.queries >= numberOf(drive, "settle-queries")
+        && QDateTime::currentMSecsSinceEpoch() - drive.pluggedAt >= numberOf(drive, "settle-time");
+}
+
+std::int32_t statusOf(const Drive &drive, const QString &running, const QString &offered)
+{
+    if (!isSettled(drive)) {
+        return StatusUndetermined;
+    }
+    if (drive.torn || drive.bootRom || drive.chipset == 0) {
+        return StatusUnknown;
+    }
+    return running == offered ? StatusUpToDate : StatusUpdateRequired;
+}
+
+DriveRecord recordOf(const Drive &drive, const Model &model, const Versions &offered)
+{
+    DriveRecord record;
+    record.auxiliaryText1 = model.isFireWire() ? QStringLiteral("FireWire") : QStringLiteral("USB");
+    record.productId = model.productId;
+    record.modelName = model.name;
+    record.serialNumber = drive.reportedSerial;
+    record.vendorId = model.vendorId;
+    record.auxiliaryText2 = drive.torn ? QString() : drive.runningConfiguration;
+    record.firmwareVersion = drive.torn ? QString() : drive.runningFirmware;
+    record.firmwareFileName = model.imageName();
+    record.newFirmwareVersion = offered.firmware;
+    record.chipsetType = drive.chipset;
+    record.firmwareStatus = statusOf(drive, drive.runningFirmware, offered.firmware);
+    record.configurationStatus = statusOf(drive, drive.runningConfiguration, offered.configuration);
+
+    if (findFault(drive.faults, "wrong-image") != nullptr) {
+        record.firmwareFileName = modelWithOtherBridge(drive.chipset).imageName();
+    }
+    for (const Fault &fault : drive.faults) {
+        if (fault.name == QLatin1String("firmware-status")) {
+            record.firmwareStatus = static_cast<std::int32_t>(fault.number);
+        } else if (fault.name == QLatin1String("configuration-status")) {
+            record.configurationStatus = static_cast<std::int32_t>(fault.number);
+        } else if (fault.name == QLatin1String("chipset")) {
+            record.chipsetType = static_cast<std::int32_t>(fault.number);
+        } else if (fault.name == QLatin1String("vendor-id")) {
+            record.vendorId = static_cast<std::uint16_t>(fault.number);
+        } else if (fault.name == QLatin1String("product-id")) {
+            record.productId = static_cast<std::uint16_t>(fault.number);
+        } else if (fault.name == QLatin1String("duplicate-serial") && !fault.text.isEmpty()) {
+            record.serialNumber = fault.text;
+        } else if (fault.name == QLatin1String("text")) {
+            QString *const fields[] = {&record.auxiliaryText1, &record.modelName, &record.serialNumber,
+                &record.auxiliaryText2, &record.firmwareVersion, &record.firmwareFileName,
+                &record.newFirmwareVersion};
+            *fields[faultFields().indexOf(fault.field)] = fault.text;
+        }
+    }
+    return record;
+}
+
+/// True when a query changes the drive's file: it is counted, or uses up a fault.
+bool isChangedByQuery(const Drive &drive)
+{
+    if (!drive.plugged || !drive.answers) {
+        return false;
+    }
+    if (drive.queries < numberOf(drive, "settle-queries")) {
+        return true;
+    }
+    return std::any_of(drive.faults.begin(), drive.faults.end(), [&drive](const Fault &fault) {
+        const bool settling =
+            fault.name == QLatin1String("settle-queries") || fault.name == QLatin1String("settle-time");
+        return fault.once && (actsOnQuery(fault) || (settling && isSettled(drive)));
+    });
+}
+
+void countQuery(Drive *drive)
+{
+    if (isSettled(*drive)) {
+        drive->faultHadEffect("settle-queries");
+        drive->faultHadEffect("settle-time");
+    } else {
+        ++drive->queries;
+    }
+    QVector<Fault> left;
+    for (const Fault &fault : drive->faults) {
+        if (!fault.once || !actsOnQuery(fault)) {
+            left.append(fault);
+        }
+    }
+    drive->faults = left;
+}
+
+/// True when a drive's file would be accepted again: what a caller made of a drive is not trusted.
+bool isReadable(const QByteArray &driveFile, QString *reason)
+{
+    Drive ignored;
+    if (!Drive::decode(driveFile, &ignored, reason)) {
+        *reason = QStringLiteral("a drive cannot be so: %1").arg(reason->section(QStringLiteral(": "), 1));
+        return false;
+    }
+    return true;
+}
+
+} // namespace
+
+QString stateText(DriveState state)
+{
+    switch (state) {
+    case DriveState::Unplugged:
+        return QStringLiteral("unplugged");
+    case DriveState::Silent:
+        return QStringLiteral("does not answer");
+    case DriveState::Writing:
+        return QStringLiteral("being written");
+    case DriveState::BootRom:
+        return QStringLiteral("boot ROM");
+    case DriveState::RestartNeeded:
+        return QStringLiteral("restart needed");
+    case DriveState::Ready:
+        break;
+    }
+    return QStringLiteral("ready");
+}
+
+Bench::Bench(const QString &folder, const QString &imageFolder) : path(folder), imagePath(imageFolder) { }
+
+QString Bench::defaultFolder()
+{
+    const QByteArray set = qgetenv("TARVO_BENCH");
+    return set.isEmpty() ? executableFolder() + QStringLiteral("/bench") : QString::fromUtf8(set);
+}
+
+bool Bench::exists(QString *reason) const
+{
+    if (!isReadableFolder(path + QStringLiteral("/drives"), reason)) {
+        *reason =
+            QStringLiteral("%1 is no bench that can be read: %2; make one with: drive-bench init --bench %1")
+                .arg(path, *reason);
+        return false;
+    }
+    return true;
+}
+
+bool Bench::create(const QVector<Drive> &drives, bool force, QString *reason)
+{
+    QString ignored;
+    QStringList names;
+    const bool present = exists(&ignored);
+    if (present && !force) {
+        *reason = QStringLiteral("%1 is a bench already; to make it anew, add --force").arg(path);
+        return false;
+    }
+    if (!present && listFolder(path, &names, &ignored) && !names.isEmpty()) {
+        *reason =
+            QStringLiteral("%1 holds other files; name a new or an empty folder with --bench").arg(path);
+        return false;
+    }
+    if (!makeFolder(path, reason)) {
+        *reason =
+            QStringLiteral("cannot make the folder %1: %2; name another with --bench").arg(path, *reason);
+        return false;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    if (!lockForChange(lock, reason)) {
+        return false;
+    }
+    const QString driveFolder = path + QStringLiteral("/drives");
+    bool done = makeFolder(driveFolder, reason);
+    if (!done) {
+        *reason = QStringLiteral("cannot make the folder %1: %2; name another with --bench")
+                      .arg(driveFolder, *reason);
+    }
+    for (int i = 0; done && i < drives.size(); ++i) {
+        done = draftDrive(drives.at(i), reason);
+    }
+    done = done && writeHost(Host(), reason);
+    if (!done) {
+        for (const Drive &drive : drives) {
+            dropDraft(drive.serial);
+        }
+        if (!present) {
+            removeFolder(driveFolder);
+            removeFile(lockFile(), &ignored);
+        }
+        return false;
+    }
+    names.clear();
+    listFolder(driveFolder, &names, &ignored);
+    for (const QString &name : names) {
+        if (!name.endsWith(QStringLiteral(".new"))) {
+            removeFile(driveFolder + QLatin1Char('/') + name, &ignored);
+        }
+    }
+    for (const Drive &drive : drives) {
+        done = publishDraft(drive.serial, reason) && done;
+    }
+    return done;
+}
+
+QVector<Drive> Bench::drives(QStringList *problems) const
+{
+    const FileLock lock(lockFile(), FileLock::Shared);
+    return readDrives(problems);
+}
+
+bool Bench::drive(const QString &serial, Drive *found, QString *reason) const
+{
+    const FileLock lock(lockFile(), FileLock::Shared);
+    return exists(reason) && readDrive(driveFile(serial), found, reason);
+}
+
+bool Bench::add(const Drive &drive, QString *reason)
+{
+    if (!exists(reason)) {
+        return false;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    if (!lockForChange(lock, reason)) {
+        return false;
+    }
+    if (changeTime(driveFile(drive.serial)) != 0) {
+        *reason =
+            QStringLiteral("a drive with this serial number is on the bench; choose another with --serial");
+        return false;
+    }
+    if (!draftDrive(drive, reason)) {
+        dropDraft(drive.serial);
+        return false;
+    }
+    return publishDraft(drive.serial, reason);
+}
+
+bool Bench::remove(const QString &serial, QString *reason)
+{
+    if (!exists(reason)) {
+        return false;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    if (!lockForChange(lock, reason)) {
+        return false;
+    }
+    Drive found;
+    if (changeTime(driveFile(serial)) == 0) {
+        return readDrive(driveFile(serial), &found, reason);
+    }
+    if (!removeFile(driveFile(serial), reason)) {
+        *reason = QStringLiteral("cannot remove %1: %2; the folder must be writable")
+                      .arg(driveFile(serial), *reason);
+        return false;
+    }
+    QString ignored;
+    removeFile(chipFile(serial), &ignored);
+    return true;
+}
+
+bool Bench::plug(const QString &serial, QString *reason)
+{
+    return changeDrive(
+        serial,
+        [this](Drive *drive, QString *why) {
+            if (drive->plugged) {
+                *why = QStringLiteral("it is plugged in already; to restart it, use: drive-bench replug");
+                return false;
+            }
+            powerUp(drive, chipFile(drive->serial));
+            return true;
+        },
+        reason);
+}
+
+bool Bench::unplug(const QString &serial, QString *reason)
+{
+    return changeDrive(
+        serial,
+        [](Drive *drive, QString *why) {
+            if (!drive->plugged) {
+                *why = QStringLiteral("it is unplugged already; to plug it in, use: drive-bench plug");
+                return false;
+            }
+            drive->plugged = false;
+            drive->mounted = false;
+            return true;
+        },
+        reason);
+}
+
+bool Bench::setFault(const QString &serial, const Fault &fault, QString *reason)
+{
+    return changeDrive(
+        serial,
+        [&fault](Drive *drive, QString *why) {
+            if (!isValid(fault)) {
+                *why = QStringLiteral(
+                    "there is no such fault, or it takes no such value; drive-bench fault --list "
+                    "shows them");
+                return false;
+            }
+            for (Fault &present : drive->faults) {
+                if (present.name == fault.name && present.field == fault.field) {
+                    present = fault;
+                    return true;
+                }
+            }
+            drive->faults.append(fault);
+            return true;
+        },
+        reason);
+}
+
+bool Bench::clearFault(const QString &serial, const QString &name, QString *reason)
+{
+    return changeDrive(
+        serial,
+        [&name](Drive *drive, QString *why) {
+            if (name.isEmpty()) {
+                drive->faults.clear();
+                return true;
+            }
+            if (!drive->clearFault(name)) {
+                *why = QStringLiteral("the fault \"%1\" is not set; drive-bench show lists those that are")
+                           .arg(name);
+                return false;
+            }
+            return true;
+        },
+        reason);
+}
+
+bool Bench::changeDrive(const QString &serial, const DriveChange &change, QString *reason)
+{
+    if (!exists(reason)) {
+        return false;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    if (!lockForChange(lock, reason)) {
+        return false;
+    }
+    Drive found;
+    return readDrive(driveFile(serial), &found, reason) && change(&found, reason)
+        && writeDrive(found, reason);
+}
+
+DriveState Bench::state(const Drive &drive) const
+{
+    if (!drive.plugged) {
+        return DriveState::Unplugged;
+    }
+    if (!drive.answers) {
+        return DriveState::Silent;
+    }
+    if (drive.torn) {
+        return isLocked(chipFile(drive.serial)) ? DriveState::Writing : DriveState::BootRom;
+    }
+    const bool current = !drive.bootRom && drive.runningFirmware == drive.flashFirmware
+        && drive.runningConfiguration == drive.flashConfiguration;
+    return current ? DriveState::Ready : DriveState::RestartNeeded;
+}
+
+QString Bench::driveFile(const QString &serial) const
+{
+    return QStringLiteral("%1/drives/%2.json").arg(path, fileNameFor(serial));
+}
+
+QString Bench::chipFile(const QString &serial) const
+{
+    return QStringLiteral("%1/drives/%2.flash").arg(path, fileNameFor(serial));
+}
+
+QVector<DriveRecord> Bench::query(QStringList *problems)
+{
+    QString reason;
+    if (!exists(&reason)) {
+        problems->append(reason);
+        return {};
+    }
+    QStringList malformed;
+    QVector<Drive> found = drives(&malformed);
+    if (std::any_of(found.begin(), found.end(), isChangedByQuery)) {
+        const FileLock lock(lockFile(), FileLock::Exclusive);
+        malformed.clear();
+        found = readDrives(&malformed);
+        for (const Drive &drive : found) {
+            Drive changed = drive;
+            if (isChangedByQuery(drive)) {
+                countQuery(&changed);
+                if (!writeDrive(changed, &reason)) {
+                    problems->append(reason);
+                }
+            }
+        }
+    }
+
+    problems->append(malformed);
+
+    QVector<DriveRecord> records;
+    QHash<QString, Versions> offers;
+    std::int64_t probeMilliseconds = 0;
+    for (const Drive &drive : found) {
+        if (!drive.plugged || !drive.answers) {
+            continue;
+        }
+        const Model &model = drive.catalogueModel();
+        auto offered = offers.find(model.name);
+        if (offered == offers.end()) {
+            offered = offers.insert(model.name, offeredVersions(model, imagePath));
+        }
+        records.append(recordOf(drive, model, *offered));
+        const Fault *const duplicate = findFault(drive.faults, "duplicate-serial");
+        if (duplicate != nullptr && duplicate->text.isEmpty()) {
+            records.append(records.last());
+        }
+        probeMilliseconds += std::max<std::int64_t>(0, numberOf(drive, "slow-probe"));
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(probeMilliseconds));
+    return records;
+}
+
+DriveRecord Bench::record(const Drive &drive) const
+{
+    const Model &model = drive.catalogueModel();
+    return recordOf(drive, model, offeredVersions(model, imagePath));
+}
+
+bool Bench::flash(
+    const QString &reportedSerial, std::int32_t chipset, const QString &imageFile, QString *reason)
+{
+    FlashRun run(this);
+    return run.start(reportedSerial, chipset, imageFile, reason) && run.write(reason);
+}
+
+int Bench::unmount(const QString &reportedSerial)
+{
+    QString ignored;
+    if (!exists(&ignored)) {
+        return 0;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    Drive drive;
+    if (!findReported(reportedSerial, &drive)) {
+        return 0;
+    }
+    int result = 1;
+    const Fault *const refused = findFault(drive.faults, "unmount-returns");
+    if (refused != nullptr) {
+        result = static_cast<int>(refused->number);
+        drive.faultHadEffect("unmount-returns");
+    } else {
+        drive.mounted = false;
+    }
+    writeDrive(drive, &ignored);
+    return result;
+}
+
+Host Bench::host(QStringList *problems) const
+{
+    const FileLock lock(lockFile(), FileLock::Shared);
+    return readHost(problems);
+}
+
+bool Bench::changeHost(const HostChange &change, QString *reason)
+{
+    if (!exists(reason)) {
+        return false;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    if (!lockForChange(lock, reason)) {
+        return false;
+    }
+    QStringList problems;
+    Host found = readHost(&problems);
+    if (!problems.isEmpty()) {
+        *reason = problems.first() + QStringLiteral("; correct the file, or remove it for a new host");
+        return false;
+    }
+    return change(&found, reason) && writeHost(found, reason);
+}
+
+bool Bench::installCompanion(QString *reason)
+{
+    return changeHost(
+        [](Host *host, QString *why) {
+            if (host->companionInstalled) {
+                *why = QStringLiteral(
+                    "the companion is installed already; to remove it, use: drive-bench companion uninstall");
+                return false;
+            }
+            host->companionInstalled = true;
+            host->extensionInstalled = true;
+            return true;
+        },
+        reason);
+}
+
+bool Bench::uninstallCompanion(QString *reason)
+{
+    QStringList problems;
+    const Host found = host(&problems);
+    if (!found.companionInstalled) {
+        *reason = QStringLiteral(
+            "the companion is not installed; to install it, use: drive-bench companion install");
+        return false;
+    }
+    if (!found.processes.isEmpty() && !stopCompanion(reason)) {
+        return false;
+    }
+    return changeHost(
+        [](Host *host, QString *) {
+            host->companionInstalled = false;
+            host->serviceSubmitted = false;
+            host->extensionInstalled = false;
+            host->extensionLoaded = false;
+            return true;
+        },
+        reason);
+}
+
+bool Bench::startCompanion(const QString &tool, QString *reason)
+{
+    const auto prepare = [](Host *host, QString *why) {
+        if (!host->companionInstalled) {
+            *why = QStringLiteral("the companion is not installed; first use: drive-bench companion install");
+            return false;
+        }
+        if (!host->processes.isEmpty()) {
+            *why = QStringLiteral(
+                "the companion is running already; to stop it, use: drive-bench companion stop");
+            return false;
+        }
+        host->serviceSubmitted = true;
+        host->extensionLoaded = true;
+        return true;
+    };
+    const QString application = QStringLiteral("/Applications/Tarvo Quaydesk.app/Contents/MacOS/");
+    return changeHost(prepare, reason)
+        && startProcess(tool, application + QStringLiteral("Tarvo Quaydesk"), reason)
+        && startProcess(
+            tool, application + QStringLiteral("QDKStatusItem.app/Contents/MacOS/QDKStatusItem"), reason)
+        && startProcess(
+            tool, QStringLiteral("/Library/Application Support/Tarvo/Quaydesk/tarvo_qd_service"), reason);
+}
+
+bool Bench::stopCompanion(QString *reason)
+{
+    QVector<Process> stopped;
+    const bool done = changeHost(
+        [&stopped](Host *host, QString *why) {
+            if (host->processes.isEmpty()) {
+                *why = QStringLiteral(
+                    "the companion is not running; to start it, use: drive-bench companion start");
+                return false;
+            }
+            stopped = host->processes;
+            host->processes.clear();
+            host->serviceSubmitted = false;
+            host->extensionLoaded = false;
+            return true;
+        },
+        reason);
+    for (const Process &process : stopped) {
+        // A process that holds its file is the one that the bench started, and no later one with its number.
+        if (isLocked(processFile(process.id))) {
+            ::kill(static_cast<pid_t>(process.id), SIGTERM);
+        }
+        QString ignored;
+        removeFile(processFile(process.id), &ignored);
+    }
+    return done;
+}
+
+bool Bench::startProcess(const QString &tool, const QString &command, QString *reason)
+{
+    qint64 id = 0;
+    const QStringList arguments{QStringLiteral("--process"), QDir(path).absolutePath(), command};
+    if (!QProcess::startDetached(tool, arguments, QStringLiteral("/"), &id)) {
+        *reason = QStringLiteral("cannot start %1; it must lie beside drive-bench").arg(tool);
+        return false;
+    }
+    for (int attempt = 0; attempt < 500; ++attempt) {
+        QStringList ignored;
+        for (const Process &process : host(&ignored).processes) {
+            if (process.id == id) {
+                return true;
+            }
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    *reason = QStringLiteral("%1 did not come up within 5 seconds").arg(command);
+    return false;
+}
+
+void Bench::runAsProcess(const QString &command)
+{
+    const qint64 id = ::getpid();
+    const QString file = processFile(id);
+    const FileLock lock(file, FileLock::Exclusive);
+    QString reason;
+    changeHost(
+        [&](Host *host, QString *) {
+            host->processes.append({id, command});
+            return true;
+        },
+        &reason);
+    bool listed = lock.isHeld();
+    while (listed) {
+        QStringList ignored;
+        const QVector<Process> processes = host(&ignored).processes;
+        listed = std::any_of(
+            processes.begin(), processes.end(), [id](const Process &process) { return process.id == id; });
+        std::this_thread::sleep_for(std::chrono::seconds(1));
+    }
+    removeFile(file, &reason);
+}
+
+void Bench::logCall(const QStringList &call)
+{
+    if (!isFolder(path + QStringLiteral("/drives"))) {
+        return;
+    }
+    QByteArray line;
+    for (const QString &argument : call) {
+        const bool plain =
+            !argument.isEmpty() && std::all_of(argument.begin(), argument.end(), [](QChar letter) {
+                return letter.isLetterOrNumber() || QStringLiteral("-_./,=:+%@").contains(letter);
+            });
+        QString quoted = argument;
+        if (!plain) {
+            quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
+            quoted.replace(QLatin1Char('\n'), QStringLiteral("'$'\\n''"));
+            quoted = QLatin1Char('\'') + quoted + QLatin1Char('\'');
+        }
+        line += (line.isEmpty() ? "" : " ") + quoted.toUtf8();
+    }
+    line += '\n';
+    const int file = ::open((path + QStringLiteral("/calls.log")).toUtf8().constData(),
+        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (file >= 0) {
+        // One write appends the line whole, whoever else is writing.
+        const ssize_t ignored = ::write(file, line.constData(), static_cast<std::size_t>(line.size()));
+        static_cast<void>(ignored);
+        ::close(file);
+    }
+}
+
+QByteArray Bench::changeMark() const
+{
+    // Every change replaces a file, which changes the folder. Two changes within one tick of the file
+    // system's clock look the same, so a change that is younger than that makes a mark of its own.
+    const std::int64_t drivesChanged = changeTime(path + QStringLiteral("/drives"));
+    const std::int64_t hostChanged = changeTime(path);
+    QByteArray mark =
+        QByteArray::number(qlonglong(drivesChanged)) + '/' + QByteArray::number(qlonglong(hostChanged));
+    const std::int64_t now = QDateTime::currentMSecsSinceEpoch();
+    if (now - std::max(drivesChanged, hostChanged) / 1000000 < 50) {
+        mark += '/' + QByteArray::number(qlonglong(now));
+    }
+    return mark;
+}
+
+QString Bench::lockFile() const
+{
+    return path + QStringLiteral("/lock");
+}
+
+QString Bench::hostFile() const
+{
+    return path + QStringLiteral("/host.json");
+}
+
+QString Bench::processFile(qint64 id) const
+{
+    return QStringLiteral("%1/process-%2.lock").arg(path).arg(id);
+}
+
+QVector<Drive> Bench::readDrives(QStringList *problems) const
+{
+    const QString folder = path + QStringLiteral("/drives");
+    const QString extension = QStringLiteral(".json");
+    QStringList names;
+    QString problem;
+    if (!listFolder(folder, &names, &problem)) {
+        problems->append(folder + QStringLiteral(": ") + problem);
+        return {};
+    }
+    names.sort();
+    QVector<Drive> found;
+    for (const QString &name : names) {
+        Drive drive;
+        if (!name.endsWith(extension)) {
+            continue;
+        }
+        if (readDrive(folder + QLatin1Char('/') + name, &drive, &problem)) {
+            found.append(drive);
+        } else {
+            problems->append(problem);
+        }
+    }
+    return found;
+}
+
+bool Bench::readDrive(const QString &file, Drive *drive, QString *problem) const
+{
+    QByteArray content;
+    Drive found;
+    if (!readFile(file, MaximumFileSize, &content, problem)) {
+        *problem = changeTime(file) == 0 ? QStringLiteral(
+                       "there is no drive with that serial number on the bench %1; drive-bench list shows "
+                       "those that are")
+                                               .arg(path)
+                                         : QStringLiteral("%1:1:1: %2").arg(file, *problem);
+        return false;
+    }
+    if (!Drive::decode(content, &found, problem)) {
+        *problem = file + QLatin1Char(':') + *problem;
+        return false;
+    }
+    if (!file.endsWith(QStringLiteral("/%1.json").arg(fileNameFor(found.serial)))) {
+        *problem = file + QStringLiteral(":1:1: \"serial\" is not the one that the file is named for");
+        return false;
+    }
+    *drive = found;
+    return true;
+}
+
+bool Bench::writeDrive(const Drive &drive, QString *reason)
+{
+    const QString file = driveFile(drive.serial);
+    const QByteArray content = drive.encode();
+    if (!isReadable(content, reason)) {
+        return false;
+    }
+    if (!replaceFile(file, content, reason)) {
+        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
+                      .arg(file, *reason);
+        return false;
+    }
+    return true;
+}
+
+bool Bench::draftDrive(const Drive &drive, QString *reason)
+{
+    const Model *const model = findModel(drive.model);
+    if (model == nullptr) {
+        *reason = QStringLiteral("there is no model \"%1\"; drive-bench models lists them").arg(drive.model);
+        return false;
+    }
+    const std::int64_t length = drive.serial.size();
+    if (length < 1 || length > MaximumSerialLength) {
+        *reason = QStringLiteral("a serial number has 1 to %1 characters, this one %2")
+                      .arg(MaximumSerialLength)
+                      .arg(length);
+        return false;
+    }
+    const QString chipDraft = chipFile(drive.serial) + DraftExtension;
+    FlashChip chip(chipDraft, FlashChip::Write);
+    if (!chip.isOpen()
+        || !chip.load(FirmwareImage::forModel(*model, drive.flashFirmware, drive.flashConfiguration))) {
+        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
+                      .arg(chipDraft, chip.reason());
+        return false;
+    }
+    Drive added = drive;
+    powerUp(&added, chipDraft);
+    added.plugged = drive.plugged;
+    added.mounted = drive.plugged;
+    const QString driveDraft = driveFile(drive.serial) + DraftExtension;
+    const QByteArray content = added.encode();
+    if (!isReadable(content, reason)) {
+        return false;
+    }
+    if (!writeFile(driveDraft, content, reason)) {
+        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
+                      .arg(driveDraft, *reason);
+        return false;
+    }
+    return true;
+}
+
+bool Bench::publishDraft(const QString &serial, QString *reason)
+{
+    // The drive is on the bench with its own file, so its chip must be there first.
+    for (const QString &file : {chipFile(serial), driveFile(serial)}) {
+        if (!renameFile(file + DraftExtension, file, reason)) {
+            *reason = QStringLiteral("cannot write %1: %2; the folder must be writable").arg(file, *reason);
+            return false;
+        }
+    }
+    return true;
+}
+
+void Bench::dropDraft(const QString &serial)
+{
+    QString ignored;
+    removeFile(chipFile(serial) + DraftExtension, &ignored);
+    removeFile(driveFile(serial) + DraftExtension, &ignored);
+}
+
+bool Bench::lockForChange(const FileLock &lock, QString *reason) const
+{
+    if (!lock.isHeld()) {
+        *reason =
+            QStringLiteral("cannot lock %1: %2; the folder must be writable").arg(lockFile(), lock.reason());
+    }
+    return lock.isHeld();
+}
+
+Host Bench::readHost(QStringList *problems) const
+{
+    QByteArray content;
+    QString problem;
+    Host host;
+    if (!readFile(hostFile(), MaximumFileSize, &content, &problem)) {
+        if (changeTime(hostFile()) != 0) {
+            problems->append(hostFile() + QStringLiteral(":1:1: ") + problem);
+        }
+        return host;
+    }
+    if (!Host::decode(content, &host, &problem)) {
+        problems->append(hostFile() + QLatin1Char(':') + problem);
+    }
+    QVector<Process> alive;
+    for (const Process &process : host.processes) {
+        if (isLocked(processFile(process.id))) {
+            alive.append(process);
+        }
+    }
+    host.processes = alive;
+    return host;
+}
+
+bool Bench::writeHost(const Host &host, QString *reason)
+{
+    if (!replaceFile(hostFile(), host.encode(), reason)) {
+        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
+                      .arg(hostFile(), *reason);
+        return false;
+    }
+    return true;
+}
+
+bool Bench::findReported(const QString &reportedSerial, Drive *found) const
+{
+    QStringList ignored;
+    for (const Drive &drive : readDrives(&ignored)) {
+        if (drive.plugged && drive.answers && drive.reportedSerial == reportedSerial) {
+            *found = drive;
+            return true;
+        }
+    }
+    return false;
+}
+
+void Bench::powerUp(Drive *drive, const QString &chipPath) const
+{
+    FlashChip chip(chipPath, FlashChip::Read);
+    drive->flashFirmware = chip.isOpen() ? chip.version(FlashChip::Firmware) : QString();
+    drive->flashConfiguration = chip.isOpen() ? chip.version(FlashChip::Configuration) : QString();
+    drive->torn = drive->flashFirmware.isEmpty() || drive->flashConfiguration.isEmpty();
+    drive->bootRom = drive->torn;
+    drive->runningFirmware = drive->bootRom ? QString() : drive->flashFirmware;
+    drive->runningConfiguration = drive->bootRom ? QString() : drive->flashConfiguration;
+    drive->plugged = true;
+    drive->mounted = !drive->bootRom;
+    drive->pluggedAt = QDateTime::currentMSecsSinceEpoch();
+    drive->queries = 0;
+    ++drive->powerUps;
+
+    drive->answers = findFault(drive->faults, "no-return") == nullptr;
+    drive->faultHadEffect("no-return");
+    const Fault *const renamed = findFault(drive->faults, "new-serial");
+    drive->reportedSerial = renamed == nullptr ? drive->serial : renamed->text;
+    drive->faultHadEffect("new-serial");
+}
+
+} // namespace bench

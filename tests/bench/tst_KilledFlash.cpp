@@ -1,0 +1,88 @@
+#include "tests/bench/TemporaryBench.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QtTest>
+
+#include <chrono>
+#include <thread>
+
+using namespace bench;
+
+/// A process that is killed while it writes a drive.
+class tst_KilledFlash : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void leavesADriveThatCanBeFlashedAgain_data();
+    void leavesADriveThatCanBeFlashedAgain();
+};
+
+void tst_KilledFlash::leavesADriveThatCanBeFlashedAgain_data()
+{
+    QTest::addColumn<int>("percent");
+    for (int percent = 5; percent < 85; percent += 8) {
+        QTest::newRow(qPrintable(QString("at %1 %").arg(percent))) << percent;
+    }
+}
+
+void tst_KilledFlash::leavesADriveThatCanBeFlashedAgain()
+{
+    QFETCH(int, percent);
+    TemporaryBench bench;
+    bench.addOutdated("A", "Pebble", 5000);
+    bench.addOutdated("B", "Skiff");
+    const auto before = bench.content();
+
+    QProcess writer;
+    writer.start(QCoreApplication::applicationFilePath(), {"flash", bench.folder(), bench.image("Pebble")});
+    QTRY_VERIFY(bench.drive("A").bytesToWrite > 0);
+    while (100 * bench.drive("A").bytesWritten < percent * bench.drive("A").bytesToWrite) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    writer.kill();
+    QVERIFY(writer.waitForFinished());
+
+    // Listed, with everything unknown, and nothing else on the bench has changed.
+    QStringList problems;
+    const QVector<DriveRecord> records = bench->query(&problems);
+    QCOMPARE(problems, QStringList());
+    QCOMPARE(int(records.size()), 2);
+    QCOMPARE(records.first().serialNumber, QString("A"));
+    QCOMPARE(records.first().firmwareStatus, 3);
+    QCOMPARE(records.first().configurationStatus, 3);
+    QCOMPARE(bench->state(bench.drive("A")), DriveState::BootRom);
+    auto after = bench.content();
+    for (const char *name : {"/drives/A.json", "/drives/A.flash"}) {
+        after.insert(name, before.value(name));
+    }
+    QCOMPARE(after, before);
+
+    QString reason;
+    QVERIFY2(bench->changeDrive(
+                 "A",
+                 [](Drive *drive, QString *) {
+                     drive->flashRate = 1000000;
+                     return true;
+                 },
+                 &reason),
+        qPrintable(reason));
+    QVERIFY2(bench->flash("A", 1, bench.image("Pebble"), &reason), qPrintable(reason));
+    QVERIFY(bench->unplug("A", &reason) && bench->plug("A", &reason));
+    QCOMPARE(bench.drive("A").runningFirmware, findModel("Pebble")->newestFirmware);
+    QCOMPARE(bench->record(bench.drive("A")).firmwareStatus, 2);
+}
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    const QStringList arguments = application.arguments();
+    if (arguments.value(1) == "flash") {
+        QString reason;
+        return Bench(arguments.value(2), QString()).flash("A", 1, arguments.value(3), &reason) ? 0 : 1;
+    }
+    tst_KilledFlash test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "tst_KilledFlash.moc"
