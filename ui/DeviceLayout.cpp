@@ -32,7 +32,7 @@ QString textFrom(const std::string &bytes)
 /// The text of a builder's label, which is not needed for anything else.
 QString takeText(QLabel *label)
 {
-    const QString text = label->text();
+    QString text = label->text();
     delete label;
     return text;
 }
