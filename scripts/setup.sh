@@ -59,15 +59,20 @@ install_build_tools() {
     fi
 }
 
-# Configures and builds a preset; further arguments go to the build.
-build() {
+configure() {
     local preset=$1
-    shift
-    say "Building $preset"
     mkdir -p build
     cmake --preset "$preset" >"build/$preset.configure.log" 2>&1 || {
         cat "build/$preset.configure.log" >&2
         fail "the configuration of $preset failed (see above)"
     }
-    cmake --build --preset "$preset" "$@" || fail "the build of $preset failed (see above)"
+}
+
+# Configures and builds a preset; further arguments go to the build.
+build() {
+    local preset=$1
+    shift
+    say "Building $preset"
+    configure "$preset"
+    nice cmake --build --preset "$preset" "$@" || fail "the build of $preset failed (see above)"
 }
