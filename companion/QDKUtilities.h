@@ -8,8 +8,8 @@
  *
  * Each query appends a listing to "temp.txt" in the working directory, reads the file back and removes it.
  * What an earlier run left in that file is read first. A file that cannot be opened reads as a negative
- * answer; nothing is reported. Every function blocks until its commands have ended and is to be called
- * on the main thread only, one at a time.
+ * answer; the functions report nothing. Every function blocks until its commands have ended and is to be
+ * called on the main thread only, one at a time.
  */
 class QDKUtilities
 {
@@ -26,11 +26,11 @@ public:
     static int killQDK();
     /// Kills the first process whose listing names the status-bar application. 1 when there was one, else 0.
     static int killQDKStatusItem();
-    /// True when the background service is listed among the running ones.
+    /// True when the background service is listed among the loaded ones.
     static bool isQDKInstalledAndRunning();
     /// True when a process of the application is listed.
     static bool isQDKRunning();
-    /// True when the service's property list lies in the folder of the system's daemons.
+    /// True when a name in the folder of the system's daemons holds that of the service's property list.
     static bool isQDKInstalled();
     /// True when the kernel extension is loaded.
     static bool isTarvoKorrinLoaded();

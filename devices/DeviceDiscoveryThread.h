@@ -10,9 +10,10 @@
 /**
  * Polls the discovery library for the attached drives and hands on every list it gets.
  *
- * A pass runs every two seconds, while discoveryEnabled is true: querying the library while a drive is
- * being flashed would contend for that drive. Lists are not compared here; the receiver finds out what
- * changed. The thread ends only when stopRequested is seen after a pause; nobody waits for it.
+ * A pass, two seconds of pause, and so on, while discoveryEnabled is true: querying the library while a drive
+ * is being flashed would contend for that drive. Lists are not compared here; the receiver finds out what
+ * changed. stopRequested is looked at before the first pass and after each pause; nobody waits for the
+ * thread.
  */
 class DeviceDiscoveryThread : public QThread
 {

@@ -45,7 +45,8 @@ struct DeviceInfo
     std::string firmwareVersion; ///< version running on the drive
     std::string firmwareFileName; ///< bare name of the fitting image, beside the executable
     std::string newFirmwareVersion; ///< version inside that image
-    std::int32_t chipsetType = Chipset::NotSupported; ///< a code of namespace Chipset
+    std::int32_t chipsetType =
+        Chipset::NotSupported; ///< a code of namespace Chipset; any other has no updater
     std::int32_t firmwareStatus = Status::NotYetDetermined; ///< a code of namespace Status
     std::int32_t configurationStatus = Status::NotYetDetermined; ///< a code of namespace Status
 };

@@ -52,7 +52,7 @@ public slots:
     void cancelUpdate();
     void updateDevice(QString deviceSerialNumber);
     void startUpdate(QString deviceSerialNumber);
-    /// Ends the update flow from any state and resumes discovery.
+    /// Shows all drives and resumes discovery, from any state; a worker that is flashing goes on.
     void terminateUpdate();
 
 private slots:
@@ -71,7 +71,8 @@ private:
     int updateState = Idle;
     QLabel *titleLabel = nullptr;
     QStackedWidget *pageStack = nullptr;
-    QString selectedSerialNumber = QString(""); ///< empty when no drive is being confirmed or updated
+    QString selectedSerialNumber =
+        QString(""); ///< the drive last chosen; emptied by cancelling and terminating
     std::vector<DeviceInfo> deviceList; ///< the last list that differed from the one before
     DeviceDiscoveryThread *discoveryThread = nullptr;
     UpdateDeviceThread *updateThread = nullptr; ///< the latest worker; earlier ones live on

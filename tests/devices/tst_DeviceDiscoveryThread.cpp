@@ -65,6 +65,7 @@ private slots:
     void eachPassHasAnObjectOfItsOwn();
     void unknownStatusIsAskedForAgainEveryHalfSecond_data();
     void unknownStatusIsAskedForAgainEveryHalfSecond();
+    void anyStatusButZeroIsSentAtOnce();
     void settlingStartsOverAtTheFirstDrive();
     void driveThatDisappearsWhileSettlingDropsOut();
     void settlingIgnoresBothFlags();
@@ -110,7 +111,7 @@ void tst_DeviceDiscoveryThread::noDriveAttachedStillSendsAnEmptyListEveryPass()
 {
     Discovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 2);
+    QTRY_VERIFY(discovery.lists.size() >= 2);
     QVERIFY(discovery.lists[0].isEmpty());
     QVERIFY(discovery.lists[1].isEmpty());
 }
@@ -121,12 +122,12 @@ void tst_DeviceDiscoveryThread::listArrivesInTheLibrarysOrderAboutEveryTwoSecond
     ScriptedPlatform::attach(drives);
     Discovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 2);
+    QTRY_VERIFY(discovery.lists.size() >= 2);
     const QVector<DeviceInfo> expected(drives.begin(), drives.end());
     QVERIFY(discovery.lists[0] == expected);
     QVERIFY(discovery.lists[1] == expected);
     const qint64 interval = ScriptedPlatform::queryIntervals().first();
-    QVERIFY2(interval >= 2000 && interval < 3500, qPrintable(QString::number(interval)));
+    QVERIFY2(interval >= 2000 && interval < 4000, qPrintable(QString::number(interval)));
 }
 
 void tst_DeviceDiscoveryThread::eachPassHasAnObjectOfItsOwn()
@@ -134,9 +135,10 @@ void tst_DeviceDiscoveryThread::eachPassHasAnObjectOfItsOwn()
     ScriptedPlatform::attach({usbDrive()});
     Discovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 2);
+    QTRY_VERIFY(discovery.lists.size() >= 2);
     const QStringList pass = {"DeviceDiscovery()", "getTarvoDevice(0)", "~DeviceDiscovery()"};
-    QTRY_COMPARE(ScriptedPlatform::calls(), pass + pass);
+    QTRY_VERIFY(ScriptedPlatform::calls().size() >= 6);
+    QCOMPARE(ScriptedPlatform::calls().mid(0, 6), pass + pass);
 }
 
 void tst_DeviceDiscoveryThread::unknownStatusIsAskedForAgainEveryHalfSecond_data()
@@ -163,8 +165,20 @@ void tst_DeviceDiscoveryThread::unknownStatusIsAskedForAgainEveryHalfSecond()
         (QStringList{"DeviceDiscovery()", "getTarvoDevice(0)", "getTarvoDevice(1)", "getTarvoDevice(1)",
             "~DeviceDiscovery()"}));
     for (const qint64 interval : ScriptedPlatform::queryIntervals()) {
-        QVERIFY2(interval >= 500 && interval < 1500, qPrintable(QString::number(interval)));
+        QVERIFY2(interval >= 500 && interval < 2000, qPrintable(QString::number(interval)));
     }
+}
+
+void tst_DeviceDiscoveryThread::anyStatusButZeroIsSentAtOnce()
+{
+    const ScriptedPlatform::DeviceList drives = {
+        unsettled(usbDrive("A"), 3, -1), unsettled(usbDrive("B"), -7, 99)};
+    ScriptedPlatform::attach(drives);
+    Discovery discovery;
+    discovery.thread.start(QThread::InheritPriority);
+    QTRY_COMPARE(discovery.lists.size(), 1);
+    QVERIFY(discovery.lists[0] == QVector<DeviceInfo>(drives.begin(), drives.end()));
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
 void tst_DeviceDiscoveryThread::settlingStartsOverAtTheFirstDrive()
@@ -208,14 +222,17 @@ void tst_DeviceDiscoveryThread::disabledThreadNeitherAsksNorSends()
 {
     ScriptedPlatform::attach({usbDrive()});
     Discovery discovery;
-    discovery.thread.discoveryEnabled = false;
     discovery.thread.start(QThread::InheritPriority);
-    // Stopping takes effect at the end of a turn, so a whole turn has gone by without a call.
-    discovery.thread.stopRequested = true;
-    QVERIFY(discovery.thread.wait(5000));
-    QCoreApplication::processEvents();
-    QVERIFY(ScriptedPlatform::calls().isEmpty());
-    QVERIFY(discovery.lists.isEmpty());
+    QTRY_COMPARE(discovery.lists.size(), 1);
+    discovery.thread.discoveryEnabled = false;
+    // Longer than the pause: a turn has begun in which the flag was seen.
+    QElapsedTimer turn;
+    turn.start();
+    QTRY_VERIFY(turn.elapsed() > 3000);
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+    QCOMPARE(int(discovery.lists.size()), 1);
+    discovery.thread.discoveryEnabled = true;
+    QTRY_VERIFY(discovery.lists.size() >= 2);
 }
 
 void tst_DeviceDiscoveryThread::passUnderWayWhenDisabledStillSends()

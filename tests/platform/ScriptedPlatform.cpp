@@ -16,6 +16,7 @@ namespace {
 struct Script
 {
     std::mutex mutex;
+    int generation = 0; ///< counts the resets
     std::condition_variable released;
     std::vector<ScriptedPlatform::DeviceList> answers = {{}};
     bool queriesHeld = false;
@@ -34,10 +35,27 @@ Script &script()
     return *theScript;
 }
 
+/// The reset since which the calling thread's library object exists. What a thread of an earlier test still
+/// does is not remembered, and it is not held.
+thread_local int callersGeneration = 0;
+
+void enter()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    callersGeneration = script().generation;
+}
+
 void remember(const QString &call)
 {
     const std::lock_guard<std::mutex> lock(script().mutex);
-    script().calls.append(call);
+    if (callersGeneration == script().generation) {
+        script().calls.append(call);
+    }
+}
+
+void waitWhile(const bool &held, std::unique_lock<std::mutex> &lock)
+{
+    script().released.wait(lock, [&held] { return !held || callersGeneration != script().generation; });
 }
 
 QString text(const std::string &bytes)
@@ -47,11 +65,10 @@ QString text(const std::string &bytes)
 
 bool flash(const std::string &imagePath)
 {
-    Script &s = script();
-    std::unique_lock<std::mutex> lock(s.mutex);
-    s.calls.append("updateDevice(" + text(imagePath) + ")");
-    s.released.wait(lock, [&s] { return !s.flashesHeld; });
-    return s.flashResult;
+    remember("updateDevice(" + text(imagePath) + ")");
+    std::unique_lock<std::mutex> lock(script().mutex);
+    waitWhile(script().flashesHeld, lock);
+    return script().flashResult;
 }
 
 QString updaterName(int chipset)
@@ -77,6 +94,7 @@ void ScriptedPlatform::reset()
     Script &s = script();
     {
         const std::lock_guard<std::mutex> lock(s.mutex);
+        ++s.generation;
         s.answers = {{}};
         s.queriesHeld = false;
         s.flashesHeld = false;
@@ -165,6 +183,7 @@ QList<qint64> ScriptedPlatform::queryIntervals()
 
 DeviceDiscovery::DeviceDiscovery()
 {
+    enter();
     remember("DeviceDiscovery()");
 }
 
@@ -176,13 +195,13 @@ DeviceDiscovery::~DeviceDiscovery()
 void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
 {
     Script &s = script();
+    remember(QString("getTarvoDevice(%1)").arg(devices.size()));
     std::unique_lock<std::mutex> lock(s.mutex);
-    s.calls.append(QString("getTarvoDevice(%1)").arg(devices.size()));
     if (s.sinceLastQuery.isValid()) {
         s.queryIntervals.append(s.sinceLastQuery.elapsed());
     }
     s.sinceLastQuery.start();
-    s.released.wait(lock, [&s] { return !s.queriesHeld; });
+    waitWhile(s.queriesHeld, lock);
     devices = s.answers.front();
     if (s.answers.size() > 1) {
         s.answers.erase(s.answers.begin());
@@ -201,6 +220,7 @@ int MacDevice::unmountDisk()
 Asmedia105X::Asmedia105X(std::string serialNumber, int chipset)
     : macDevice(new MacDevice(serialNumber)), serialNumber(std::move(serialNumber)), chipset(chipset)
 {
+    enter();
     remember(updaterName(this->chipset) + "(" + text(this->serialNumber) + ")");
 }
 
@@ -230,6 +250,7 @@ Asm1053::~Asm1053() = default;
 OxSemiFireWire::OxSemiFireWire(std::string serialNumber, int chipset)
     : serialNumber(std::move(serialNumber)), chipset(chipset)
 {
+    enter();
     remember(updaterName(this->chipset) + "(" + text(this->serialNumber) + ")");
 }
 

@@ -14,7 +14,8 @@ namespace ScriptedPlatform {
 
 using DeviceList = std::vector<DeviceInfo>;
 
-/// Back to no drives, flashes and unmounts that succeed, nothing held, no calls remembered.
+/// Back to no drives, flashes and unmounts that succeed, nothing held, no calls remembered; nor are those
+/// that library objects from before make from now on.
 void reset();
 
 /// Every query from now on finds these drives.

@@ -224,10 +224,10 @@ void tst_DeviceListReconciliation::updatedDriveIsFollowedOutAndBackIn()
 void tst_DeviceListReconciliation::otherDriveChangingDuringTheRestartRebuildsNothing()
 {
     RestartFixture fixture;
-    QWidget *restartPage = fixture.page();
+    const QPointer<QWidget> restartPage = fixture.page();
     fixture.deliver({usbDrive("A")});
     fixture.deliver({usbDrive("A"), usbDrive("NEW")});
-    QCOMPARE(fixture.page(), restartPage);
+    QVERIFY(!restartPage.isNull());
     // The updated drive never went away, so its presence is no return.
     QVERIFY(fixture.texts().contains(RestartLine));
 }
@@ -292,6 +292,7 @@ void tst_DeviceListReconciliation::unpluggedFlagIsClearedByTheNextRestart()
     // Still attached: it has to go away once more before its presence means success.
     fixture.deliver({usbDrive("A"), fixture.other});
     QVERIFY(fixture.texts().contains(RestartLine));
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 2);
 }
 
 void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsButtonsWork_data()

@@ -71,7 +71,7 @@ PanelWindow::PanelWindow(const Bench &bench) : bench(bench)
 PanelWindow::~PanelWindow()
 {
     // A row may yet plug its drive in, for which it needs the bench.
-    qDeleteAll(rows);
+    qDeleteAll(findChildren<DriveRow *>());
 }
 
 void PanelWindow::addHead(QVBoxLayout *column)

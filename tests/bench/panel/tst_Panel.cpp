@@ -111,6 +111,7 @@ class tst_Panel : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { QLocale::setDefault(QLocale(QLocale::English)); }
     void theSampleIsShown();
     void unpluggingAndPlugging();
     void aPowerCycleTakesThreeSeconds();

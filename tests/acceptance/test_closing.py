@@ -1,0 +1,128 @@
+"""The end of the program in every state: exit status, duration, and the service given back exactly once."""
+
+import pathlib
+import signal
+import time
+
+import pytest
+from conftest import FAST, SLOW
+
+SUBMIT = (
+    "sudo launchctl submit -l com.tarvo.quaydesk.service "
+    "-p '/Library/Application Support/Tarvo/Quaydesk/tarvo_qd_service'"
+)
+
+
+def submissions(bench):
+    return [call for call in bench.calls() if "submit" in call]
+
+
+def end_by(bench, program, action):
+    """Ends the program that way: it gives the service back once, takes its second and returns 0."""
+    assert submissions(bench) == []
+    action()
+    assert program.wait_for_end() == 0
+    ended_at = time.time()
+    assert submissions(bench) == [SUBMIT]
+    assert bench.calls()[-1] == SUBMIT
+    assert ended_at - (pathlib.Path(bench.folder) / "calls.log").stat().st_mtime >= 1
+
+
+def in_no_drive(bench, start):
+    program = start()
+    program.see_no_drive()
+    return program
+
+
+def in_list(bench, start):
+    bench.add("Pebble", serial="TV1")
+    program = start()
+    program.see_models("Pebble")
+    return program
+
+
+def in_confirmation(bench, start):
+    bench.add("Pebble", serial="TV1", firmware="1.00")
+    program = start()
+    program.press("Update Firmware")
+    program.see_confirmation("Pebble")
+    return program
+
+
+def in_progress(bench, start):
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=SLOW)
+    program = start()
+    program.begin_update("Pebble")
+    program.see_progress("Pebble")
+    return program
+
+
+def in_restart(bench, start):
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
+    program = start()
+    program.begin_update("Pebble")
+    program.see_restart("Pebble")
+    return program
+
+
+def in_success(bench, start):
+    bench.add("Pebble Triple", serial="TV1", firmware="1.00", rate=FAST)
+    program = start()
+    program.begin_update("Pebble Triple")
+    program.see_success("Pebble Triple")
+    return program
+
+
+def in_failure(bench, start):
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
+    bench.fault("TV1", "verify-error")
+    program = start()
+    program.begin_update("Pebble")
+    program.see_failure("Pebble")
+    return program
+
+
+STATES = [in_no_drive, in_list, in_confirmation, in_progress, in_restart, in_success, in_failure]
+
+
+@pytest.mark.parametrize("state", STATES)
+def test_closing_the_window(bench, start, state):
+    program = state(bench, start)
+    end_by(bench, program, program.close_window)
+
+
+@pytest.mark.parametrize("state, button", [(in_list, "Close"), (in_success, "Finish"), (in_failure, "Finish")])
+def test_the_button_that_ends(bench, start, state, button):
+    program = state(bench, start)
+    end_by(bench, program, lambda: program.press(button))
+
+
+@pytest.mark.parametrize("state", [in_list, in_progress])
+def test_termination(bench, start, state):
+    program = state(bench, start)
+    program.process.terminate()
+    assert program.wait_for_end() == -signal.SIGTERM
+    assert submissions(bench) == []
+
+    # Nothing is left that the next start would stumble over.
+    again = start()
+    screen = again.see_models("Pebble")
+    if state is in_progress:
+        assert "Unknown firmware version !" in screen.page("Pebble").texts
+        again.begin_update("Pebble")
+        again.see_progress("Pebble")
+
+
+def test_scratch_file_is_removed(bench, start, folder):
+    program = in_list(bench, start)
+    assert list((folder / "cwd0").iterdir()) == []
+    program.press("Close")
+    assert program.wait_for_end() == 0
+    assert list((folder / "cwd0").iterdir()) == []
+
+
+def test_nothing_is_printed(bench, start, folder):
+    program = in_success(bench, start)
+    program.press("Finish")
+    assert program.wait_for_end() == 0
+    assert (folder / "output0.txt").read_text() == ""

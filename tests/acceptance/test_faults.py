@@ -1,0 +1,312 @@
+"""Everything that can go wrong with a drive, to the look that must follow."""
+
+import time
+
+import pytest
+from conftest import FAST
+
+POLL = 2  # seconds that the program pauses between two queries
+
+
+def finish(program):
+    program.press("Finish")
+    assert program.wait_for_end() == 0
+
+
+def outdated(bench, model, serial="TV1"):
+    return bench.add(model, serial=serial, firmware="1.00", configuration="1", rate=FAST)
+
+
+# Faults before and in the list -----------------------------------------------------------------------------
+
+
+def test_slow_probe(bench, start):
+    serial = bench.add("Pebble", serial="TV1")
+    bench.fault(serial, "slow-probe", 1500)
+    program = start()
+    program.see_models("Pebble")
+    assert time.monotonic() - program.started_at > 1.5
+
+
+def test_statuses_that_settle_after_some_queries(bench, start):
+    serial = bench.add("Pebble", serial="TV1", plugged=False)
+    bench.fault(serial, "settle-queries", 3)
+    bench.plug(serial)
+    program = start()
+    screen = program.see_models("Pebble")
+    assert bench.drive(serial)["queries"] >= 3
+    assert screen.page("Pebble").texts[2] == "Firmware: Up to date."
+
+
+def test_statuses_that_settle_after_some_time(bench, start):
+    serial = bench.add("Pebble", serial="TV1", plugged=False)
+    bench.fault(serial, "settle-time", 2500)
+    bench.plug(serial)
+    program = start()
+    screen = program.see_models("Pebble")
+    assert time.time() >= bench.drive(serial)["pluggedAt"] / 1000 + 2.5
+    assert screen.page("Pebble").texts[2] == "Firmware: Up to date."
+
+
+def test_statuses_that_never_settle(bench, start):
+    serial = bench.add("Pebble", serial="TV1")
+    bench.fault(serial, "never-settles")
+    program = start()
+    program.see_no_drive()
+    # No list comes while one drive is undetermined, whatever else is plugged in.
+    bench.add("Lamina", serial="TV2")
+    bench.wait_for_query("TV2")
+    bench.wait_for_query("TV2")
+    program.see_no_drive()
+    bench.unplug(serial)
+    program.see_models("Lamina")
+
+
+@pytest.mark.parametrize("status", [3, 77, -1])
+def test_unknown_statuses(bench, start, status):
+    serial = bench.add("Pebble", serial="TV1", rate=FAST)
+    bench.fault(serial, "firmware-status", status)
+    bench.fault(serial, "configuration-status", status)
+    program = start()
+    screen = program.see_models("Pebble")
+    assert screen.page("Pebble").texts == [
+        "Tarvo Pebble",
+        "Unknown firmware version !",
+        "Firmware: Unknown status!",
+        "Configuration: Unknown status!",
+    ]
+    program.press("Update")
+    screen = program.see_confirmation("Pebble")
+    assert screen.page("Pebble").button_names == ["Update", "Cancel"]
+    program.press("Update")
+    program.see_restart("Pebble")
+    assert bench.flash(serial) == bench.newest("Pebble")
+
+
+@pytest.mark.parametrize("chipset", [4, 7, -1])
+def test_bridge_without_an_updater(bench, start, chipset):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "chipset", chipset)
+    program = start()
+    screen = program.see_models("Pebble")
+    assert screen.page("Pebble").texts[1] == "(firmware version: 1.00 => 2.14 )"
+    program.begin_update("Pebble")
+    program.see_failure("Pebble")
+    assert bench.flash(serial) == ("1.00", "1")
+    finish(program)
+
+
+def test_bridge_that_is_not_supported(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "chipset", 0)
+    program = start()
+    screen = program.see("Device not supported !")
+    assert screen.page("Pebble").texts == ["Tarvo Pebble", "Device not supported !"]
+    assert screen.buttons == []
+
+
+def test_another_maker(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "vendor-id", 4660)
+    program = start()
+    program.see_models("Pebble")
+    program.begin_update("Pebble")
+    program.see_restart("Pebble")
+    assert bench.flash(serial) == bench.newest("Pebble")
+
+
+def test_product_without_a_restart_instruction(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "product-id", 6690)
+    program = start()
+    program.begin_update("Pebble")
+    screen = program.see_restart("Pebble")
+    assert screen.page("Pebble").texts == ["Your Tarvo Pebble has been successfully updated."]
+
+
+def test_text_with_any_byte(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "text", r"modelName=P\xE9bble %2\x00 and more")
+    bench.fault(serial, "text", r"firmwareVersion=\xBD")
+    program = start()
+    program.see("Tarvo Pébble %2", "(firmware version: ½ => 2.14 )")
+    program.press("Update Firmware and Configuration")
+    # Each value fills the lowest number that is left, so that the one in the name takes the next value.
+    screen = program.see("Cancel")
+    assert screen.texts[1] == (
+        'You are about to update your Tarvo Pébble firmware and configuration. ("½" => "2.14")%7'
+    )
+
+
+def test_duplicate_serial(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "duplicate-serial")
+    program = start()
+    screen = program.see_models("Pebble", "Pebble")
+    screen.root.buttons[0].press()
+    screen = program.see("Cancel")
+    assert screen.models == ["Pebble", "Pebble"], "both drives with that serial number are confirmed"
+    screen.root.buttons[0].press()
+    program.wait_for(lambda screen: len(screen.root.bars) == 2, "two pages in progress")
+    program.wait_for(
+        lambda screen: [page.texts[0] for page in screen.pages]
+        == ["Your Tarvo Pebble has been successfully updated."] * 2,
+        "two pages that wait for the restart",
+    )
+    bench.run("replug", serial)
+    program.wait_for(lambda screen: screen.buttons == ["Finish", "Finish"], "two success pages")
+    assert bench.flash(serial) == bench.newest("Pebble")
+
+
+def test_serial_of_another_drive(bench, start):
+    pebble = outdated(bench, "Pebble")
+    bench.add("Skiff", serial="TV2")
+    bench.fault(pebble, "duplicate-serial", "TV2")
+    program = start()
+    program.see_models("Pebble", "Skiff")
+    program.press("Update Firmware and Configuration", "Pebble")
+    screen = program.see("Cancel")
+    assert screen.models == ["Pebble", "Skiff"]
+
+
+def test_malformed_drive(bench, start, folder):
+    bench.add("Pebble", serial="TV1")
+    bench.add("Skiff", serial="TV2")
+    (folder / "bench/drives/TV1.json").write_text('{"serial": "TV1",\n')
+    program = start()
+    program.see_models("Skiff")
+    bench.wait_for_query("TV2")
+    assert "/drives/TV1.json:2:" in one_line(folder)
+
+
+def test_missing_bench(bench, start, folder):
+    bench.folder += "-that-is-not-there"
+    program = start()
+    program.see_no_drive()
+    program.close_window()
+    assert program.wait_for_end() == 0
+    assert bench.folder in one_line(folder)
+
+
+def one_line(folder):
+    """What the program printed, which must be one line."""
+    (line,) = (folder / "output0.txt").read_text().splitlines()
+    return line
+
+
+# Faults of a flash -----------------------------------------------------------------------------------------
+
+TORN, OLD, NEW = "torn", "old", "new"
+
+
+@pytest.mark.parametrize("model", ["Pebble", "Lamina", "Harbour", "Pebble Triple", "Harbour (FireWire 800)"])
+def test_flash_error(bench, start, model):
+    fail_an_update(bench, start, model, ("flash-error", 9000), TORN)
+
+
+@pytest.mark.parametrize(
+    "model, fault, left",
+    [
+        ("Pebble", ("flash-error", 0), TORN),
+        ("Pebble", ("verify-error",), TORN),
+        ("Harbour FireWire", ("verify-error",), TORN),
+        ("Pebble", ("pulled-out", 12000), TORN),
+        ("Harbour FireWire", ("pulled-out", 12000), TORN),
+        ("Pebble", ("wrong-image",), OLD),
+        ("Harbour FireWire", ("wrong-image",), OLD),
+        ("Pebble", ("truncated-image",), OLD),
+        ("Pebble", ("truncated-image", 40000), OLD),
+        ("Pebble", ("text", "firmwareFileName=nothing.tfw"), OLD),
+        ("Pebble", ("chipset", 2), OLD),
+        ("Pebble", ("unmount-returns", 0), NEW),
+        ("Pebble", ("unmount-returns", 2), NEW),
+    ],
+    ids=lambda value: "-".join(map(str, value)) if isinstance(value, tuple) else value,
+)
+def test_failing_update(bench, start, model, fault, left):
+    fail_an_update(bench, start, model, fault, left)
+
+
+def fail_an_update(bench, start, model, fault, left):
+    """Updates a drive with that fault: the failure page follows and freezes the list until the next start."""
+    serial = outdated(bench, model)
+    bench.fault(serial, *fault)
+    bench.add("Skiff", serial="TV2")
+    program = start()
+    program.see_models(model, "Skiff")
+    program.begin_update(model)
+    failed = program.see_failure(model)
+
+    expected = {TORN: (None, None), OLD: ("1.00", "1"), NEW: bench.newest(model)}[left]
+    assert bench.flash(serial) == expected
+    assert bench.drive(serial)["torn"] == (left == TORN)
+
+    # The list is frozen: nothing that is pulled out or plugged in is noticed any more.
+    bench.add("Lamina Slim", serial="TV3")
+    time.sleep(POLL + 0.5)
+    still = program.look()
+    assert [page.path for page in still.pages] == [page.path for page in failed.pages]
+    finish(program)
+
+    bench.run("clear", serial)
+    if fault[0] == "pulled-out":
+        assert not bench.drive(serial)["plugged"]
+    else:
+        bench.unplug(serial)
+    bench.plug(serial)
+    again = start()
+    screen = again.see_models(model, "Skiff", "Lamina Slim")
+    if left == TORN:
+        assert "Unknown firmware version !" in screen.page(model).texts
+    if left != NEW:
+        again.begin_update(model)
+        if model in ("Pebble Triple", "Harbour FireWire", "Harbour (FireWire 800)"):
+            again.see_success(model)
+        else:
+            again.see_restart(model)
+    assert bench.flash(serial) == bench.newest(model)
+
+
+@pytest.mark.parametrize("value", [1, 3, -1])
+def test_unmount_that_returns_an_odd_value(bench, start, value):
+    serial = outdated(bench, "Pebble")
+    bench.fault(serial, "unmount-returns", value)
+    program = start()
+    program.begin_update("Pebble")
+    program.see_restart("Pebble")
+    assert bench.flash(serial) == bench.newest("Pebble")
+
+
+# Faults of a restart ---------------------------------------------------------------------------------------
+
+
+def test_drive_that_does_not_come_back(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.add("Skiff", serial="TV2")
+    bench.fault(serial, "no-return")
+    program = start()
+    program.begin_update("Pebble")
+    waiting = program.see_restart("Pebble")
+    bench.unplug(serial)
+    bench.wait_for_query("TV2")
+    bench.plug(serial)
+    bench.wait_for_query("TV2")
+    assert [page.path for page in program.look().pages] == [page.path for page in waiting.pages]
+    bench.run("clear", serial)
+    bench.run("replug", serial, "--for", 0)
+    program.see_success("Pebble")
+
+
+def test_drive_that_comes_back_as_another(bench, start):
+    serial = outdated(bench, "Pebble")
+    bench.add("Skiff", serial="TV2")
+    bench.fault(serial, "new-serial", "TV9")
+    program = start()
+    program.begin_update("Pebble")
+    waiting = program.see_restart("Pebble")
+    bench.unplug(serial)
+    bench.wait_for_query("TV2")
+    bench.plug(serial)
+    bench.wait_for_query("TV2")
+    bench.wait_for_query("TV2")
+    assert [page.path for page in program.look().pages] == [page.path for page in waiting.pages]

@@ -1,0 +1,127 @@
+"""The ways to start the program, what lies around it, and what it may not take from there."""
+
+import os
+import pathlib
+import shutil
+
+import pytest
+from conftest import FAST
+
+NAME = "tarvo-firmware-updater"
+
+
+@pytest.fixture
+def serial(bench):
+    return bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
+
+
+def update(program, bench, serial):
+    """The firmware image is looked for in the folder by which the program was started."""
+    program.begin_update("Pebble")
+    program.see_restart("Pebble")
+    assert bench.flash(serial) == bench.newest("Pebble")
+
+
+def fail_to_update(program, bench, serial):
+    program.begin_update("Pebble")
+    program.see_failure("Pebble")
+    assert bench.flash(serial)[0] == "1.00"
+
+
+def test_relative_path(bench, start, bin_dir, serial):
+    program = start(command=f"./{bin_dir.name}/{NAME}", cwd=bin_dir.parent)
+    update(program, bench, serial)
+
+
+def test_relative_path_upwards(bench, start, bin_dir, folder, serial):
+    program = start(command=os.path.relpath(bin_dir / NAME, folder), cwd=folder)
+    update(program, bench, serial)
+
+
+def test_path_with_blanks(bench, start, bin_dir, folder, serial):
+    place = folder / "a folder  with blanks"
+    place.symlink_to(bin_dir)
+    update(start(command=place / NAME), bench, serial)
+
+
+def test_symbolic_link(bench, start, bin_dir, folder, serial):
+    place = folder / "links"
+    place.mkdir()
+    (place / "updater").symlink_to(bin_dir / NAME)
+    program = start(command=place / "updater")
+    # The images do not lie beside the link, so there is nothing to flash.
+    fail_to_update(program, bench, serial)
+    program.press("Finish")
+    assert program.wait_for_end() == 0
+
+    (place / "pebble.tfw").symlink_to(bin_dir / "pebble.tfw")
+    update(start(command=place / "updater"), bench, serial)
+
+
+def test_no_slash(bench, start, bin_dir, serial):
+    search = {"PATH": f"{bin_dir}:{os.environ['PATH']}"}
+    # Started by its bare name, it looks for images in the working directory.
+    elsewhere = start(command=NAME, environment=search)
+    fail_to_update(elsewhere, bench, serial)
+    elsewhere.press("Finish")
+    assert elsewhere.wait_for_end() == 0
+    update(start(command=NAME, environment=search, cwd=bin_dir), bench, serial)
+
+
+def test_another_working_directory(bench, start, serial):
+    update(start(cwd="/"), bench, serial)
+
+
+def test_working_directory_that_cannot_be_written(bench, start, serial):
+    # Nobody can create a file there, not even root; the scratch file then reads as "not installed".
+    bench.run("companion", "install")
+    program = start(cwd="/proc")
+    screen = program.see_models("Pebble")
+    assert screen.warning is None
+    update(program, bench, serial)
+
+
+def test_toolkit_options(bench, start, serial):
+    program = start("-style", "fusion", "-geometry", "400x400+20+20")
+    program.see_models("Pebble")
+    update(program, bench, serial)
+
+
+def mapped_files(program):
+    with open(f"/proc/{program.process.pid}/maps", encoding="utf-8") as maps:
+        return {line.split(maxsplit=5)[5].strip() for line in maps if "/" in line}
+
+
+def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, folder, serial):
+    before = start()
+    before.see_models("Pebble")
+    plugins = plugin_folder(mapped_files(before))
+    before.stop()
+
+    # Plug-ins that the toolkit would take for its pictures, beside the program and where the environment says.
+    beside, named = folder / "beside", folder / "named"
+    for place in (beside, named):
+        for kind in ("imageformats", "iconengines"):
+            if (plugins / kind).is_dir():
+                shutil.copytree(plugins / kind, place / kind)
+    shutil.copy(bin_dir / NAME, beside)
+    shutil.copytree(bin_dir / "host-tools", beside / "host-tools", symlinks=True)
+    for image in bin_dir.glob("*.tfw"):
+        shutil.copy(image, beside)
+    assert any(beside.glob("imageformats/*.so"))
+
+    program = start(command=beside / NAME, environment={"QT_PLUGIN_PATH": str(named)})
+    program.see_models("Pebble")
+    at_start = mapped_files(program)
+    update(program, bench, serial)
+    bench.run("replug", serial)
+    program.see_success("Pebble")
+    mapped = mapped_files(program)
+    assert not [file for file in mapped if file.startswith((str(beside / "i"), str(named)))]
+    assert {file for file in mapped - at_start if "/plugins/" in file} == set()
+
+
+def plugin_folder(mapped):
+    """Where the toolkit's own plug-ins lie, by the one that every program needs."""
+    (platform,) = [file for file in mapped if file.endswith("/platforms/libqxcb.so")]
+    return pathlib.Path(platform).parent.parent
