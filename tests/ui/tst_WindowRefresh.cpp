@@ -456,7 +456,9 @@ void tst_WindowRefresh::clickThatOpensTheBoxSurvivesARefreshInsideIt()
         WindowProbe::button(fixture.window, "Update Firmware and Configuration");
     QPointer<DeviceLayout> page;
     for (QWidget *widget : QApplication::topLevelWidgets()) {
-        page = page.isNull() ? qobject_cast<DeviceLayout *>(widget) : page;
+        if (auto *candidate = qobject_cast<DeviceLayout *>(widget)) {
+            page = candidate;
+        }
     }
     QVERIFY(!page.isNull());
     BoxAnswerer answerer([&](QMessageBox &box) {
