@@ -70,6 +70,8 @@ def in_success(bench, start):
     program = start()
     program.begin_update("Pebble Triple")
     program.see_success("Pebble Triple")
+    # The next list has the drive up to date and builds the page anew; a press in that moment would be lost.
+    program.wait_for(lambda screen: "Firmware: Up to date." in screen.texts, "the updated drive is listed")
     return program
 
 
