@@ -42,6 +42,18 @@ bool invoke(WindowFixture &fixture, const char *slot, const QString &serialNumbe
         &fixture.window, slot, Qt::DirectConnection, Q_ARG(QString, serialNumber));
 }
 
+/// Hands the window a success; the first line of the page that each refresh then puts in place.
+QStringList firstLinesOfASuccess(WindowFixture &fixture)
+{
+    QStringList firstLines;
+    auto *stack = fixture.window.findChild<QStackedWidget *>();
+    QObject::connect(stack, &QStackedWidget::widgetRemoved, stack,
+        [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
+    fixture.finish(true);
+    QObject::disconnect(stack, &QStackedWidget::widgetRemoved, stack, nullptr);
+    return firstLines;
+}
+
 } // namespace
 
 class tst_UpdateFlow : public QObject
@@ -245,12 +257,7 @@ void tst_UpdateFlow::fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage()
     WindowFixture fixture;
     fixture.deliver({fireWireDrive("A")});
     QVERIFY(invoke(fixture, "updateDevice", "A"));
-    QStringList firstLines;
-    auto *stack = fixture.window.findChild<QStackedWidget *>();
-    connect(stack, &QStackedWidget::widgetRemoved, stack,
-        [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
-    fixture.finish(true);
-    QCOMPARE(firstLines, WindowProbe::repeated(2, FireWireSuccessLine));
+    QCOMPARE(firstLinesOfASuccess(fixture), WindowProbe::repeated(2, FireWireSuccessLine));
     QCOMPARE(lookOf(fixture), Look::Success);
 }
 
@@ -259,12 +266,7 @@ void tst_UpdateFlow::usbSuccessRebuildsTwiceBothTimesWithTheRestartPage()
     WindowFixture fixture;
     fixture.deliver({usbDrive("A")});
     QVERIFY(invoke(fixture, "updateDevice", "A"));
-    QStringList firstLines;
-    auto *stack = fixture.window.findChild<QStackedWidget *>();
-    connect(stack, &QStackedWidget::widgetRemoved, stack,
-        [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
-    fixture.finish(true);
-    QCOMPARE(firstLines, WindowProbe::repeated(2, SuccessLine));
+    QCOMPARE(firstLinesOfASuccess(fixture), WindowProbe::repeated(2, SuccessLine));
     QCOMPARE(lookOf(fixture), Look::Restart);
 }
 
