@@ -1,5 +1,5 @@
 #include "tests/support/DeviceRecords.h"
-#include "tests/ui/PageFixture.h"
+#include "tests/support/PageFixture.h"
 
 #include <QProgressBar>
 #include <QtTest>
