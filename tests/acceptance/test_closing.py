@@ -1,11 +1,13 @@
 """The end of the program in every state: exit status, duration, and the service given back exactly once."""
 
+import json
 import pathlib
 import signal
 import time
 
 import pytest
 from conftest import FAST, SLOW
+from driver import wait_until
 
 SUBMIT = (
     "sudo launchctl submit -l com.tarvo.quaydesk.service "
@@ -113,6 +115,48 @@ def test_termination(bench, start, state):
         assert "Unknown firmware version !" in screen.page("Pebble").texts
         again.begin_update("Pebble")
         again.see_progress("Pebble")
+
+
+@pytest.mark.parametrize("percent", range(1, 91, 9))
+def test_killed_while_it_flashes(bench, start, percent):
+    """Half of the points on a USB drive, half on a FireWire drive."""
+    model = "Pebble" if percent % 2 else "Pebble Triple"
+    serial = bench.add(model, serial="TV1", firmware="1.00", configuration="1", rate=8000)
+    bench.add("Skiff", serial="TV2")
+    before = others(bench, serial)
+    program = start()
+    program.begin_update(model)
+
+    def is_at_that_point():
+        drive = json.loads(pathlib.Path(bench.folder, "drives", serial + ".json").read_text())
+        return drive["bytesToWrite"] and 100 * drive["bytesWritten"] >= percent * drive["bytesToWrite"]
+
+    wait_until(is_at_that_point, f"{percent} % of the image are written")
+    program.process.kill()
+    assert program.wait_for_end() == -signal.SIGKILL
+    assert bench.drive(serial)["torn"], "the kill came before the end of the flash"
+    assert others(bench, serial) == before
+
+    again = start()
+    screen = again.see_models(model, "Skiff")
+    assert "Unknown firmware version !" in screen.page(model).texts
+    again.begin_update(model)
+    if model == "Pebble":
+        again.see_restart(model)
+        bench.run("replug", serial)
+    again.see_success(model)
+    assert bench.flash(serial) == bench.newest(model)
+    assert bench.drive(serial)["runningFirmware"] == bench.newest(model)[0]
+    assert others(bench, serial) == before
+
+
+def others(bench, serial):
+    """Every file of the bench but those of that drive and the log of calls."""
+    return {
+        path: path.read_bytes()
+        for path in pathlib.Path(bench.folder).rglob("*")
+        if path.is_file() and path.stem != serial and path.name != "calls.log"
+    }
 
 
 def test_scratch_file_is_removed(bench, start, folder):
