@@ -7,9 +7,11 @@
 
 #include <QElapsedTimer>
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -23,9 +25,10 @@ struct Script
     bool flashesHeld = false;
     bool flashResult = true;
     int unmountResult = 1;
-    QStringList calls;
+    // Not the toolkit's lists: their copies share one buffer beyond the lock.
+    std::vector<QString> calls;
     QElapsedTimer sinceLastQuery;
-    QList<qint64> queryIntervals;
+    std::vector<qint64> queryIntervals;
 };
 
 /// Never freed: threads that outlive a test still call the platform while the process ends.
@@ -49,7 +52,7 @@ void remember(const QString &call)
 {
     const std::lock_guard<std::mutex> lock(script().mutex);
     if (callersGeneration == script().generation) {
-        script().calls.append(call);
+        script().calls.push_back(call);
     }
 }
 
@@ -163,22 +166,20 @@ void ScriptedPlatform::releaseFlashes()
 QStringList ScriptedPlatform::calls()
 {
     const std::lock_guard<std::mutex> lock(script().mutex);
-    return script().calls;
+    return QStringList(script().calls.begin(), script().calls.end());
 }
 
 int ScriptedPlatform::count(const QString &beginning)
 {
-    int matches = 0;
-    for (const QString &call : calls()) {
-        matches += call.startsWith(beginning) ? 1 : 0;
-    }
-    return matches;
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    return int(std::count_if(script().calls.begin(), script().calls.end(),
+        [&beginning](const QString &call) { return call.startsWith(beginning); }));
 }
 
 QList<qint64> ScriptedPlatform::queryIntervals()
 {
     const std::lock_guard<std::mutex> lock(script().mutex);
-    return script().queryIntervals;
+    return QList<qint64>(script().queryIntervals.begin(), script().queryIntervals.end());
 }
 
 DeviceDiscovery::DeviceDiscovery()
@@ -198,7 +199,7 @@ void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
     remember(QString("getTarvoDevice(%1)").arg(devices.size()));
     std::unique_lock<std::mutex> lock(s.mutex);
     if (s.sinceLastQuery.isValid()) {
-        s.queryIntervals.append(s.sinceLastQuery.elapsed());
+        s.queryIntervals.push_back(s.sinceLastQuery.elapsed());
     }
     s.sinceLastQuery.start();
     waitWhile(s.queriesHeld, lock);
