@@ -101,6 +101,8 @@ void tst_QDKUtilities::launchingOpensTheApplicationAndReturnsTheStatus()
             "open|/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app"}));
     tools->answer("open /Applications/Tarvo Quaydesk.app", "", 1);
     QCOMPARE(QDKUtilities::launchQDK(), 256);
+    tools->answer("open /Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app", "", 2);
+    QCOMPARE(QDKUtilities::launchQDKStatusItem(), 512);
 }
 
 void tst_QDKUtilities::queryRunsItsListingAndFindsItsNeedle_data()
@@ -354,6 +356,11 @@ void tst_QDKUtilities::versionWithExtensionNeitherLoadedNorInstalledIsEmpty()
     tools->answer("ls /System/Library/Extensions/TarvoKorrin.kext", "", 1);
     QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string());
     QVERIFY(!tools->calls().contains("kextload|/System/Library/Extensions/TarvoKorrin.kext"));
+    QVERIFY(!QFile::exists("temp.txt"));
+
+    // The scratch file is read nevertheless, with what an earlier run left in it.
+    write("temp.txt", "left over: (7.7)\n");
+    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string("7.7"));
     QVERIFY(!QFile::exists("temp.txt"));
 }
 

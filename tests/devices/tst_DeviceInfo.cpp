@@ -30,12 +30,18 @@ private slots:
 
 void tst_DeviceInfo::fieldsHaveTheLibrarysTypes()
 {
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::auxiliaryText1), std::string>));
     QVERIFY((std::is_same_v<decltype(DeviceInfo::productId), std::uint16_t>));
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::modelName), std::string>));
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::serialNumber), std::string>));
     QVERIFY((std::is_same_v<decltype(DeviceInfo::vendorId), std::uint16_t>));
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::auxiliaryText2), std::string>));
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::firmwareVersion), std::string>));
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::firmwareFileName), std::string>));
+    QVERIFY((std::is_same_v<decltype(DeviceInfo::newFirmwareVersion), std::string>));
     QVERIFY((std::is_same_v<decltype(DeviceInfo::chipsetType), std::int32_t>));
     QVERIFY((std::is_same_v<decltype(DeviceInfo::firmwareStatus), std::int32_t>));
     QVERIFY((std::is_same_v<decltype(DeviceInfo::configurationStatus), std::int32_t>));
-    QVERIFY((std::is_same_v<decltype(DeviceInfo::serialNumber), std::string>));
 }
 
 void tst_DeviceInfo::fieldsLieInTheLibrarysOrder()

@@ -43,6 +43,20 @@ QList<QPoint> placesOf(const WindowFixture &fixture, int count)
     return places;
 }
 
+/// The program's version stands once in the window, at its bottom, in small italics.
+void verifyVersion(MainWindow &window)
+{
+    QCOMPARE(WindowProbe::texts(window).count("Orvi: 1.1.6"), 1);
+    for (const QLabel *label : window.findChildren<QLabel *>()) {
+        if (label->text() == "Orvi: 1.1.6") {
+            QVERIFY(label->font().italic());
+            QCOMPARE(label->font().pixelSize(), 10);
+            QCOMPARE(label->height(), 12);
+            QVERIFY(label->mapTo(&window, QPoint()).y() > window.height() - 40);
+        }
+    }
+}
+
 void pressOk(QMessageBox &box)
 {
     QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
@@ -315,15 +329,7 @@ void tst_WindowRefresh::versionStandsInSmallItalicsAtTheBottom()
     WindowFixture fixture;
     fixture.deliver(drives(count));
     QCoreApplication::processEvents();
-    QCOMPARE(fixture.texts().count("Orvi: 1.1.6"), 1);
-    for (const QLabel *label : fixture.window.findChildren<QLabel *>()) {
-        if (label->text() == "Orvi: 1.1.6") {
-            QVERIFY(label->font().italic());
-            QCOMPARE(label->font().pixelSize(), 10);
-            QCOMPARE(label->height(), 12);
-            QVERIFY(label->mapTo(&fixture.window, QPoint()).y() > fixture.window.height() - 40);
-        }
-    }
+    verifyVersion(fixture.window);
 }
 
 void tst_WindowRefresh::layoutsHaveTheirMargins()
@@ -360,6 +366,7 @@ void tst_WindowRefresh::companionAtStartIsWarnedOfOnceDuringConstruction()
     QVERIFY(window.isVisible());
     // No content but the version; the column has its leading stretch and nothing else.
     QCOMPARE(WindowProbe::texts(window), QStringList{"Orvi: 1.1.6"});
+    verifyVersion(window);
     QCOMPARE(window.findChild<QScrollArea *>()->widget()->layout()->count(), 1);
     // Later refreshes check again but show the drives.
     tools.forgetCalls();
