@@ -24,7 +24,7 @@ PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or os.path.join(os.path.dirnam
                                                                   "../../build/release/bin")
 
 PATIENCE = 30  # seconds that anything may take on a busy machine
-GLANCE = 0.1  # seconds between two looks
+GLANCE = 0.2  # seconds between two looks
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 REGISTRY = "org.a11y.atspi.Registry"
