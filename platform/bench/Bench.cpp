@@ -1,22 +1,16 @@
 #include "platform/bench/Bench.h"
 
+#include "platform/bench/Discovery.h"
 #include "platform/bench/Files.h"
 #include "platform/bench/FirmwareImage.h"
 #include "platform/bench/FlashChip.h"
 #include "platform/bench/FlashRun.h"
 
 #include <QDateTime>
-#include <QDir>
-#include <QHash>
-#include <QProcess>
 
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <thread>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace bench {
 
@@ -25,133 +19,6 @@ namespace {
 constexpr std::int64_t MaximumFileSize = 256 * 1024;
 constexpr int MaximumSerialLength = 80;
 constexpr QLatin1String DraftExtension(".new");
-constexpr std::int32_t StatusUndetermined = 0;
-constexpr std::int32_t StatusUpdateRequired = 1;
-constexpr std::int32_t StatusUpToDate = 2;
-constexpr std::int32_t StatusUnknown = 3;
-
-struct Versions
-{
-    QString firmware;
-    QString configuration;
-};
-
-/// What the image for that model offers: the file's versions, or the catalogue's without a usable file.
-Versions offeredVersions(const Model &model, const QString &imageFolder)
-{
-    FirmwareImage image;
-    QString reason;
-    if (FirmwareImage::read(imageFolder + QLatin1Char('/') + model.imageName(), &image, &reason)) {
-        return {image.firmwareVersion, image.configurationRevision};
-    }
-    return {model.newestFirmware, model.newestConfiguration};
-}
-
-/// A model whose bridge is not `chipset`: where the fault "wrong-image" has its image from.
-const Model &modelWithOtherBridge(std::int32_t chipset)
-{
-    return models().first().chipset != chipset ? models().first() : models().last();
-}
-
-std::int64_t numberOf(const Drive &drive, const char *fault)
-{
-    const Fault *const found = findFault(drive.faults, fault);
-    return found == nullptr ? 0 : found->number;
-}
-
-bool isSettled(const Drive &drive)
-{
-    return findFault(drive.faults, "never-settles") == nullptr
-        && drive.queries >= numberOf(drive, "settle-queries")
-        && QDateTime::currentMSecsSinceEpoch() - drive.pluggedAt >= numberOf(drive, "settle-time");
-}
-
-std::int32_t statusOf(const Drive &drive, const QString &running, const QString &offered)
-{
-    if (!isSettled(drive)) {
-        return StatusUndetermined;
-    }
-    if (drive.torn || drive.bootRom || drive.chipset == 0) {
-        return StatusUnknown;
-    }
-    return running == offered ? StatusUpToDate : StatusUpdateRequired;
-}
-
-DriveRecord recordOf(const Drive &drive, const Model &model, const Versions &offered)
-{
-    DriveRecord record;
-    record.auxiliaryText1 = model.isFireWire() ? QStringLiteral("FireWire") : QStringLiteral("USB");
-    record.productId = model.productId;
-    record.modelName = model.name;
-    record.serialNumber = drive.reportedSerial;
-    record.vendorId = model.vendorId;
-    record.auxiliaryText2 = drive.torn ? QString() : drive.runningConfiguration;
-    record.firmwareVersion = drive.torn ? QString() : drive.runningFirmware;
-    record.firmwareFileName = model.imageName();
-    record.newFirmwareVersion = offered.firmware;
-    record.chipsetType = drive.chipset;
-    record.firmwareStatus = statusOf(drive, drive.runningFirmware, offered.firmware);
-    record.configurationStatus = statusOf(drive, drive.runningConfiguration, offered.configuration);
-
-    if (findFault(drive.faults, "wrong-image") != nullptr) {
-        record.firmwareFileName = modelWithOtherBridge(drive.chipset).imageName();
-    }
-    for (const Fault &fault : drive.faults) {
-        if (fault.name == QLatin1String("firmware-status")) {
-            record.firmwareStatus = static_cast<std::int32_t>(fault.number);
-        } else if (fault.name == QLatin1String("configuration-status")) {
-            record.configurationStatus = static_cast<std::int32_t>(fault.number);
-        } else if (fault.name == QLatin1String("chipset")) {
-            record.chipsetType = static_cast<std::int32_t>(fault.number);
-        } else if (fault.name == QLatin1String("vendor-id")) {
-            record.vendorId = static_cast<std::uint16_t>(fault.number);
-        } else if (fault.name == QLatin1String("product-id")) {
-            record.productId = static_cast<std::uint16_t>(fault.number);
-        } else if (fault.name == QLatin1String("duplicate-serial") && !fault.text.isEmpty()) {
-            record.serialNumber = fault.text;
-        } else if (fault.name == QLatin1String("text")) {
-            QString *const fields[] = {&record.auxiliaryText1, &record.modelName, &record.serialNumber,
-                &record.auxiliaryText2, &record.firmwareVersion, &record.firmwareFileName,
-                &record.newFirmwareVersion};
-            *fields[faultFields().indexOf(fault.field)] = fault.text;
-        }
-    }
-    return record;
-}
-
-/// True when a query changes the drive's file: it is counted, or uses up a fault.
-bool isChangedByQuery(const Drive &drive)
-{
-    if (!drive.plugged || !drive.answers) {
-        return false;
-    }
-    if (drive.queries < numberOf(drive, "settle-queries")) {
-        return true;
-    }
-    return std::any_of(drive.faults.begin(), drive.faults.end(), [&drive](const Fault &fault) {
-        const bool settling =
-            fault.name == QLatin1String("settle-queries") || fault.name == QLatin1String("settle-time");
-        return fault.once && (actsOnQuery(fault) || (settling && isSettled(drive)));
-    });
-}
-
-void countQuery(Drive *drive)
-{
-    if (isSettled(*drive)) {
-        drive->faultHadEffect("settle-queries");
-        drive->faultHadEffect("settle-time");
-    } else {
-        ++drive->queries;
-    }
-    QVector<Fault> left;
-    for (const Fault &fault : drive->faults) {
-        if (!fault.once || !actsOnQuery(fault)) {
-            left.append(fault);
-        }
-    }
-    drive->faults = left;
-}
-
 /// True when a drive's file would be accepted again: what a caller made of a drive is not trusted.
 bool isReadable(const QByteArray &driveFile, QString *reason)
 {
@@ -273,46 +140,40 @@ bool Bench::drive(const QString &serial, Drive *found, QString *reason) const
 
 bool Bench::add(const Drive &drive, QString *reason)
 {
-    if (!exists(reason)) {
-        return false;
-    }
-    const FileLock lock(lockFile(), FileLock::Exclusive);
-    if (!lockForChange(lock, reason)) {
-        return false;
-    }
-    if (changeTime(driveFile(drive.serial)) != 0) {
-        *reason =
-            QStringLiteral("a drive with this serial number is on the bench; choose another with --serial");
-        return false;
-    }
-    if (!draftDrive(drive, reason)) {
-        dropDraft(drive.serial);
-        return false;
-    }
-    return publishDraft(drive.serial, reason);
+    return change(
+        [&] {
+            if (changeTime(driveFile(drive.serial)) != 0) {
+                *reason = QStringLiteral(
+                    "a drive with this serial number is on the bench; choose another with --serial");
+                return false;
+            }
+            if (!draftDrive(drive, reason)) {
+                dropDraft(drive.serial);
+                return false;
+            }
+            return publishDraft(drive.serial, reason);
+        },
+        reason);
 }
 
 bool Bench::remove(const QString &serial, QString *reason)
 {
-    if (!exists(reason)) {
-        return false;
-    }
-    const FileLock lock(lockFile(), FileLock::Exclusive);
-    if (!lockForChange(lock, reason)) {
-        return false;
-    }
-    Drive found;
-    if (changeTime(driveFile(serial)) == 0) {
-        return readDrive(driveFile(serial), &found, reason);
-    }
-    if (!removeFile(driveFile(serial), reason)) {
-        *reason = QStringLiteral("cannot remove %1: %2; the folder must be writable")
-                      .arg(driveFile(serial), *reason);
-        return false;
-    }
-    QString ignored;
-    removeFile(chipFile(serial), &ignored);
-    return true;
+    return change(
+        [&] {
+            Drive found;
+            if (changeTime(driveFile(serial)) == 0) {
+                return readDrive(driveFile(serial), &found, reason);
+            }
+            if (!removeFile(driveFile(serial), reason)) {
+                *reason = QStringLiteral("cannot remove %1: %2; the folder must be writable")
+                              .arg(driveFile(serial), *reason);
+                return false;
+            }
+            QString ignored;
+            removeFile(chipFile(serial), &ignored);
+            return true;
+        },
+        reason);
 }
 
 bool Bench::plug(const QString &serial, QString *reason)
@@ -388,18 +249,15 @@ bool Bench::clearFault(const QString &serial, const QString &name, QString *reas
         reason);
 }
 
-bool Bench::changeDrive(const QString &serial, const DriveChange &change, QString *reason)
+bool Bench::changeDrive(const QString &serial, const DriveChange &driveChange, QString *reason)
 {
-    if (!exists(reason)) {
-        return false;
-    }
-    const FileLock lock(lockFile(), FileLock::Exclusive);
-    if (!lockForChange(lock, reason)) {
-        return false;
-    }
-    Drive found;
-    return readDrive(driveFile(serial), &found, reason) && change(&found, reason)
-        && writeDrive(found, reason);
+    return change(
+        [&] {
+            Drive found;
+            return readDrive(driveFile(serial), &found, reason) && driveChange(&found, reason)
+                && writeDrive(found, reason);
+        },
+        reason);
 }
 
 DriveState Bench::state(const Drive &drive) const
@@ -454,33 +312,14 @@ QVector<DriveRecord> Bench::query(QStringList *problems)
 
     problems->append(malformed);
 
-    QVector<DriveRecord> records;
-    QHash<QString, Versions> offers;
-    std::int64_t probeMilliseconds = 0;
-    for (const Drive &drive : found) {
-        if (!drive.plugged || !drive.answers) {
-            continue;
-        }
-        const Model &model = drive.catalogueModel();
-        auto offered = offers.find(model.name);
-        if (offered == offers.end()) {
-            offered = offers.insert(model.name, offeredVersions(model, imagePath));
-        }
-        records.append(recordOf(drive, model, *offered));
-        const Fault *const duplicate = findFault(drive.faults, "duplicate-serial");
-        if (duplicate != nullptr && duplicate->text.isEmpty()) {
-            records.append(records.last());
-        }
-        probeMilliseconds += std::max<std::int64_t>(0, numberOf(drive, "slow-probe"));
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(probeMilliseconds));
+    const QVector<DriveRecord> records = recordsOf(found, imagePath);
+    std::this_thread::sleep_for(std::chrono::milliseconds(probeMilliseconds(found)));
     return records;
 }
 
 DriveRecord Bench::record(const Drive &drive) const
 {
-    const Model &model = drive.catalogueModel();
-    return recordOf(drive, model, offeredVersions(model, imagePath));
+    return recordOf(drive, imagePath);
 }
 
 bool Bench::flash(
@@ -519,188 +358,20 @@ Host Bench::host(QStringList *problems) const
     return readHost(problems);
 }
 
-bool Bench::changeHost(const HostChange &change, QString *reason)
+bool Bench::changeHost(const HostChange &hostChange, QString *reason)
 {
-    if (!exists(reason)) {
-        return false;
-    }
-    const FileLock lock(lockFile(), FileLock::Exclusive);
-    if (!lockForChange(lock, reason)) {
-        return false;
-    }
-    QStringList problems;
-    Host found = readHost(&problems);
-    if (!problems.isEmpty()) {
-        *reason = problems.first() + QStringLiteral("; correct the file, or remove it for a new host");
-        return false;
-    }
-    return change(&found, reason) && writeHost(found, reason);
-}
-
-bool Bench::installCompanion(QString *reason)
-{
-    return changeHost(
-        [](Host *host, QString *why) {
-            if (host->companionInstalled) {
-                *why = QStringLiteral(
-                    "the companion is installed already; to remove it, use: drive-bench companion uninstall");
+    return change(
+        [&] {
+            QStringList problems;
+            Host found = readHost(&problems);
+            if (!problems.isEmpty()) {
+                *reason =
+                    problems.first() + QStringLiteral("; correct the file, or remove it for a new host");
                 return false;
             }
-            host->companionInstalled = true;
-            host->extensionInstalled = true;
-            return true;
+            return hostChange(&found, reason) && writeHost(found, reason);
         },
         reason);
-}
-
-bool Bench::uninstallCompanion(QString *reason)
-{
-    QStringList problems;
-    const Host found = host(&problems);
-    if (!found.companionInstalled) {
-        *reason = QStringLiteral(
-            "the companion is not installed; to install it, use: drive-bench companion install");
-        return false;
-    }
-    if (!found.processes.isEmpty() && !stopCompanion(reason)) {
-        return false;
-    }
-    return changeHost(
-        [](Host *host, QString *) {
-            host->companionInstalled = false;
-            host->serviceSubmitted = false;
-            host->extensionInstalled = false;
-            host->extensionLoaded = false;
-            return true;
-        },
-        reason);
-}
-
-bool Bench::startCompanion(const QString &tool, QString *reason)
-{
-    const auto prepare = [](Host *host, QString *why) {
-        if (!host->companionInstalled) {
-            *why = QStringLiteral("the companion is not installed; first use: drive-bench companion install");
-            return false;
-        }
-        if (!host->processes.isEmpty()) {
-            *why = QStringLiteral(
-                "the companion is running already; to stop it, use: drive-bench companion stop");
-            return false;
-        }
-        host->serviceSubmitted = true;
-        host->extensionLoaded = true;
-        return true;
-    };
-    const QString application = QStringLiteral("/Applications/Tarvo Quaydesk.app/Contents/MacOS/");
-    return changeHost(prepare, reason)
-        && startProcess(tool, application + QStringLiteral("Tarvo Quaydesk"), reason)
-        && startProcess(
-            tool, application + QStringLiteral("QDKStatusItem.app/Contents/MacOS/QDKStatusItem"), reason)
-        && startProcess(
-            tool, QStringLiteral("/Library/Application Support/Tarvo/Quaydesk/tarvo_qd_service"), reason);
-}
-
-bool Bench::stopCompanion(QString *reason)
-{
-    QVector<Process> stopped;
-    const bool done = changeHost(
-        [&stopped](Host *host, QString *why) {
-            if (host->processes.isEmpty()) {
-                *why = QStringLiteral(
-                    "the companion is not running; to start it, use: drive-bench companion start");
-                return false;
-            }
-            stopped = host->processes;
-            host->processes.clear();
-            host->serviceSubmitted = false;
-            host->extensionLoaded = false;
-            return true;
-        },
-        reason);
-    for (const Process &process : stopped) {
-        // A process that holds its file is the one that the bench started, and no later one with its number.
-        if (isLocked(processFile(process.id))) {
-            ::kill(static_cast<pid_t>(process.id), SIGTERM);
-        }
-        QString ignored;
-        removeFile(processFile(process.id), &ignored);
-    }
-    return done;
-}
-
-bool Bench::startProcess(const QString &tool, const QString &command, QString *reason)
-{
-    qint64 id = 0;
-    const QStringList arguments{QStringLiteral("--process"), QDir(path).absolutePath(), command};
-    if (!QProcess::startDetached(tool, arguments, QStringLiteral("/"), &id)) {
-        *reason = QStringLiteral("cannot start %1; it must lie beside drive-bench").arg(tool);
-        return false;
-    }
-    for (int attempt = 0; attempt < 500; ++attempt) {
-        QStringList ignored;
-        for (const Process &process : host(&ignored).processes) {
-            if (process.id == id) {
-                return true;
-            }
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    *reason = QStringLiteral("%1 did not come up within 5 seconds").arg(command);
-    return false;
-}
-
-void Bench::runAsProcess(const QString &command)
-{
-    const qint64 id = ::getpid();
-    const QString file = processFile(id);
-    const FileLock lock(file, FileLock::Exclusive);
-    QString reason;
-    changeHost(
-        [&](Host *host, QString *) {
-            host->processes.append({id, command});
-            return true;
-        },
-        &reason);
-    bool listed = lock.isHeld();
-    while (listed) {
-        QStringList ignored;
-        const QVector<Process> processes = host(&ignored).processes;
-        listed = std::any_of(
-            processes.begin(), processes.end(), [id](const Process &process) { return process.id == id; });
-        std::this_thread::sleep_for(std::chrono::seconds(1));
-    }
-    removeFile(file, &reason);
-}
-
-void Bench::logCall(const QStringList &call)
-{
-    if (!isFolder(path + QStringLiteral("/drives"))) {
-        return;
-    }
-    QByteArray line;
-    for (const QString &argument : call) {
-        const bool plain =
-            !argument.isEmpty() && std::all_of(argument.begin(), argument.end(), [](QChar letter) {
-                return letter.isLetterOrNumber() || QStringLiteral("-_./,=:+%@").contains(letter);
-            });
-        QString quoted = argument;
-        if (!plain) {
-            quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
-            quoted.replace(QLatin1Char('\n'), QStringLiteral("'$'\\n''"));
-            quoted = QLatin1Char('\'') + quoted + QLatin1Char('\'');
-        }
-        line += (line.isEmpty() ? "" : " ") + quoted.toUtf8();
-    }
-    line += '\n';
-    const int file = ::open((path + QStringLiteral("/calls.log")).toUtf8().constData(),
-        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
-    if (file >= 0) {
-        // One write appends the line whole, whoever else is writing.
-        const ssize_t ignored = ::write(file, line.constData(), static_cast<std::size_t>(line.size()));
-        static_cast<void>(ignored);
-        ::close(file);
-    }
 }
 
 QByteArray Bench::changeMark() const
@@ -854,6 +525,15 @@ void Bench::dropDraft(const QString &serial)
     QString ignored;
     removeFile(chipFile(serial) + DraftExtension, &ignored);
     removeFile(driveFile(serial) + DraftExtension, &ignored);
+}
+
+bool Bench::change(const std::function<bool()> &change, QString *reason)
+{
+    if (!exists(reason)) {
+        return false;
+    }
+    const FileLock lock(lockFile(), FileLock::Exclusive);
+    return lockForChange(lock, reason) && change();
 }
 
 bool Bench::lockForChange(const FileLock &lock, QString *reason) const

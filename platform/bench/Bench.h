@@ -86,10 +86,10 @@ public:
     bool clearFault(const QString &serial, const QString &name, QString *reason);
 
     using DriveChange = std::function<bool(Drive *drive, QString *reason)>;
-    /// Runs `change` on the drive under the lock and writes the result, unless `change` returns false.
-    /// `change` must not call the bench, and `serial` names the drive for good: a change of it is not
+    /// Runs `driveChange` on the drive under the lock and writes the result, unless it returns false.
+    /// It must not call the bench, and `serial` names the drive for good: a change of it is not
     /// possible.
-    bool changeDrive(const QString &serial, const DriveChange &change, QString *reason);
+    bool changeDrive(const QString &serial, const DriveChange &driveChange, QString *reason);
 
     /// What the drive is doing. It turns from Writing to BootRom without a change of any file when the
     /// process that writes is killed.
@@ -123,24 +123,10 @@ public:
     Host host(QStringList *problems) const;
 
     using HostChange = std::function<bool(Host *host, QString *reason)>;
-    bool changeHost(const HostChange &change, QString *reason);
+    bool changeHost(const HostChange &hostChange, QString *reason);
 
-    bool installCompanion(QString *reason);
-    /// Stops the companion product first.
-    bool uninstallCompanion(QString *reason);
-    /// Starts the companion product's processes: `tool` is the path of the host-tool executable.
-    bool startCompanion(const QString &tool, QString *reason);
-    bool stopCompanion(QString *reason);
-
-    /// Starts one process in the place of `command` and waits until the host lists it.
-    bool startProcess(const QString &tool, const QString &command, QString *reason);
-    /// Makes the calling process stand for `command`: it is listed, and this returns when the process is to
-    /// end because it was taken off the list or the bench is gone.
-    void runAsProcess(const QString &command);
-
-    /// Appends a call with its arguments to calls.log as one line, quoted as a shell would need it. A bench
-    /// that cannot be written is left alone.
-    void logCall(const QStringList &call);
+    /// Locked while the process with that ID lives, if it is one that the bench started.
+    QString processFile(qint64 id) const;
 
     // Watching -------------------------------------------------------------------------------------------
 
@@ -151,13 +137,14 @@ public:
 private:
     QString lockFile() const;
     QString hostFile() const;
-    QString processFile(qint64 id) const;
     QVector<Drive> readDrives(QStringList *problems) const;
     bool readDrive(const QString &file, Drive *drive, QString *problem) const;
     bool writeDrive(const Drive &drive, QString *reason);
     bool draftDrive(const Drive &drive, QString *reason);
     bool publishDraft(const QString &serial, QString *reason);
     void dropDraft(const QString &serial);
+    /// Runs `change` under the lock; false with a reason when there is no bench, or no lock to be had.
+    bool change(const std::function<bool()> &change, QString *reason);
     bool lockForChange(const FileLock &lock, QString *reason) const;
     Host readHost(QStringList *problems) const;
     bool writeHost(const Host &host, QString *reason);

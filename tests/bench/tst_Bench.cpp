@@ -1,3 +1,5 @@
+#include "platform/bench/CallLog.h"
+#include "platform/bench/Companion.h"
 #include "platform/bench/FlashChip.h"
 #include "platform/bench/SampleBench.h"
 #include "tests/bench/TemporaryBench.h"
@@ -74,7 +76,7 @@ void tst_Bench::aBenchIsMadeOnceUnlessForced()
     TemporaryBench bench;
     bench.addOutdated("OLD", "Pebble");
     QString reason;
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     const auto before = bench.content();
     QVERIFY(!bench->create(sampleDrives(), false, &reason));
     QVERIFY2(reason.contains("--force"), qPrintable(reason));
@@ -136,10 +138,10 @@ void tst_Bench::readingLeavesNoTraceInAnotherFolder()
     bench.query(&problems);
     bench.drives(&problems);
     bench.host(&problems);
-    bench.logCall({"ls"});
+    logCall(bench.folder(), {"ls"});
     bench.unmount("A");
     QVERIFY(!bench.setFault("A", numberFault("verify-error"), &reason));
-    QVERIFY(!bench.installCompanion(&reason));
+    QVERIFY(!Companion(bench.folder()).install(&reason));
     QVERIFY(QDir(folder.path()).isEmpty());
 }
 
@@ -524,7 +526,7 @@ void tst_Bench::changesShowInTheMark()
     QVERIFY(bench->unplug("A", &reason));
     QVERIFY(bench->changeMark() != mark);
     mark = bench->changeMark();
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     QVERIFY(bench->changeMark() != mark);
 }
 
@@ -549,15 +551,15 @@ void tst_Bench::companionIsInstalledAndRemoved()
     TemporaryBench bench;
     QString reason;
     QStringList problems;
-    QVERIFY(!bench->uninstallCompanion(&reason));
-    QVERIFY(!bench->startCompanion("tool", &reason));
+    QVERIFY(!Companion(bench.folder()).uninstall(&reason));
+    QVERIFY(!Companion(bench.folder()).start("tool", &reason));
     QVERIFY2(reason.contains("companion install"), qPrintable(reason));
-    QVERIFY(!bench->stopCompanion(&reason));
-    QVERIFY(bench->installCompanion(&reason));
-    QVERIFY(!bench->installCompanion(&reason));
+    QVERIFY(!Companion(bench.folder()).stop(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
+    QVERIFY(!Companion(bench.folder()).install(&reason));
     QVERIFY(bench->host(&problems).companionInstalled);
     QVERIFY(bench->host(&problems).extensionInstalled);
-    QVERIFY(bench->uninstallCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).uninstall(&reason));
     QVERIFY(!bench->host(&problems).extensionInstalled);
 }
 

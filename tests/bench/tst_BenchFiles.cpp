@@ -1,3 +1,4 @@
+#include "platform/bench/Companion.h"
 #include "platform/bench/Drive.h"
 #include "platform/bench/Host.h"
 #include "platform/bench/Text.h"
@@ -207,7 +208,7 @@ void tst_BenchFiles::aMalformedHostIsLeftAlone()
     QCOMPARE(int(problems.size()), 1);
     QVERIFY2(problems.first().endsWith("host.json:1:1: \"companionInstalled\" is missing"),
         qPrintable(problems.first()));
-    QVERIFY(!bench->installCompanion(&reason));
+    QVERIFY(!Companion(bench.folder()).install(&reason));
     QCOMPARE(bench.content().value("/host.json"), QByteArray("{}"));
 }
 

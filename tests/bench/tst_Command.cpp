@@ -1,3 +1,4 @@
+#include "platform/bench/Companion.h"
 #include "platform/bench/FlashChip.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
@@ -409,7 +410,7 @@ void tst_Command::watchesChanges()
     QVERIFY(!bench->flash("A", 1, bench.image("Pebble"), &reason));
     QVERIFY(bench->unplug("A", &reason));
     QTRY_VERIFY((seen += watch.readAllStandardOutput(), seen.contains("\"unplugged\"")));
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     QVERIFY(bench->remove("A", &reason));
     QTRY_VERIFY((seen += watch.readAllStandardOutput(), seen.contains("\"removed\"")));
     watch.terminate();

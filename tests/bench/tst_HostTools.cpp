@@ -1,3 +1,4 @@
+#include "platform/bench/Companion.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
 
@@ -46,7 +47,7 @@ void tst_HostTools::listTheCompanionWhereItIsInstalled()
     QCOMPARE(one.status, 1);
     QCOMPARE(one.output + one.errors, QByteArray());
 
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     QVERIFY(
         shell("ls /Library/LaunchDaemons", bench).output.contains("\ncom.tarvo.quaydesk.service.plist\n"));
     QVERIFY(shell("ls /System/Library/Extensions/", bench).output.contains("\nTarvoKorrin.kext\n"));
@@ -77,8 +78,8 @@ void tst_HostTools::listRunningProcesses()
     QString reason;
     QCOMPARE(shell("ps -ax", bench).output, QByteArray("  PID TTY           TIME CMD\n"));
     QCOMPARE(shell("ps -axcopid,command", bench).output, QByteArray("  PID COMMAND\n"));
-    QVERIFY(bench->installCompanion(&reason));
-    QVERIFY2(bench->startCompanion(hostToolFolder() + "/host-tool", &reason), qPrintable(reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
+    QVERIFY2(Companion(bench.folder()).start(hostToolFolder() + "/host-tool", &reason), qPrintable(reason));
     const QString all = QString::fromUtf8(shell("ps -ax", bench).output);
     const QString names = QString::fromUtf8(shell("ps -axcopid,command", bench).output);
     QStringList problems;
@@ -101,7 +102,7 @@ void tst_HostTools::listRunningProcesses()
     QVERIFY(QRegularExpression("\n[0-9]+\t0\tcom.tarvo.quaydesk.service\n")
                 .match(QString::fromUtf8(shell("launchctl list", bench).output))
                 .hasMatch());
-    QVERIFY2(bench->stopCompanion(&reason), qPrintable(reason));
+    QVERIFY2(Companion(bench.folder()).stop(&reason), qPrintable(reason));
     QCOMPARE(shell("ps -ax", bench).output.count('\n'), 1);
     for (const Process &process : processes) {
         QTRY_VERIFY(::kill(static_cast<pid_t>(process.id), 0) != 0);
@@ -113,8 +114,8 @@ void tst_HostTools::aKilledProcessIsNoLongerListed()
     TemporaryBench bench;
     QString reason;
     QStringList problems;
-    QVERIFY(
-        bench->startProcess(hostToolFolder() + "/host-tool", "/Applications/Tarvo Quaydesk.app", &reason));
+    QVERIFY(Companion(bench.folder())
+                .startProcess(hostToolFolder() + "/host-tool", "/Applications/Tarvo Quaydesk.app", &reason));
     QCOMPARE(
         shell("kill -9 $(ps -axcopid,command | sed -n 's/^ *\\([0-9]*\\) Tarvo Quaydesk.*/\\1/p')", bench)
             .status,
@@ -130,7 +131,7 @@ void tst_HostTools::listAndLoadTheKernelExtension()
     QString reason;
     QCOMPARE(shell("kextstat | grep Tarvo", bench).output, QByteArray());
     QCOMPARE(shell("sudo kextload /System/Library/Extensions/TarvoKorrin.kext", bench).status, 1);
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     QCOMPARE(shell("sudo kextload /System/Library/Extensions/TarvoKorrin.kext", bench).status, 0);
     const QString listed = QString::fromUtf8(shell("sudo kextstat | grep com.Tarvo.Korrin", bench).output);
     QVERIFY2(
@@ -147,7 +148,7 @@ void tst_HostTools::openTheApplications()
     QString reason;
     const QString open = "open \"/Applications/Tarvo Quaydesk.app\"";
     QCOMPARE(shell(open, bench).status, 1);
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     QCOMPARE(shell(open, bench).status, 0);
     QCOMPARE(shell(open, bench).status, 0);
     QCOMPARE(
@@ -155,7 +156,7 @@ void tst_HostTools::openTheApplications()
     const QByteArray listed = shell("ps -axcopid,command", bench).output;
     QCOMPARE(listed.count(" Tarvo Quaydesk\n"), 1);
     QCOMPARE(listed.count(" QDKStatusItem\n"), 1);
-    QVERIFY2(bench->stopCompanion(&reason), qPrintable(reason));
+    QVERIFY2(Companion(bench.folder()).stop(&reason), qPrintable(reason));
 }
 
 void tst_HostTools::recordEachCall()

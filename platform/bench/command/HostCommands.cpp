@@ -1,3 +1,4 @@
+#include "platform/bench/Companion.h"
 #include "platform/bench/Files.h"
 #include "platform/bench/command/Commands.h"
 
@@ -5,22 +6,27 @@ namespace bench {
 
 namespace {
 
+Companion companionOf(const CommandLine &line)
+{
+    return Companion(line.bench().folder());
+}
+
 int install(const CommandLine &line)
 {
     QString reason;
-    return line.bench().installCompanion(&reason) ? 0 : refuse(reason);
+    return companionOf(line).install(&reason) ? 0 : refuse(reason);
 }
 
 int uninstall(const CommandLine &line)
 {
     QString reason;
-    return line.bench().uninstallCompanion(&reason) ? 0 : refuse(reason);
+    return companionOf(line).uninstall(&reason) ? 0 : refuse(reason);
 }
 
 int start(const CommandLine &line)
 {
     QString reason;
-    return line.bench().startCompanion(executableFolder() + QStringLiteral("/host-tools/host-tool"), &reason)
+    return companionOf(line).start(executableFolder() + QStringLiteral("/host-tools/host-tool"), &reason)
         ? 0
         : refuse(reason);
 }
@@ -28,7 +34,7 @@ int start(const CommandLine &line)
 int stop(const CommandLine &line)
 {
     QString reason;
-    return line.bench().stopCompanion(&reason) ? 0 : refuse(reason);
+    return companionOf(line).stop(&reason) ? 0 : refuse(reason);
 }
 
 } // namespace

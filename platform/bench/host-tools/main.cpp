@@ -1,6 +1,8 @@
 // Stands in for tools of the host's operating system. The name by which it is called says for which.
 
 #include "platform/bench/Bench.h"
+#include "platform/bench/CallLog.h"
+#include "platform/bench/Companion.h"
 #include "platform/bench/Files.h"
 
 #include <climits>
@@ -20,6 +22,11 @@ constexpr int NotMine = -1;
 bench::Bench openBench()
 {
     return bench::Bench(bench::Bench::defaultFolder(), bench::executableFolder());
+}
+
+bench::Companion openCompanion()
+{
+    return bench::Companion(bench::Bench::defaultFolder());
 }
 
 bench::Host readHost()
@@ -170,7 +177,7 @@ int open(const QStringList &arguments)
         }
     }
     QString ignored;
-    return openBench().startProcess(
+    return openCompanion().startProcess(
                bench::executableFolder() + QStringLiteral("/host-tool"), command, &ignored)
         ? 0
         : 1;
@@ -241,14 +248,14 @@ int main(int argc, char **argv)
             for (std::FILE *stream : {stdin, stdout, stderr}) {
                 static_cast<void>(std::freopen("/dev/null", "r+", stream));
             }
-            bench::Bench(arguments.at(1), bench::executableFolder()).runAsProcess(arguments.at(2));
+            bench::Companion(arguments.at(1)).runAsProcess(arguments.at(2));
             return 0;
         }
         std::fprintf(stderr, "host-tool is called by the names of the tools that it stands in for\n");
         return 2;
     }
 
-    openBench().logCall(QStringList(name) + arguments);
+    bench::logCall(bench::Bench::defaultFolder(), QStringList(name) + arguments);
     const int status = runStandIn(name, arguments);
     if (status != NotMine) {
         return status;

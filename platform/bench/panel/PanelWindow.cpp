@@ -1,5 +1,6 @@
 #include "platform/bench/panel/PanelWindow.h"
 
+#include "platform/bench/Companion.h"
 #include "platform/bench/Files.h"
 #include "platform/bench/panel/DriveRow.h"
 #include "platform/bench/panel/ElidedLabel.h"
@@ -203,7 +204,8 @@ void PanelWindow::showMessage(const QStringList &problems)
 void PanelWindow::switchCompanion(bool install)
 {
     QString problem;
-    const bool done = install ? bench.installCompanion(&problem) : bench.uninstallCompanion(&problem);
+    Companion companion(bench.folder());
+    const bool done = install ? companion.install(&problem) : companion.uninstall(&problem);
     actionEnded(done ? QString() : problem);
 }
 

@@ -1,3 +1,4 @@
+#include "platform/bench/Companion.h"
 #include "platform/bench/SampleBench.h"
 #include "platform/bench/panel/DriveRow.h"
 #include "platform/bench/panel/ElidedLabel.h"
@@ -335,7 +336,7 @@ void tst_Panel::theCompanionSwitch()
     QVERIFY(!bench->host(&problems).companionInstalled);
 
     QString reason;
-    QVERIFY(bench->installCompanion(&reason));
+    QVERIFY(Companion(bench.folder()).install(&reason));
     QTRY_VERIFY_WITH_TIMEOUT(companion->isChecked(), SoonEnough);
 }
 

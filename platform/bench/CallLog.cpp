@@ -1,0 +1,42 @@
+#include "platform/bench/CallLog.h"
+
+#include "platform/bench/Files.h"
+
+#include <algorithm>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace bench {
+
+void logCall(const QString &benchFolder, const QStringList &call)
+{
+    if (!isFolder(benchFolder + QStringLiteral("/drives"))) {
+        return;
+    }
+    QByteArray line;
+    for (const QString &argument : call) {
+        const bool plain =
+            !argument.isEmpty() && std::all_of(argument.begin(), argument.end(), [](QChar letter) {
+                return letter.isLetterOrNumber() || QStringLiteral("-_./,=:+%@").contains(letter);
+            });
+        QString quoted = argument;
+        if (!plain) {
+            quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
+            quoted.replace(QLatin1Char('\n'), QStringLiteral("'$'\\n''"));
+            quoted = QLatin1Char('\'') + quoted + QLatin1Char('\'');
+        }
+        line += (line.isEmpty() ? "" : " ") + quoted.toUtf8();
+    }
+    line += '\n';
+    const int file = ::open((benchFolder + QStringLiteral("/calls.log")).toUtf8().constData(),
+        O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK, 0666);
+    if (file >= 0) {
+        // One write appends the line whole, whoever else is writing.
+        const ssize_t ignored = ::write(file, line.constData(), static_cast<std::size_t>(line.size()));
+        static_cast<void>(ignored);
+        ::close(file);
+    }
+}
+
+} // namespace bench
