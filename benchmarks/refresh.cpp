@@ -194,6 +194,7 @@ int main(int argc, char **argv)
     deliver(window, list);
     const QVector<DeviceInfo> sameList = drives(1000);
     std::vector<double> deliveries;
+    deliveries.reserve(101);
     for (int turn = 0; turn < 101; ++turn) {
         deliveries.push_back(milliseconds([&] { deliver(window, sameList); }));
     }

@@ -312,7 +312,7 @@ QVector<DriveRecord> Bench::query(QStringList *problems)
 
     problems->append(malformed);
 
-    const QVector<DriveRecord> records = recordsOf(found, imagePath);
+    QVector<DriveRecord> records = recordsOf(found, imagePath);
     std::this_thread::sleep_for(std::chrono::milliseconds(probeMilliseconds(found)));
     return records;
 }

@@ -125,7 +125,7 @@ QString FlashChip::version(const Region &region)
     if (page.size() != PageSize || !page.startsWith(QByteArray(Mark, MarkSize))) {
         return {};
     }
-    const quint32 size = qFromLittleEndian<quint32>(page.constData() + PayloadSizeAt);
+    const auto size = qFromLittleEndian<quint32>(page.constData() + PayloadSizeAt);
     const int versionSize = static_cast<quint8>(page.at(VersionSizeAt));
     if (size > static_cast<quint32>(region.size - PageSize) || versionSize > PageSize - VersionAt) {
         return {};

@@ -50,7 +50,7 @@ std::int64_t JsonReader::number(const char *name, std::int64_t minimum, std::int
 QString JsonReader::text(const char *name)
 {
     const QJsonValue value = member(name);
-    const QString text = value.toString();
+    QString text = value.toString();
     if (isGood() && !value.isString()) {
         fail(name, QStringLiteral("must be a text"));
     }
@@ -102,7 +102,7 @@ QJsonValue JsonReader::member(const char *name)
 {
     const QLatin1String key(name);
     asked.append(key);
-    const QJsonValue value = object.value(key);
+    QJsonValue value = object.value(key);
     if (isGood() && value.isUndefined()) {
         fail(name, QStringLiteral("is missing"));
     }

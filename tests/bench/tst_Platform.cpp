@@ -171,6 +171,7 @@ void tst_Platform::serveManyThreadsAtOnce()
     std::atomic<int> wrong{0};
     std::atomic<int> flashed{0};
     std::vector<std::thread> threads;
+    threads.reserve(5);
     for (int i = 0; i < 2; ++i) {
         threads.emplace_back([&] {
             while (!stop) {

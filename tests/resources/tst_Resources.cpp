@@ -59,8 +59,9 @@ QStringList filesOfCollection()
 {
     QStringList files;
     QDirIterator iterator(":/firmwareUpdater", QDir::Files, QDirIterator::Subdirectories);
-    while (iterator.hasNext())
+    while (iterator.hasNext()) {
         files << iterator.next();
+    }
     files.sort();
     return files;
 }
@@ -110,18 +111,21 @@ void tst_Resources::collectionIsRegisteredBeforeMain()
 void tst_Resources::collectionHoldsTheseFilesAndNoOthers()
 {
     QStringList expected;
-    for (const Picture &entry : pictures)
+    for (const Picture &entry : pictures) {
         expected << root + entry.path;
-    for (const char *icon : iconFiles)
+    }
+    for (const char *icon : iconFiles) {
         expected << root + icon;
+    }
     expected.sort();
     QCOMPARE(filesOfCollection(), expected);
 
     QStringList folders;
     QDirIterator iterator(
         ":/firmwareUpdater", QDir::Dirs | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
-    while (iterator.hasNext())
+    while (iterator.hasNext()) {
         folders << iterator.next();
+    }
     folders.sort();
     QCOMPARE(folders, QStringList({root + "device", root + "device/0x0E7A", root + "device/0xC5E2"}));
 }
@@ -130,8 +134,9 @@ void tst_Resources::picture_data()
 {
     QTest::addColumn<QString>("path");
     QTest::addColumn<QSize>("size");
-    for (const Picture &entry : pictures)
+    for (const Picture &entry : pictures) {
         QTest::newRow(entry.path) << root + entry.path << QSize(entry.width, entry.height);
+    }
 }
 
 void tst_Resources::picture()
@@ -203,10 +208,11 @@ void tst_Resources::appleIconHoldsItsImages()
         QVERIFY(length > 8);
         const QString type = QString::fromLatin1(icon.mid(offset, 4));
         const QByteArray data = icon.mid(offset + 8, length - 8);
-        if (data.startsWith("\x89PNG"))
+        if (data.startsWith("\x89PNG")) {
             images << type + ' ' + QString::number(QImage::fromData(data, "PNG").width());
-        else
+        } else {
             images << type;
+        }
         offset += length;
     }
     QCOMPARE(images,
@@ -219,10 +225,11 @@ void tst_Resources::onlyTheIconFilesAreCompressed()
     QStringList compressed;
     for (const QString &path : filesOfCollection()) {
         const QResource::Compression compression = QResource(path).compressionAlgorithm();
-        if (compression == QResource::ZlibCompression)
+        if (compression == QResource::ZlibCompression) {
             compressed << path;
-        else
+        } else {
             QVERIFY2(compression == QResource::NoCompression, qPrintable(path));
+        }
     }
     QCOMPARE(compressed, QStringList({root + "TarvoLogo.icns", root + "TarvoLogo.ico"}));
 }
@@ -230,8 +237,9 @@ void tst_Resources::onlyTheIconFilesAreCompressed()
 // Later versions record when a file was changed.
 void tst_Resources::collectionHasFormatVersionOne()
 {
-    for (const QString &path : filesOfCollection())
+    for (const QString &path : filesOfCollection()) {
         QVERIFY2(!QResource(path).lastModified().isValid(), qPrintable(path));
+    }
 }
 
 void tst_Resources::collectionHasNoLocaleVariants()
@@ -239,16 +247,18 @@ void tst_Resources::collectionHasNoLocaleVariants()
     const QLocale locales[] = {QLocale(QLocale::English, QLocale::UnitedStates),
         QLocale(QLocale::French, QLocale::France), QLocale(QLocale::Japanese, QLocale::Japan)};
     for (const QString &path : filesOfCollection()) {
-        for (const QLocale &locale : locales)
+        for (const QLocale &locale : locales) {
             QCOMPARE(QResource(path, locale).data(), QResource(path, QLocale::c()).data());
+        }
     }
 }
 
 void tst_Resources::collectionIsSmall()
 {
     qint64 bytes = 0;
-    for (const QString &path : filesOfCollection())
+    for (const QString &path : filesOfCollection()) {
         bytes += QFileInfo(path).size();
+    }
     QVERIFY2(bytes < 400 * 1024, qPrintable(QString::number(bytes)));
 }
 

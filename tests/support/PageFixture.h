@@ -77,7 +77,7 @@ inline QImage scaledPicture(const QString &path, int size)
 /// The text of a builder's label, which is freed.
 inline QString takeText(QLabel *label)
 {
-    const QString text = label->text();
+    QString text = label->text();
     delete label;
     return text;
 }

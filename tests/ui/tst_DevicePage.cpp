@@ -4,7 +4,6 @@
 #include <QProgressBar>
 #include <QtTest>
 
-using DeviceRecords::fireWireDrive;
 using DeviceRecords::usbDrive;
 
 namespace {

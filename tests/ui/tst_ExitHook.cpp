@@ -66,7 +66,7 @@ void tst_ExitHook::runsOnceWhenTheEventLoopEnds()
     WindowFixture fixture;
     QVERIFY(connect(qApp, SIGNAL(aboutToQuit()), &fixture.window, SLOT(onExit())));
     fixture.tools.forgetCalls();
-    QTimer::singleShot(0, &fixture.window, &QWidget::close);
+    QTimer::singleShot(0, &fixture.window, SLOT(close()));
     QCOMPARE(QApplication::exec(), 0);
     QCOMPARE(fixture.tools.calls(), SubmitCalls);
 }

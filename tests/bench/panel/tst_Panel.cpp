@@ -65,7 +65,7 @@ struct Panel
     /// Does something as soon as a drive's fault menu, which is pressed next, is open.
     void whenOpen(const QString &serial, const std::function<void(FaultMenu *)> &action) const
     {
-        FaultMenu *const menu = button("Faults of " + serial)->findChild<FaultMenu *>();
+        auto *const menu = button("Faults of " + serial)->findChild<FaultMenu *>();
         auto *const once = new QTimer(menu);
         once->setInterval(20);
         QObject::connect(once, &QTimer::timeout, menu, [once, menu, action] {
