@@ -63,6 +63,7 @@ class tst_UpdateFlow : public QObject
 private slots:
     void updateThenCancelReturnsToTheListOfAllDrives();
     void cancelForgetsTheSelectedDrive();
+    void terminateForgetsTheSelectedDrive();
     void startHandsTheWorkerTheDriveAndTheImageFolder();
     void resultDecidesThePage_data();
     void resultDecidesThePage();
@@ -77,6 +78,7 @@ private slots:
     void startOfADriveThatIsGoneStillStartsAWorkerWhichFails();
     void startOfADriveThatIsGoneOnAnEmptyListShowsTheNoDriveMessage();
     void successOfADriveThatIsGoneOnlyResumesDiscovery();
+    void successOfADriveThatIsGoneLeavesAConfirmationAsItIs();
     void slotsActFromAnyState();
     void eachUpdateHasAWorkerOfItsOwn();
     void driveWithChipsetFourIsShownLikeASupportedOneButItsUpdateFails();
@@ -108,6 +110,17 @@ void tst_UpdateFlow::cancelForgetsTheSelectedDrive()
     // A drive without a serial number is what the empty selection names.
     fixture.deliver({usbDrive("")});
     QCOMPARE(lookOf(fixture), Look::Failure);
+}
+
+void tst_UpdateFlow::terminateForgetsTheSelectedDrive()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "terminateUpdate"));
+    QCOMPARE(lookOf(fixture), Look::List);
+    fixture.finish(false);
+    QCOMPARE(lookOf(fixture), Look::Nothing);
 }
 
 void tst_UpdateFlow::startHandsTheWorkerTheDriveAndTheImageFolder()
@@ -277,6 +290,9 @@ void tst_UpdateFlow::startOfADriveThatIsGoneStillStartsAWorkerWhichFails()
     const QWidget *page = fixture.page();
     QVERIFY(invoke(fixture, "startUpdate", "GONE"));
     QCOMPARE(fixture.page(), page);
+    // The state is still Idle, in which a refresh shows all drives.
+    fixture.window.updateWindow();
+    QCOMPARE(lookOf(fixture), Look::List);
     QTRY_COMPARE(lookOf(fixture), Look::Nothing);
     QVERIFY(fixture.texts() == QStringList{"Orvi: 1.1.6"});
     QCOMPARE(ScriptedPlatform::count("updateDevice"), 0);
@@ -307,6 +323,17 @@ void tst_UpdateFlow::successOfADriveThatIsGoneOnlyResumesDiscovery()
     ScriptedPlatform::attach({usbDrive("B"), fireWireDrive("C")});
     ScriptedPlatform::releaseQueries();
     QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateFlow::successOfADriveThatIsGoneLeavesAConfirmationAsItIs()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(invoke(fixture, "updateDevice", "GONE"));
+    fixture.finish(true);
+    QCOMPARE(lookOf(fixture), Look::Nothing);
+    fixture.deliver({usbDrive("A"), usbDrive("GONE")});
+    QCOMPARE(lookOf(fixture), Look::Confirmation);
 }
 
 void tst_UpdateFlow::slotsActFromAnyState()
