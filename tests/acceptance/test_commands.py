@@ -1,0 +1,72 @@
+"""Every drive-bench command that changes the bench changes what a running program shows."""
+
+import shutil
+
+from driver import Bench
+
+
+def test_what_each_command_shows(bench, start):
+    newest, _ = bench.newest("Pebble")
+    program = start()
+    program.see_no_drive()
+    bench.run("add", "Pebble", "--serial", "TV1")
+    program.see("Tarvo Pebble", f"(firmware version: {newest} )")
+    bench.run("add", "Lamina", "--serial", "TV2", "--firmware", "1.00")
+    program.see_models("Pebble", "Lamina")
+    bench.run("unplug", "TV1")
+    program.see_models("Lamina")
+    bench.run("plug", "TV1")
+    program.see_models("Pebble", "Lamina")
+    bench.run("remove", "TV2")
+    program.see_models("Pebble")
+
+    bench.run("fault", "TV1", "text", "firmwareVersion=1.00")
+    program.see("(firmware version: 1.00 )")
+    bench.run("clear", "TV1")
+    program.see(f"(firmware version: {newest} )")
+
+    # What a fault does at power-up shows after a restart, by the cable or by the button.
+    bench.run("fault", "TV1", "new-serial", "TV9")
+    bench.run("replug", "TV1")
+    bench.run("fault", "TV1", "no-return")
+    program.see_models("Pebble")
+    bench.run("power-cycle", "TV1")
+    program.see_no_drive()
+    bench.run("clear", "TV1")
+    bench.run("replug", "TV1", "--for", 0)
+    program.see_models("Pebble")
+
+    bench.run("init", "--force")
+    program.see_models("Pebble", "Bollard USB3", "Lamina Slim", "Harbour (FireWire 800)", "Skiff", "Harbour Duo")
+
+    # The companion product is looked for whenever the window is built anew.
+    bench.run("companion", "install")
+    bench.run("unplug", "TV0005SKIFF")
+    program.see_warning()
+    program.press("Ok")
+    program.wait_for(lambda screen: not screen.warning, "the box gone")
+    bench.run("companion", "uninstall")
+    bench.run("plug", "TV0005SKIFF")
+    program.see("Tarvo Skiff")
+
+
+def test_newer_image_makes_a_drive_outdated(bench, start, bin_dir, folder):
+    # A build folder of its own, since everybody's drives are measured by the images in it.
+    own = folder / "bin"
+    own.mkdir()
+    for file in [bin_dir / "tarvo-firmware-updater", bin_dir / "drive-bench", *bin_dir.glob("*.tfw")]:
+        shutil.copy(file, own)
+    (own / "host-tools").symlink_to(bin_dir / "host-tools")
+    serial = bench.add("Skiff", serial="TV1")
+    newest, configuration = bench.newest("Skiff")
+    program = start(command=own / "tarvo-firmware-updater")
+    program.see(f"(firmware version: {newest} )")
+
+    (own / "skiff.tfw").unlink()
+    Bench(own / "drive-bench", bench.folder).run("image", "build", "Skiff", "--firmware", "9.99")
+    program.see(f"(firmware version: {newest} => 9.99 )", "Firmware: Update required!")
+    program.begin_update("Skiff")
+    program.see_restart("Skiff")
+    assert bench.flash(serial) == ("9.99", configuration)
+    bench.run("replug", serial)
+    program.see("Firmware: Up to date.", "Finish")
