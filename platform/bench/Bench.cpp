@@ -5,6 +5,7 @@
 #include "platform/bench/FirmwareImage.h"
 #include "platform/bench/FlashChip.h"
 #include "platform/bench/FlashRun.h"
+#include "platform/bench/Text.h"
 
 #include <QDateTime>
 
@@ -19,10 +20,17 @@ namespace {
 constexpr std::int64_t MaximumFileSize = 256 * 1024;
 constexpr int MaximumSerialLength = 80;
 constexpr QLatin1String DraftExtension(".new");
+constexpr QLatin1String NewBench("/new"); ///< where a bench is made that replaces another
 /// True when a drive's file would be accepted again: what a caller made of a drive is not trusted.
 bool isReadable(const QByteArray &driveFile, QString *reason)
 {
     Drive ignored;
+    if (driveFile.size() > MaximumFileSize) {
+        *reason = QStringLiteral("its file would be too large: %1 bytes, at most %2 are read")
+                      .arg(driveFile.size())
+                      .arg(MaximumFileSize);
+        return false;
+    }
     if (!Drive::decode(driveFile, &ignored, reason)) {
         *reason = QStringLiteral("a drive cannot be so: %1").arg(reason->section(QStringLiteral(": "), 1));
         return false;
@@ -61,10 +69,10 @@ QString Bench::defaultFolder()
 
 bool Bench::exists(QString *reason) const
 {
-    if (!isReadableFolder(path + QStringLiteral("/drives"), reason)) {
+    if (!isReadableFolder(driveFolder(), reason)) {
         *reason =
-            QStringLiteral("%1 is no bench that can be read: %2; make one with: drive-bench init --bench %1")
-                .arg(path, *reason);
+            QStringLiteral("%1 is no bench that can be read: %2; make one with: drive-bench init --bench %3")
+                .arg(path, *reason, shellQuoted(path));
         return false;
     }
     return true;
@@ -73,15 +81,15 @@ bool Bench::exists(QString *reason) const
 bool Bench::create(const QVector<Drive> &drives, bool force, QString *reason)
 {
     QString ignored;
-    QStringList names;
     const bool present = exists(&ignored);
-    if (present && !force) {
-        *reason = QStringLiteral("%1 is a bench already; to make it anew, add --force").arg(path);
-        return false;
-    }
-    if (!present && listFolder(path, &names, &ignored) && !names.isEmpty()) {
+    const bool isNewFolder = !isFolder(path);
+    if (holdsOtherFiles()) {
         *reason =
             QStringLiteral("%1 holds other files; name a new or an empty folder with --bench").arg(path);
+        return false;
+    }
+    if (present && !force) {
+        *reason = QStringLiteral("%1 is a bench already; to make it anew, add --force").arg(path);
         return false;
     }
     if (!makeFolder(path, reason)) {
@@ -90,39 +98,51 @@ bool Bench::create(const QVector<Drive> &drives, bool force, QString *reason)
         return false;
     }
     const FileLock lock(lockFile(), FileLock::Exclusive);
-    if (!lockForChange(lock, reason)) {
-        return false;
+    const bool done = lockForChange(lock, reason) && replaceAll(drives, reason);
+    if (!done && !present) {
+        removeFile(lockFile(), &ignored);
     }
-    const QString driveFolder = path + QStringLiteral("/drives");
-    bool done = makeFolder(driveFolder, reason);
+    if (!done && isNewFolder) {
+        removeFolder(path);
+    }
+    return done;
+}
+
+/// Makes the drives and the host aside, so that they take the place of the old ones in one step each.
+bool Bench::replaceAll(const QVector<Drive> &drives, QString *reason)
+{
+    Bench aside(path + NewBench, imagePath);
+    const QString hostDraft = hostFile() + DraftExtension;
+    // What an earlier one left that was killed.
+    removeFolder(aside.driveFolder());
+    removeFolder(aside.path);
+
+    bool done = makeFolder(aside.driveFolder(), reason);
     if (!done) {
         *reason = QStringLiteral("cannot make the folder %1: %2; name another with --bench")
-                      .arg(driveFolder, *reason);
+                      .arg(aside.driveFolder(), *reason);
     }
     for (int i = 0; done && i < drives.size(); ++i) {
-        done = draftDrive(drives.at(i), reason);
+        done = aside.draftDrive(drives.at(i), reason) && aside.publishDraft(drives.at(i).serial, reason);
     }
-    done = done && writeHost(Host(), reason);
-    if (!done) {
-        for (const Drive &drive : drives) {
-            dropDraft(drive.serial);
-        }
-        if (!present) {
-            removeFolder(driveFolder);
-            removeFile(lockFile(), &ignored);
-        }
-        return false;
+    if (done && !writeFile(hostDraft, Host().encode(), reason)) {
+        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
+                      .arg(hostDraft, *reason);
+        done = false;
     }
-    names.clear();
-    listFolder(driveFolder, &names, &ignored);
-    for (const QString &name : names) {
-        if (!name.endsWith(QStringLiteral(".new"))) {
-            removeFile(driveFolder + QLatin1Char('/') + name, &ignored);
+    if (done) {
+        done = (isFolder(driveFolder()) ? swapFolders(aside.driveFolder(), driveFolder(), reason)
+                                        : renameFile(aside.driveFolder(), driveFolder(), reason))
+            && renameFile(hostDraft, hostFile(), reason);
+        if (!done) {
+            *reason = QStringLiteral("cannot write %1: %2; the folder must be writable")
+                          .arg(driveFolder(), *reason);
         }
     }
-    for (const Drive &drive : drives) {
-        done = publishDraft(drive.serial, reason) && done;
-    }
+    QString ignored;
+    removeFile(hostDraft, &ignored);
+    removeFolder(aside.driveFolder());
+    removeFolder(aside.path);
     return done;
 }
 
@@ -202,6 +222,7 @@ bool Bench::unplug(const QString &serial, QString *reason)
             }
             drive->plugged = false;
             drive->mounted = false;
+            drive->faultHadEffect("never-settles");
             return true;
         },
         reason);
@@ -312,14 +333,19 @@ QVector<DriveRecord> Bench::query(QStringList *problems)
 
     problems->append(malformed);
 
-    QVector<DriveRecord> records = recordsOf(found, imagePath);
+    QVector<DriveRecord> records = recordsOfQuery(found, imagePath);
     std::this_thread::sleep_for(std::chrono::milliseconds(probeMilliseconds(found)));
     return records;
 }
 
+QVector<DriveRecord> Bench::records(const QVector<Drive> &drives) const
+{
+    return recordsOf(drives, imagePath);
+}
+
 DriveRecord Bench::record(const Drive &drive) const
 {
-    return recordOf(drive, imagePath);
+    return records({drive}).first();
 }
 
 bool Bench::flash(
@@ -376,15 +402,26 @@ bool Bench::changeHost(const HostChange &hostChange, QString *reason)
 
 QByteArray Bench::changeMark() const
 {
-    // Every change replaces a file, which changes the folder. Two changes within one tick of the file
+    // Each file counts, since a hand may change one in place. Two changes within one tick of the file
     // system's clock look the same, so a change that is younger than that makes a mark of its own.
-    const std::int64_t drivesChanged = changeTime(path + QStringLiteral("/drives"));
-    const std::int64_t hostChanged = changeTime(path);
-    QByteArray mark =
-        QByteArray::number(qlonglong(drivesChanged)) + '/' + QByteArray::number(qlonglong(hostChanged));
+    QStringList files;
+    QString ignored;
+    listFolder(driveFolder(), &files, &ignored);
+    files.sort();
+    QStringList all{path, hostFile(), driveFolder()};
+    for (const QString &file : files) {
+        all.append(driveFolder() + QLatin1Char('/') + file);
+    }
+    std::int64_t latest = 0;
+    QByteArray mark;
+    for (const QString &file : all) {
+        const std::int64_t changed = changeTime(file);
+        mark += QByteArray::number(qlonglong(changed)) + '/';
+        latest = std::max(latest, changed);
+    }
     const std::int64_t now = QDateTime::currentMSecsSinceEpoch();
-    if (now - std::max(drivesChanged, hostChanged) / 1000000 < 50) {
-        mark += '/' + QByteArray::number(qlonglong(now));
+    if (now - latest / 1000000 < 50) {
+        mark += QByteArray::number(qlonglong(now));
     }
     return mark;
 }
@@ -392,6 +429,30 @@ QByteArray Bench::changeMark() const
 QString Bench::lockFile() const
 {
     return path + QStringLiteral("/lock");
+}
+
+QString Bench::driveFolder() const
+{
+    return path + QStringLiteral("/drives");
+}
+
+/// True when the folder holds what no bench does.
+bool Bench::holdsOtherFiles() const
+{
+    QStringList names;
+    QStringList driveNames;
+    QString ignored;
+    listFolder(path, &names, &ignored);
+    listFolder(driveFolder(), &driveNames, &ignored);
+    const QStringList own{QStringLiteral("drives"), QStringLiteral("host.json"),
+        QStringLiteral("host.json.new"), QStringLiteral("lock"), QStringLiteral("calls.log"),
+        QStringLiteral("new")};
+    return std::any_of(names.begin(), names.end(), [&own](const QString &name) {
+        return !own.contains(name) && !isProcessFile(name);
+    }) || std::any_of(driveNames.begin(), driveNames.end(), [](const QString &name) {
+        return !name.endsWith(QStringLiteral(".json")) && !name.endsWith(QStringLiteral(".flash"))
+            && !name.endsWith(DraftExtension);
+    });
 }
 
 QString Bench::hostFile() const
@@ -404,9 +465,14 @@ QString Bench::processFile(qint64 id) const
     return QStringLiteral("%1/process-%2.lock").arg(path).arg(id);
 }
 
+bool Bench::isProcessFile(const QString &name)
+{
+    return name.startsWith(QStringLiteral("process-")) && name.endsWith(QStringLiteral(".lock"));
+}
+
 QVector<Drive> Bench::readDrives(QStringList *problems) const
 {
-    const QString folder = path + QStringLiteral("/drives");
+    const QString folder = driveFolder();
     const QString extension = QStringLiteral(".json");
     QStringList names;
     QString problem;

@@ -33,6 +33,7 @@ QString stateText(DriveState state);
  *     drives/<serial>.flash   its flash chip
  *     host.json               the host
  *     lock                    held, shared, while reading and, exclusive, while changing
+ *     process-<id>.lock       locked while a process of the companion lives
  *     calls.log               what the stand-ins for the host's tools were called with
  *
  * Any number of processes and threads may use one folder, each through objects of its own or a common one:
@@ -59,7 +60,7 @@ public:
 
     /// Makes a bench with these drives, each as add() takes it; the folders above it are made too. Refused
     /// for a folder that holds other files, and, unless `force` is given, for a bench: with it, that bench's
-    /// drives and its host give way to the new ones.
+    /// drives give way to the new ones in one step, and then its host.
     bool create(const QVector<Drive> &drives, bool force, QString *reason);
 
     // Drives ---------------------------------------------------------------------------------------------
@@ -104,7 +105,9 @@ public:
     /// faults that are set for once, and takes the time that slow probes take. The caller's thread sleeps.
     QVector<DriveRecord> query(QStringList *problems);
 
-    /// What discovery would report of the drive now, without counting as a query.
+    /// What discovery would report of each of these drives now, without counting as a query.
+    QVector<DriveRecord> records(const QVector<Drive> &drives) const;
+    /// As records(), for one drive.
     DriveRecord record(const Drive &drive) const;
 
     /// Writes the image file into the drive that reports this serial number, at the drive's rate; the
@@ -127,16 +130,20 @@ public:
 
     /// Locked while the process with that ID lives, if it is one that the bench started.
     QString processFile(qint64 id) const;
+    /// True for the name of such a file, whatever the ID.
+    static bool isProcessFile(const QString &name);
 
     // Watching -------------------------------------------------------------------------------------------
 
-    /// A mark of everything that can change on the bench; a few microseconds. Two calls give the same mark as
-    /// long as nothing was changed between them.
+    /// A mark of everything that can change on the bench; a few microseconds a drive. Two calls give the same
+    /// mark as long as nothing was changed between them.
     QByteArray changeMark() const;
 
 private:
     QString lockFile() const;
     QString hostFile() const;
+    QString driveFolder() const;
+    bool holdsOtherFiles() const;
     QVector<Drive> readDrives(QStringList *problems) const;
     bool readDrive(const QString &file, Drive *drive, QString *problem) const;
     bool writeDrive(const Drive &drive, QString *reason);
@@ -148,6 +155,7 @@ private:
     bool lockForChange(const FileLock &lock, QString *reason) const;
     Host readHost(QStringList *problems) const;
     bool writeHost(const Host &host, QString *reason);
+    bool replaceAll(const QVector<Drive> &drives, QString *reason);
     bool findReported(const QString &reportedSerial, Drive *found) const;
     void powerUp(Drive *drive, const QString &chipPath) const;
 

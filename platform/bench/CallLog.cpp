@@ -1,8 +1,7 @@
 #include "platform/bench/CallLog.h"
 
 #include "platform/bench/Files.h"
-
-#include <algorithm>
+#include "platform/bench/Text.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -16,17 +15,7 @@ void logCall(const QString &benchFolder, const QStringList &call)
     }
     QByteArray line;
     for (const QString &argument : call) {
-        const bool plain =
-            !argument.isEmpty() && std::all_of(argument.begin(), argument.end(), [](QChar letter) {
-                return letter.isLetterOrNumber() || QStringLiteral("-_./,=:+%@").contains(letter);
-            });
-        QString quoted = argument;
-        if (!plain) {
-            quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
-            quoted.replace(QLatin1Char('\n'), QStringLiteral("'$'\\n''"));
-            quoted = QLatin1Char('\'') + quoted + QLatin1Char('\'');
-        }
-        line += (line.isEmpty() ? "" : " ") + quoted.toUtf8();
+        line += (line.isEmpty() ? "" : " ") + shellQuoted(argument).toUtf8();
     }
     line += '\n';
     const int file = ::open((benchFolder + QStringLiteral("/calls.log")).toUtf8().constData(),

@@ -35,8 +35,11 @@ bool Companion::install(QString *reason)
 bool Companion::uninstall(QString *reason)
 {
     QStringList problems;
+    if (!bench.exists(reason)) {
+        return false;
+    }
     const Host found = bench.host(&problems);
-    if (!found.companionInstalled) {
+    if (problems.isEmpty() && !found.companionInstalled) {
         *reason = QStringLiteral(
             "the companion is not installed; to install it, use: drive-bench companion install");
         return false;
@@ -44,7 +47,7 @@ bool Companion::uninstall(QString *reason)
     if (!found.processes.isEmpty() && !stop(reason)) {
         return false;
     }
-    return bench.changeHost(
+    const bool done = bench.changeHost(
         [](Host *host, QString *) {
             host->companionInstalled = false;
             host->serviceSubmitted = false;
@@ -53,11 +56,15 @@ bool Companion::uninstall(QString *reason)
             return true;
         },
         reason);
+    if (done) {
+        removeStaleFiles();
+    }
+    return done;
 }
 
 bool Companion::start(const QString &tool, QString *reason)
 {
-    const auto prepare = [](Host *host, QString *why) {
+    const auto prepare = [&tool](Host *host, QString *why) {
         if (!host->companionInstalled) {
             *why = QStringLiteral("the companion is not installed; first use: drive-bench companion install");
             return false;
@@ -67,13 +74,22 @@ bool Companion::start(const QString &tool, QString *reason)
                 "the companion is running already; to stop it, use: drive-bench companion stop");
             return false;
         }
+        if (::access(tool.toUtf8().constData(), X_OK) != 0) {
+            *why =
+                QStringLiteral("cannot start %1: %2; it must lie in the folder host-tools beside drive-bench")
+                    .arg(tool, systemReason());
+            return false;
+        }
         host->serviceSubmitted = true;
         host->extensionLoaded = true;
         return true;
     };
     const QString application = QStringLiteral("/Applications/Tarvo Quaydesk.app/Contents/MacOS/");
-    return bench.changeHost(prepare, reason)
-        && startProcess(tool, application + QStringLiteral("Tarvo Quaydesk"), reason)
+    if (!bench.changeHost(prepare, reason)) {
+        return false;
+    }
+    removeStaleFiles();
+    return startProcess(tool, application + QStringLiteral("Tarvo Quaydesk"), reason)
         && startProcess(
             tool, application + QStringLiteral("QDKStatusItem.app/Contents/MacOS/QDKStatusItem"), reason)
         && startProcess(
@@ -113,7 +129,7 @@ bool Companion::startProcess(const QString &tool, const QString &command, QStrin
     qint64 id = 0;
     const QStringList arguments{QStringLiteral("--process"), QDir(bench.folder()).absolutePath(), command};
     if (!QProcess::startDetached(tool, arguments, QStringLiteral("/"), &id)) {
-        *reason = QStringLiteral("cannot start %1; it must lie beside drive-bench").arg(tool);
+        *reason = QStringLiteral("cannot start %1; it must be an executable file").arg(tool);
         return false;
     }
     for (int attempt = 0; attempt < 500; ++attempt) {
@@ -127,6 +143,20 @@ bool Companion::startProcess(const QString &tool, const QString &command, QStrin
     }
     *reason = QStringLiteral("%1 did not come up within 5 seconds").arg(command);
     return false;
+}
+
+/// Removes the files of processes that were killed.
+void Companion::removeStaleFiles()
+{
+    QStringList names;
+    QString ignored;
+    listFolder(bench.folder(), &names, &ignored);
+    for (const QString &name : names) {
+        const QString file = bench.folder() + QLatin1Char('/') + name;
+        if (Bench::isProcessFile(name) && !isLocked(file)) {
+            removeFile(file, &ignored);
+        }
+    }
 }
 
 void Companion::runAsProcess(const QString &command)

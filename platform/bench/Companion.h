@@ -32,6 +32,8 @@ public:
     void runAsProcess(const QString &command);
 
 private:
+    void removeStaleFiles();
+
     Bench bench;
 };
 

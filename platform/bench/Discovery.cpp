@@ -22,16 +22,33 @@ struct Versions
     QString configuration;
 };
 
-/// What the image for that model offers: the file's versions, or the catalogue's without a usable file.
-Versions offeredVersions(const Model &model, const QString &imageFolder)
+/// What the images beside the program offer. Each image is read once.
+class Offers
 {
-    FirmwareImage image;
-    QString reason;
-    if (FirmwareImage::read(imageFolder + QLatin1Char('/') + model.imageName(), &image, &reason)) {
-        return {image.firmwareVersion, image.configurationRevision};
+public:
+    explicit Offers(const QString &folder) : imageFolder(folder) { }
+
+    /// The versions in the model's image, or the catalogue's without a usable one.
+    Versions of(const Model &model)
+    {
+        const auto known = read.constFind(model.name);
+        if (known != read.constEnd()) {
+            return *known;
+        }
+        Versions versions{model.newestFirmware, model.newestConfiguration};
+        FirmwareImage image;
+        QString reason;
+        if (FirmwareImage::read(imageFolder + QLatin1Char('/') + model.imageName(), &image, &reason)) {
+            versions = {image.firmwareVersion, image.configurationRevision};
+        }
+        read.insert(model.name, versions);
+        return versions;
     }
-    return {model.newestFirmware, model.newestConfiguration};
-}
+
+private:
+    QString imageFolder;
+    QHash<QString, Versions> read;
+};
 
 /// A model whose bridge is not `chipset`: where the fault "wrong-image" has its image from.
 const Model &modelWithOtherBridge(std::int32_t chipset)
@@ -113,31 +130,30 @@ bool isSeen(const Drive &drive)
 
 } // namespace
 
-DriveRecord recordOf(const Drive &drive, const QString &imageFolder)
-{
-    return describe(drive, offeredVersions(drive.catalogueModel(), imageFolder));
-}
-
 QVector<DriveRecord> recordsOf(const QVector<Drive> &drives, const QString &imageFolder)
 {
     QVector<DriveRecord> records;
-    QHash<QString, Versions> offers;
+    Offers offers(imageFolder);
+    for (const Drive &drive : drives) {
+        records.append(describe(drive, offers.of(drive.catalogueModel())));
+    }
+    return records;
+}
+
+QVector<DriveRecord> recordsOfQuery(const QVector<Drive> &drives, const QString &imageFolder)
+{
+    QVector<Drive> reported;
     for (const Drive &drive : drives) {
         if (!isSeen(drive)) {
             continue;
         }
-        const Model &model = drive.catalogueModel();
-        auto offered = offers.find(model.name);
-        if (offered == offers.end()) {
-            offered = offers.insert(model.name, offeredVersions(model, imageFolder));
-        }
-        records.append(describe(drive, *offered));
+        reported.append(drive);
         const Fault *const duplicate = findFault(drive.faults, "duplicate-serial");
         if (duplicate != nullptr && duplicate->text.isEmpty()) {
-            records.append(records.last());
+            reported.append(drive);
         }
     }
-    return records;
+    return recordsOf(reported, imageFolder);
 }
 
 std::int64_t probeMilliseconds(const QVector<Drive> &drives)

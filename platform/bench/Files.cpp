@@ -116,6 +116,19 @@ bool renameFile(const QString &from, const QString &to, QString *reason)
         || failWithSystemReason(reason);
 }
 
+bool swapFolders(const QString &path, const QString &other, QString *reason)
+{
+    const QByteArray from = path.toUtf8();
+    const QByteArray to = other.toUtf8();
+#ifdef __APPLE__
+    const bool swapped = ::renamex_np(from.constData(), to.constData(), RENAME_SWAP) == 0;
+#else
+    const bool swapped =
+        ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_EXCHANGE) == 0;
+#endif
+    return swapped || failWithSystemReason(reason);
+}
+
 bool replaceFile(const QString &path, const QByteArray &content, QString *reason)
 {
     const QString draft = path + QStringLiteral(".new");
@@ -153,7 +166,7 @@ bool makeFolder(const QString &path, QString *reason)
     }
     const int slash = static_cast<int>(path.lastIndexOf(QLatin1Char('/')));
     if (errno == ENOENT && slash > 0 && makeFolder(path.left(slash), reason)
-        && ::mkdir(path.toUtf8().constData(), 0777) == 0) {
+        && (::mkdir(path.toUtf8().constData(), 0777) == 0 || isFolder(path))) {
         return true;
     }
     return failWithSystemReason(reason);

@@ -25,6 +25,9 @@ bool writeFile(const QString &path, const QByteArray &content, QString *reason);
 /// Gives a file another name, in one step. False with a reason.
 bool renameFile(const QString &from, const QString &to, QString *reason);
 
+/// Gives two folders each other's name, in one step. False with a reason.
+bool swapFolders(const QString &path, const QString &other, QString *reason);
+
 /// Replaces the file at `path` in one step: a reader sees the old content or the new one, whenever this
 /// process is killed. The caller holds the bench's lock. False with a reason, the old file untouched.
 bool replaceFile(const QString &path, const QByteArray &content, QString *reason);

@@ -40,14 +40,18 @@ bool FlashRun::start(
     }
 
     std::int64_t limit = FirmwareImage::MaximumFile;
-    const Fault *const truncated = findFault(drive.faults, "truncated-image");
-    if (truncated != nullptr) {
-        limit = truncated->number > 0 ? truncated->number : TruncatedSize;
+    const Fault *const truncation = findFault(drive.faults, "truncated-image");
+    const bool truncated = truncation != nullptr;
+    if (truncated) {
+        limit = truncation->number > 0 ? truncation->number : TruncatedSize;
     }
-    const bool hadFaults = truncated != nullptr || findFault(drive.faults, "wrong-image") != nullptr;
+    const bool hadFaults = truncated || findFault(drive.faults, "wrong-image") != nullptr;
     drive.faultHadEffect("truncated-image");
     drive.faultHadEffect("wrong-image");
     bool fits = FirmwareImage::read(imageFile, &image, reason, limit);
+    if (fits && truncated) {
+        fits = FirmwareImage::read(imageFile, &image, reason, image.encode().size() - 1);
+    }
     if (!fits) {
         *reason = imageFile + QLatin1Char(' ') + *reason;
     } else if (image.bridge != chipset) {

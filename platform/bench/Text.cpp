@@ -1,5 +1,7 @@
 #include "platform/bench/Text.h"
 
+#include <algorithm>
+
 namespace bench {
 
 QString escaped(const QString &text)
@@ -37,6 +39,20 @@ bool unescape(const QString &text, QString *plain)
     }
     *plain = result;
     return true;
+}
+
+QString shellQuoted(const QString &text)
+{
+    const bool plain = !text.isEmpty() && std::all_of(text.begin(), text.end(), [](QChar letter) {
+        return letter.isLetterOrNumber() || QStringLiteral("-_./,=:+%@").contains(letter);
+    });
+    if (plain) {
+        return text;
+    }
+    QString quoted = text;
+    quoted.replace(QLatin1Char('\''), QStringLiteral("'\\''"));
+    quoted.replace(QLatin1Char('\n'), QStringLiteral("'$'\\n''"));
+    return QLatin1Char('\'') + quoted + QLatin1Char('\'');
 }
 
 } // namespace bench

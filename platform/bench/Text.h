@@ -12,4 +12,7 @@ QString escaped(const QString &text);
 /// for a character above U+00FF.
 bool unescape(const QString &text, QString *plain);
 
+/// The text as a word of a shell's command line: quoted where it holds more than plain letters.
+QString shellQuoted(const QString &text);
+
 } // namespace bench

@@ -21,7 +21,10 @@ private slots:
     void theSampleHoldsOneOfEach();
     void aBenchIsMadeOnceUnlessForced();
     void aFolderWithOtherFilesIsRefused();
+    void aFolderOfDrivesWithOtherFilesIsRefused();
     void aRefusedBenchLeavesNothing();
+    void aDriveThatCouldNotBeReadAgainIsRefused();
+    void neverSettlingForOnceEndsWithTheRestart();
     void aMissingFolderIsReportedAndEmpty();
     void readingLeavesNoTraceInAnotherFolder();
     void pluggingAndUnplugging();
@@ -100,6 +103,47 @@ void tst_Bench::aFolderWithOtherFilesIsRefused()
         QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("letter.txt"));
 }
 
+void tst_Bench::aFolderOfDrivesWithOtherFilesIsRefused()
+{
+    QTemporaryDir folder;
+    QString reason;
+    QVERIFY(QDir(folder.path()).mkdir("drives"));
+    QVERIFY(replaceFile(folder.filePath("drives/thesis.odt"), "mine", &reason));
+    QVERIFY(!Bench(folder.path(), QString()).create(sampleDrives(), true, &reason));
+    QVERIFY2(reason.contains("holds other files"), qPrintable(reason));
+    QCOMPARE(QDir(folder.filePath("drives")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+        QStringList("thesis.odt"));
+}
+
+void tst_Bench::aDriveThatCouldNotBeReadAgainIsRefused()
+{
+    TemporaryBench bench;
+    bench.addOutdated("A", "Pebble");
+    QString reason;
+    const QString text(120000, 'B');
+    QVERIFY(bench->setFault("A", textFault("text", text, "modelName"), &reason));
+    QVERIFY(bench->setFault("A", textFault("text", text, "serialNumber"), &reason));
+    const auto before = bench.content();
+    QVERIFY(!bench->setFault("A", textFault("text", text, "auxiliaryText1"), &reason));
+    QVERIFY2(reason.contains("too large"), qPrintable(reason));
+    QCOMPARE(bench.content(), before);
+    QStringList problems;
+    QCOMPARE(int(bench->drives(&problems).size()), 1);
+}
+
+void tst_Bench::neverSettlingForOnceEndsWithTheRestart()
+{
+    TemporaryBench bench;
+    bench.addOutdated("A", "Pebble");
+    QString reason;
+    QStringList problems;
+    QVERIFY(bench->setFault("A", numberFault("never-settles", 0, true), &reason));
+    QCOMPARE(bench->query(&problems).first().firmwareStatus, 0);
+    QVERIFY(bench->unplug("A", &reason) && bench->plug("A", &reason));
+    QCOMPARE(bench->query(&problems).first().firmwareStatus, 1);
+    QVERIFY(bench.drive("A").faults.isEmpty());
+}
+
 void tst_Bench::aRefusedBenchLeavesNothing()
 {
     QTemporaryDir folder;
@@ -108,6 +152,10 @@ void tst_Bench::aRefusedBenchLeavesNothing()
     QString reason;
     QVERIFY(!Bench(folder.path(), QString()).create(drives, false, &reason));
     QVERIFY2(reason.contains("Boulder"), qPrintable(reason));
+    QVERIFY(QDir(folder.path()).isEmpty());
+
+    // The folder itself was made for the bench and goes with it.
+    QVERIFY(!Bench(folder.filePath("new"), QString()).create(drives, false, &reason));
     QVERIFY(QDir(folder.path()).isEmpty());
 
     // No folder can be made below one of the kernel's.

@@ -12,6 +12,7 @@
 #include <QtTest>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace bench;
 
@@ -41,10 +42,14 @@ private slots:
     void installsTheCompanion();
     void watchesChanges();
     void changesNothingOnAFullDisk();
+    void changesNothingInAReadOnlyFolder();
+    void buildsAllImagesOrNone();
+    void companionThatCannotStartChangesNothing();
+    void saysSoWhenItCannotPrint();
+    void panelNeedsADisplay();
     void reportsMalformedFilesAndGoesOn();
     void completes_data();
     void completes();
-    void completesInBash();
     void theManualNamesEverything();
 };
 
@@ -137,7 +142,12 @@ void tst_Command::wrongUsage_data()
                                   << "text needs FIELD=TEXT";
     QTest::newRow("clear unknown") << QStringList{"clear", "A", "smoke"} << "there is no fault \"smoke\"";
     QTest::newRow("image version") << QStringList{"image", "build", "--firmware", QString(33, '1')}
-                                   << "--firmware takes at most 32";
+                                   << "--firmware and --configuration take at most 32";
+    QTest::newRow("version that no image can hold") << QStringList{"add", "Pebble", "--configuration",
+        QString::fromUtf8("\u65E5")} << "--firmware and --configuration take at most 32";
+    QTest::newRow("version that is too long") << QStringList{"add", "Pebble", "--firmware", QString(33, '9')}
+                                              << "--firmware and --configuration take at most 32";
+    QTest::newRow("no name of a fault") << QStringList{"clear", "A", ""} << "there is no fault \"\"";
 }
 
 void tst_Command::wrongUsage()
@@ -166,6 +176,12 @@ void tst_Command::refusals_data()
             << QStringList{command, "Z"} << unknown;
         QTest::newRow(qPrintable(QString("%1, no bench").arg(command)))
             << QStringList{command, "A", "--bench", "/nowhere"} << "/nowhere is no bench";
+    }
+    for (const char *line : {"add Pebble", "fault A no-return", "companion install", "companion uninstall",
+             "companion start", "companion stop"}) {
+        QTest::newRow(qPrintable(QString("%1, no bench").arg(line)))
+            << QString(line).split(' ') + QStringList{"--bench", "/no where"}
+            << "make one with: drive-bench init --bench '/no where'";
     }
     QTest::newRow("fault, unknown drive") << QStringList{"fault", "Z", "no-return"} << unknown;
     QTest::newRow("plug twice") << QStringList{"plug", "A"} << "it is plugged in already";
@@ -408,6 +424,13 @@ void tst_Command::watchesChanges()
         bench->setFault("A", numberFault("verify-error"), &reason), QTest::qWait(120),
         seen += watch.readAllStandardOutput(), seen.contains("\"verify-error\"")));
     QVERIFY(!bench->flash("A", 1, bench.image("Pebble"), &reason));
+    // By hand, in place.
+    QFile file(bench->driveFile("A"));
+    QVERIFY(file.open(QIODevice::ReadWrite));
+    const QByteArray edited = file.readAll().replace("\"verify-error\"", "\"never-settles\"");
+    QVERIFY(file.seek(0) && file.write(edited) == edited.size());
+    file.close();
+    QTRY_VERIFY((seen += watch.readAllStandardOutput(), seen.contains("\"never-settles\"")));
     QVERIFY(bench->unplug("A", &reason));
     QTRY_VERIFY((seen += watch.readAllStandardOutput(), seen.contains("\"unplugged\"")));
     QVERIFY(Companion(bench.folder()).install(&reason));
@@ -431,8 +454,9 @@ void tst_Command::changesNothingOnAFullDisk()
     bench.addOutdated("A", "Pebble");
     const auto before = bench.content();
     QTemporaryDir folder;
-    const QStringList lines{"unplug A", "add Pebble", "fault A no-return", "companion install",
-        "init --force", "init --bench " + folder.filePath("new"), "image build --output " + folder.path()};
+    const QStringList lines{"unplug A", "clear A", "replug A", "power-cycle A", "add Pebble",
+        "fault A no-return", "companion install", "init --force", "init --bench " + folder.filePath("new"),
+        "image build --output " + folder.path()};
     for (const QString &line : lines) {
         const Ended ended = runProgram(
             "sh", {"-c", "trap '' XFSZ; ulimit -f 0; exec \"$0\" " + line, driveBenchPath()}, bench.folder());
@@ -443,6 +467,88 @@ void tst_Command::changesNothingOnAFullDisk()
     }
     QVERIFY(!QFileInfo::exists(folder.filePath("new/drives")));
     QVERIFY(QDir(folder.path()).entryList({"*.tfw*"}).isEmpty());
+}
+
+void tst_Command::changesNothingInAReadOnlyFolder()
+{
+    TemporaryBench bench;
+    bench.addOutdated("A", "Pebble");
+    const auto before = bench.content();
+    // Root may write anywhere, so that it runs the command as somebody else, from where everybody finds it.
+    const QString shared = QFileInfo(bench.folder()).path();
+    const QString command = shared + "/drive-bench";
+    QVERIFY(QFile::copy(driveBenchPath(), command));
+    QStringList start{command};
+    if (::geteuid() == 0) {
+        start = QStringList{"setpriv", "--reuid=65534", "--clear-groups", command};
+    }
+    for (const QString &folder : {shared, bench.folder(), bench.folder() + "/drives"}) {
+        QCOMPARE(::chmod(folder.toUtf8().constData(), 0555), 0);
+    }
+    const QStringList lines{"unplug A", "remove A", "add Pebble", "fault A no-return", "clear A",
+        "companion install", "init --force", "init --bench " + shared + "/new",
+        "image build --output " + shared};
+    for (const QString &line : lines) {
+        const QStringList words = start + line.split(' ');
+        const Ended ended = runProgram(words.first(), words.mid(1), bench.folder());
+        QVERIFY2(ended.status == 1, qPrintable(line));
+        QVERIFY2(ended.errors.contains(": Permission denied; ") && ended.errors.count('\n') == 1,
+            ended.errors.constData());
+        QCOMPARE(bench.content(), before);
+    }
+    const QStringList list = start + QStringList{"list"};
+    QVERIFY(runProgram(list.first(), list.mid(1), bench.folder()).output.contains("Pebble"));
+    for (const QString &folder : {shared, bench.folder(), bench.folder() + "/drives"}) {
+        QCOMPARE(::chmod(folder.toUtf8().constData(), 0755), 0);
+    }
+    QVERIFY(!QFileInfo::exists(shared + "/new"));
+}
+
+void tst_Command::buildsAllImagesOrNone()
+{
+    QTemporaryDir folder;
+    QVERIFY(QDir(folder.path()).mkpath("skiff.tfw/x"));
+    const Ended ended = driveBench({"image", "build", "--output", folder.path()}, QString());
+    QCOMPARE(ended.status, 1);
+    QVERIFY2(ended.errors.contains("skiff.tfw: it is a folder"), ended.errors.constData());
+    QCOMPARE(
+        QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("skiff.tfw"));
+}
+
+void tst_Command::companionThatCannotStartChangesNothing()
+{
+    TemporaryBench bench;
+    QString reason;
+    QVERIFY(Companion(bench.folder()).install(&reason));
+    const auto before = bench.content();
+    const QString command = QFileInfo(bench.folder()).path() + "/drive-bench";
+    QVERIFY(QFile::copy(driveBenchPath(), command));
+    const Ended ended = runProgram(command, {"companion", "start"}, bench.folder());
+    QCOMPARE(ended.status, 1);
+    QVERIFY2(ended.errors.contains("it must lie in the folder host-tools beside drive-bench"),
+        ended.errors.constData());
+    QCOMPARE(bench.content(), before);
+}
+
+void tst_Command::saysSoWhenItCannotPrint()
+{
+    TemporaryBench bench;
+    for (const char *line : {"list", "list --json", "models", "fault --list", "--help"}) {
+        const Ended ended = runProgram(
+            "sh", {"-c", "exec \"$0\" " + QString(line) + " >/dev/full", driveBenchPath()}, bench.folder());
+        QCOMPARE(ended.status, 1);
+        QCOMPARE(ended.errors, QByteArray("drive-bench: cannot print: No space left on device\n"));
+    }
+}
+
+void tst_Command::panelNeedsADisplay()
+{
+    TemporaryBench bench;
+    const Ended ended = runProgram("env",
+        {"-u", "DISPLAY", "-u", "WAYLAND_DISPLAY", "-u", "QT_QPA_PLATFORM", driveBenchPath(), "panel"},
+        bench.folder());
+    QCOMPARE(ended.status, 1);
+    QCOMPARE(ended.errors, QByteArray("drive-bench-panel: there is no display to open it on; set DISPLAY\n"));
 }
 
 void tst_Command::reportsMalformedFilesAndGoesOn()
@@ -488,14 +594,6 @@ void tst_Command::completes()
     const Ended ended = driveBench(QStringList("--complete") + words, bench.folder());
     QCOMPARE(ended.status, 0);
     QTEST(ended.output, "candidates");
-}
-
-void tst_Command::completesInBash()
-{
-    const QString script = "source \"$0\"; COMP_WORDS=(\"$1\" add 'Lamina S'); COMP_CWORD=2; _drive_bench; "
-                           "printf '%s|' \"${COMPREPLY[@]}\"";
-    const Ended ended = runProgram("bash", {"-c", script, COMPLETION_SCRIPT, driveBenchPath()}, QString());
-    QCOMPARE(ended.output, QByteArray("Lamina\\ Slim|Lamina\\ Slim\\ SSD|"));
 }
 
 void tst_Command::theManualNamesEverything()

@@ -221,6 +221,7 @@ void tst_Flash::imageFaultsRefuseAndKeepTheFirmware_data()
     QTest::addColumn<qint64>("bytes");
     QTest::newRow("truncated") << "truncated-image" << qint64(0);
     QTest::newRow("truncated in the header") << "truncated-image" << qint64(20);
+    QTest::newRow("truncated beyond its end") << "truncated-image" << qint64(2147483647);
     QTest::newRow("wrong") << "wrong-image" << qint64(0);
 }
 

@@ -1,3 +1,4 @@
+#include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
 
 #include <QCoreApplication>
@@ -10,7 +11,7 @@
 
 using namespace bench;
 
-/// A process that is killed while it writes a drive.
+/// A process that is killed while it writes a drive, or a bench.
 class tst_KilledFlash : public QObject
 {
     Q_OBJECT
@@ -18,6 +19,7 @@ class tst_KilledFlash : public QObject
 private slots:
     void leavesADriveThatCanBeFlashedAgain_data();
     void leavesADriveThatCanBeFlashedAgain();
+    void leavesTheOldBenchOrTheNewOne();
 };
 
 void tst_KilledFlash::leavesADriveThatCanBeFlashedAgain_data()
@@ -83,6 +85,33 @@ void tst_KilledFlash::leavesADriveThatCanBeFlashedAgain()
     QVERIFY(bench->unplug("A", &reason) && bench->plug("A", &reason));
     QCOMPARE(bench.drive("A").runningFirmware, findModel("Pebble")->newestFirmware);
     QCOMPARE(bench->record(bench.drive("A")).firmwareStatus, 2);
+}
+
+void tst_KilledFlash::leavesTheOldBenchOrTheNewOne()
+{
+    TemporaryBench bench;
+    int replaced = 0;
+    int kept = 0;
+    // From kills that come before anything is done to kills that come too late.
+    for (int microseconds = 0; microseconds < 40000; microseconds += 800) {
+        QString reason;
+        QVERIFY2(bench->create({}, true, &reason), qPrintable(reason));
+        bench.addOutdated("A", "Pebble");
+        QProcess writer;
+        writer.start(driveBenchPath(), {"init", "--force", "--bench", bench.folder()});
+        QVERIFY(writer.waitForStarted());
+        std::this_thread::sleep_for(std::chrono::microseconds(microseconds));
+        writer.kill();
+        QVERIFY(writer.waitForFinished());
+
+        QStringList problems;
+        const auto drives = bench->drives(&problems).size();
+        QCOMPARE(problems, QStringList());
+        QVERIFY2(drives == 1 || drives == 6, qPrintable(QString::number(drives)));
+        QCOMPARE(int(bench->query(&problems).size()), int(drives));
+        ++(drives == 1 ? kept : replaced);
+    }
+    qInfo("the old bench %d times, the new one %d times", kept, replaced);
 }
 
 int main(int argc, char **argv)

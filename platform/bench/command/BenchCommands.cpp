@@ -89,11 +89,11 @@ QJsonObject recordToJson(const DriveRecord &record)
 }
 
 /// The drive's file, what the drive is doing, and what discovery reports of it.
-QJsonObject driveToJson(const Bench &bench, const Drive &drive)
+QJsonObject driveToJson(const Bench &bench, const Drive &drive, const DriveRecord &record)
 {
     QJsonObject object = drive.toJson();
     object.insert(QStringLiteral("state"), stateText(bench.state(drive)));
-    object.insert(QStringLiteral("record"), recordToJson(bench.record(drive)));
+    object.insert(QStringLiteral("record"), recordToJson(record));
     return object;
 }
 
@@ -209,8 +209,9 @@ int list(const CommandLine &line)
 
     if (line.has("--json")) {
         QJsonArray array;
-        for (const Drive &drive : drives) {
-            array.append(driveToJson(bench, drive));
+        const QVector<DriveRecord> records = bench.records(drives);
+        for (int i = 0; i < drives.size(); ++i) {
+            array.append(driveToJson(bench, drives.at(i), records.at(i)));
         }
         printJson({{QStringLiteral("bench"), bench.folder()}, {QStringLiteral("drives"), array},
             {QStringLiteral("host"), host.toJson()}});
@@ -247,7 +248,7 @@ int show(const CommandLine &line)
         return refuse(QStringLiteral("cannot show %1: %2").arg(line.argument(0), reason));
     }
     if (line.has("--json")) {
-        printJson(driveToJson(bench, drive));
+        printJson(driveToJson(bench, drive, bench.record(drive)));
         return 0;
     }
     const Model &model = drive.catalogueModel();

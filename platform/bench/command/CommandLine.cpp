@@ -80,22 +80,17 @@ QString helpText(const Command &command)
         .arg(summary, usage, details, table(rows), command.example);
 }
 
-QStringList serials(const QString &folder)
+/// What may stand as an argument behind those `before` it.
+QStringList candidates(Argument argument, const QStringList &before, const QString &benchFolder)
 {
     QStringList found;
     QStringList ignored;
-    for (const Drive &drive : Bench(folder, QString()).drives(&ignored)) {
-        found.append(escaped(drive.serial));
-    }
-    return found;
-}
-
-QStringList candidates(Argument argument, const QString &benchFolder)
-{
-    QStringList found;
     switch (argument) {
     case Argument::Serial:
-        return serials(benchFolder);
+        for (const Drive &drive : Bench(benchFolder, QString()).drives(&ignored)) {
+            found.append(escaped(drive.serial));
+        }
+        return found;
     case Argument::Model:
         for (const Model &model : models()) {
             found.append(model.name);
@@ -106,9 +101,20 @@ QStringList candidates(Argument argument, const QString &benchFolder)
             found.append(QString::fromLatin1(kind.name));
         }
         return found;
+    case Argument::FaultOfDrive:
+        for (const Drive &drive : Bench(benchFolder, QString()).drives(&ignored)) {
+            for (const Fault &fault : drive.faults) {
+                if (escaped(drive.serial) == before.first() && !found.contains(fault.name)) {
+                    found.append(fault.name);
+                }
+            }
+        }
+        return found;
     case Argument::FaultValue:
-        for (const QString &field : faultFields()) {
-            found.append(field + QLatin1Char('='));
+        if (before.last() == QLatin1String("text")) {
+            for (const QString &field : faultFields()) {
+                found.append(field + QLatin1Char('='));
+            }
         }
         return found;
     case Argument::File:
@@ -239,9 +245,12 @@ QStringList CommandLine::complete(const QVector<Command> &commands, const QStrin
             }
         }
         found.removeDuplicates();
+        if (before.isEmpty() && start.startsWith(QLatin1Char('-'))) {
+            found.append(HelpOption.name);
+        }
     } else {
         const QVector<Option> options = optionsOf(*command);
-        int position = -static_cast<int>(command->name.count(QLatin1Char(' '))) - 1;
+        QStringList given;
         QString benchFolder = Bench::defaultFolder();
         bool isValue = false;
         for (int i = 0; i < before.size(); ++i) {
@@ -253,8 +262,11 @@ QStringList CommandLine::complete(const QVector<Command> &commands, const QStrin
             const auto option = std::find_if(options.begin(), options.end(),
                 [&](const Option &candidate) { return candidate.name == before.at(i); });
             isValue = option != options.end() && !option->value.isEmpty();
-            position += option == options.end() ? 1 : 0;
+            if (option == options.end()) {
+                given.append(before.at(i));
+            }
         }
+        given = given.mid(static_cast<int>(command->name.count(QLatin1Char(' '))) + 1);
         if (isValue) {
             return {};
         }
@@ -262,9 +274,9 @@ QStringList CommandLine::complete(const QVector<Command> &commands, const QStrin
             for (const Option &option : options) {
                 found.append(option.name);
             }
-        } else if (position < command->maximum && !command->arguments.isEmpty()) {
-            const int index = std::min(position, static_cast<int>(command->arguments.size()) - 1);
-            found = candidates(command->arguments.at(index), benchFolder);
+        } else if (given.size() < command->maximum && !command->arguments.isEmpty()) {
+            const auto index = std::min(given.size(), command->arguments.size() - 1);
+            found = candidates(command->arguments.at(index), given, benchFolder);
         }
     }
     QStringList fitting;

@@ -10,7 +10,7 @@
 namespace bench {
 
 /// What an argument of a command names: decides what is offered for completion.
-enum class Argument { Serial, Model, FaultName, FaultValue, File };
+enum class Argument { Serial, Model, FaultName, FaultOfDrive, FaultValue, File };
 
 /// An option of a command.
 struct Option

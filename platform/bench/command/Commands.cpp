@@ -1,5 +1,6 @@
 #include "platform/bench/command/Commands.h"
 
+#include "platform/bench/FirmwareImage.h"
 #include "platform/bench/Text.h"
 
 namespace bench {
@@ -13,6 +14,23 @@ QVector<Command> allCommands()
 bool readSerial(const QString &argument, QString *serial)
 {
     return unescape(argument, serial) && !serial->isEmpty();
+}
+
+bool hasVersions(const CommandLine &line)
+{
+    for (const char *option : {"--firmware", "--configuration"}) {
+        const QString version = line.value(option);
+        if (version.size() > FirmwareImage::MaximumText || version.toLatin1() != version.toUtf8()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+QString versionRule()
+{
+    return QStringLiteral("--firmware and --configuration take at most %1 ASCII characters each")
+        .arg(FirmwareImage::MaximumText);
 }
 
 } // namespace bench

@@ -20,4 +20,9 @@ QVector<Command> watchCommands(); ///< watch, panel
 /// The serial number that an argument names: \xNN stands for any byte. False when it cannot be one.
 bool readSerial(const QString &argument, QString *serial);
 
+/// True when --firmware and --configuration, where they are given, can stand in an image.
+bool hasVersions(const CommandLine &line);
+/// What those two options take, for a person.
+QString versionRule();
+
 } // namespace bench

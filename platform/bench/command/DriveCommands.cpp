@@ -79,6 +79,9 @@ int add(const CommandLine &line)
             QStringLiteral("cannot add \"%1\": there is no such model; drive-bench models lists them")
                 .arg(name));
     }
+    if (!hasVersions(line)) {
+        return wrongUsage(versionRule(), QStringLiteral("add"));
+    }
     Drive drive;
     drive.model = model->name;
     drive.chipset = static_cast<std::int32_t>(line.number("--chipset", model->chipset));

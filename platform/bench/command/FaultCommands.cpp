@@ -115,7 +115,7 @@ int setFault(const CommandLine &line)
 int clearFaults(const CommandLine &line)
 {
     const QString name = line.argument(1);
-    if (!name.isEmpty() && findFaultKind(name) == nullptr) {
+    if (line.arguments().size() > 1 && findFaultKind(name) == nullptr) {
         return wrongUsage(
             QStringLiteral("there is no fault \"%1\"; drive-bench fault --list shows them").arg(name),
             QStringLiteral("clear"));
@@ -151,7 +151,7 @@ QVector<Command> faultCommands()
         {QStringLiteral("clear"), QStringLiteral("SERIAL [FAULT]"),
             QStringLiteral("clear a fault of a drive, or all its faults"), QString(),
             QStringLiteral("drive-bench clear TV0001PEBBLE pulled-out"),
-            {Argument::Serial, Argument::FaultName}, 1, 2, {}, clearFaults},
+            {Argument::Serial, Argument::FaultOfDrive}, 1, 2, {}, clearFaults},
     };
 }
 

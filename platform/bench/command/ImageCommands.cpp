@@ -32,25 +32,37 @@ int build(const CommandLine &line)
         wanted = models();
     }
     const QString folder = line.has("--output") ? line.value("--output") : executableFolder();
-    for (const char *option : {"--firmware", "--configuration"}) {
-        const QString version = line.value(option);
-        if (version.size() > FirmwareImage::MaximumText || version.toLatin1() != version.toUtf8()) {
-            return wrongUsage(QStringLiteral("%1 takes at most %2 ASCII characters")
-                                  .arg(QLatin1String(option))
-                                  .arg(FirmwareImage::MaximumText),
-                QStringLiteral("image build"));
-        }
+    if (!hasVersions(line)) {
+        return wrongUsage(versionRule(), QStringLiteral("image build"));
     }
+    // All of them are written aside before the first takes its place.
+    const QString draftExtension = QStringLiteral(".new");
+    QStringList files;
+    QString problem;
     for (const Model &model : wanted) {
         const FirmwareImage image = FirmwareImage::forModel(model,
             line.has("--firmware") ? line.value("--firmware") : model.newestFirmware,
             line.has("--configuration") ? line.value("--configuration") : model.newestConfiguration);
         const QString file = folder + QLatin1Char('/') + model.imageName();
-        QString reason;
-        if (!replaceFile(file, image.encode(), &reason)) {
-            return refuse(
-                QStringLiteral("cannot write %1: %2; name another folder with --output").arg(file, reason));
+        QString reason = QStringLiteral("it is a folder");
+        if (isFolder(file) || !writeFile(file + draftExtension, image.encode(), &reason)) {
+            problem =
+                QStringLiteral("cannot write %1: %2; name another folder with --output").arg(file, reason);
+            break;
         }
+        files.append(file);
+    }
+    for (const QString &file : files) {
+        QString reason;
+        if (!problem.isEmpty()) {
+            removeFile(file + draftExtension, &reason);
+        } else if (!renameFile(file + draftExtension, file, &reason)) {
+            return refuse(
+                QStringLiteral("cannot write %1: %2; the folder must be writable").arg(file, reason));
+        }
+    }
+    if (!problem.isEmpty()) {
+        return refuse(problem);
     }
     if (!line.has("--quiet")) {
         print(QStringLiteral("%1: %2 images\n").arg(folder, QString::number(wanted.size())));
@@ -99,8 +111,8 @@ QVector<Command> imageCommands()
             QStringLiteral("Without a model, those of all models. They go beside the executable, where the "
                            "program looks\n"
                            "for them."),
-            QStringLiteral("drive-bench image build Pebble --firmware 2.15 --output /tmp/images"),
-            {Argument::Model}, 0, 1000,
+            QStringLiteral("drive-bench image build Pebble --firmware 2.15 --output ."), {Argument::Model}, 0,
+            1000,
             {{QStringLiteral("--output"), QStringLiteral("DIR"), QStringLiteral("write into this folder")},
                 {QStringLiteral("--firmware"), QStringLiteral("VERSION"),
                     QStringLiteral("instead of the newest firmware version")},

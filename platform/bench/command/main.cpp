@@ -1,4 +1,7 @@
+#include "platform/bench/Files.h"
 #include "platform/bench/command/Commands.h"
+
+#include <cstdio>
 
 int main(int argc, char **argv)
 {
@@ -14,5 +17,10 @@ int main(int argc, char **argv)
         }
         return 0;
     }
-    return bench::CommandLine::run(bench::allCommands(), arguments);
+    const int status = bench::CommandLine::run(bench::allCommands(), arguments);
+    // What was not printed whole, to a full disk for one, must not pass for an answer.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        return bench::refuse(QStringLiteral("cannot print: %1").arg(bench::systemReason()));
+    }
+    return status;
 }

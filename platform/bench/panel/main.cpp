@@ -4,10 +4,29 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstring>
+
+/// The toolkit ends the process by a signal where it finds none.
+static bool hasDisplay([[maybe_unused]] int argc, [[maybe_unused]] char **argv)
+{
+#ifdef __APPLE__
+    return true;
+#else
+    const bool named = std::any_of(argv, argv + argc,
+        [](const char *argument) { return std::strstr(argument, "-platform") != nullptr; });
+    return named || !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") || !qEnvironmentVariableIsEmpty("DISPLAY")
+        || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+#endif
+}
 
 int main(int argc, char **argv)
 {
+    if (!hasDisplay(argc, argv)) {
+        std::fprintf(stderr, "drive-bench-panel: there is no display to open it on; set DISPLAY\n");
+        return 1;
+    }
     const QApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("drive-bench-panel"));
 
