@@ -1,3 +1,4 @@
+#include "benchmarks/Median.h"
 #include "companion/QDKUtilities.h"
 #include "tests/platform/ScriptedPlatform.h"
 #include "tests/support/DeviceRecords.h"
@@ -34,12 +35,6 @@ double milliseconds(const std::function<void()> &run)
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QCoreApplication::processEvents();
     return elapsed;
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 QVector<DeviceInfo> drives(int count)

@@ -1,3 +1,5 @@
+#include "benchmarks/Median.h"
+
 #include <QCoreApplication>
 #include <QProcess>
 #include <QTemporaryDir>
@@ -30,12 +32,6 @@ Cost start(const QString &program)
     const double microseconds =
         figures[0].toDouble() - double(std::chrono::duration_cast<std::chrono::microseconds>(before).count());
     return {microseconds / 1000, figures[1].toDouble() / 1024};
-}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
 }
 
 } // namespace
