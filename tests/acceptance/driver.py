@@ -556,6 +556,11 @@ class Bench:
         """Everything about one drive, as the command tells it."""
         return json.loads(self.run("show", serial, "--json"))
 
+    def file(self, serial):
+        """What the drive's file says: for what is looked at often, since the command is a process each time."""
+        with open(os.path.join(self.folder, "drives", serial + ".json"), encoding="utf-8") as file:
+            return json.load(file)
+
     def drives(self):
         return {drive["serial"]: drive for drive in json.loads(self.run("list", "--json"))["drives"]}
 
@@ -583,7 +588,7 @@ class Bench:
         """Waits until the drive has been queried once more, without anything about it having changed."""
         model = self.drive(serial)["model"]
         self.fault(serial, "text", "modelName=" + model, "--once")
-        wait_until(lambda: not any(fault["fault"] == "text" for fault in self.drive(serial)["faults"]),
+        wait_until(lambda: not any(fault["fault"] == "text" for fault in self.file(serial)["faults"]),
                    f"a query of {serial}")
 
     def calls(self):

@@ -1,6 +1,5 @@
 """The end of the program in every state: exit status, duration, and the service given back exactly once."""
 
-import json
 import pathlib
 import signal
 import time
@@ -128,7 +127,7 @@ def test_killed_while_it_flashes(bench, start, percent):
     program.begin_update(model)
 
     def is_at_that_point():
-        drive = json.loads(pathlib.Path(bench.folder, "drives", serial + ".json").read_text())
+        drive = bench.file(serial)
         return drive["bytesToWrite"] and 100 * drive["bytesWritten"] >= percent * drive["bytesToWrite"]
 
     wait_until(is_at_that_point, f"{percent} % of the image are written")
