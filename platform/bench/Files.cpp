@@ -126,7 +126,15 @@ bool swapFolders(const QString &path, const QString &other, QString *reason)
     const bool swapped =
         ::renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_EXCHANGE) == 0;
 #endif
-    return swapped || failWithSystemReason(reason);
+    if (swapped) {
+        return true;
+    }
+    // Some file systems cannot; then it takes a moment in which there is no `other`.
+    const QByteArray aside = from + ".aside";
+    const bool moved = std::rename(to.constData(), aside.constData()) == 0
+        && std::rename(from.constData(), to.constData()) == 0
+        && std::rename(aside.constData(), from.constData()) == 0;
+    return moved || failWithSystemReason(reason);
 }
 
 bool replaceFile(const QString &path, const QByteArray &content, QString *reason)

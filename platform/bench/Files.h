@@ -25,7 +25,7 @@ bool writeFile(const QString &path, const QByteArray &content, QString *reason);
 /// Gives a file another name, in one step. False with a reason.
 bool renameFile(const QString &from, const QString &to, QString *reason);
 
-/// Gives two folders each other's name, in one step. False with a reason.
+/// Gives two folders each other's name, in one step wherever the file system can. False with a reason.
 bool swapFolders(const QString &path, const QString &other, QString *reason);
 
 /// Replaces the file at `path` in one step: a reader sees the old content or the new one, whenever this
