@@ -21,6 +21,11 @@ constexpr std::int64_t MaximumFileSize = 256 * 1024;
 constexpr int MaximumSerialLength = 80;
 constexpr QLatin1String DraftExtension(".new");
 constexpr QLatin1String NewBench("/new"); ///< where a bench is made that replaces another
+QString cannotWrite(const QString &file, const QString &why)
+{
+    return QStringLiteral("cannot write %1: %2; the folder must be writable and have room").arg(file, why);
+}
+
 /// True when a drive's file would be accepted again: what a caller made of a drive is not trusted.
 bool isReadable(const QByteArray &driveFile, QString *reason)
 {
@@ -113,9 +118,13 @@ bool Bench::replaceAll(const QVector<Drive> &drives, QString *reason)
 {
     Bench aside(path + NewBench, imagePath);
     const QString hostDraft = hostFile() + DraftExtension;
-    // What an earlier one left that was killed.
-    removeFolder(aside.driveFolder());
-    removeFolder(aside.path);
+    const auto clear = [&] {
+        QString ignored;
+        removeFile(hostDraft, &ignored);
+        removeFolder(aside.driveFolder());
+        removeFolder(aside.path);
+    };
+    clear(); // of what an earlier one left that was killed
 
     bool done = makeFolder(aside.driveFolder(), reason);
     if (!done) {
@@ -126,8 +135,7 @@ bool Bench::replaceAll(const QVector<Drive> &drives, QString *reason)
         done = aside.draftDrive(drives.at(i), reason) && aside.publishDraft(drives.at(i).serial, reason);
     }
     if (done && !writeFile(hostDraft, Host().encode(), reason)) {
-        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
-                      .arg(hostDraft, *reason);
+        *reason = cannotWrite(hostDraft, *reason);
         done = false;
     }
     if (done) {
@@ -135,14 +143,10 @@ bool Bench::replaceAll(const QVector<Drive> &drives, QString *reason)
                                         : renameFile(aside.driveFolder(), driveFolder(), reason))
             && renameFile(hostDraft, hostFile(), reason);
         if (!done) {
-            *reason = QStringLiteral("cannot write %1: %2; the folder must be writable")
-                          .arg(driveFolder(), *reason);
+            *reason = cannotWrite(driveFolder(), *reason);
         }
     }
-    QString ignored;
-    removeFile(hostDraft, &ignored);
-    removeFolder(aside.driveFolder());
-    removeFolder(aside.path);
+    clear();
     return done;
 }
 
@@ -528,8 +532,7 @@ bool Bench::writeDrive(const Drive &drive, QString *reason)
         return false;
     }
     if (!replaceFile(file, content, reason)) {
-        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
-                      .arg(file, *reason);
+        *reason = cannotWrite(file, *reason);
         return false;
     }
     return true;
@@ -553,8 +556,7 @@ bool Bench::draftDrive(const Drive &drive, QString *reason)
     FlashChip chip(chipDraft, FlashChip::Write);
     if (!chip.isOpen()
         || !chip.load(FirmwareImage::forModel(*model, drive.flashFirmware, drive.flashConfiguration))) {
-        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
-                      .arg(chipDraft, chip.reason());
+        *reason = cannotWrite(chipDraft, chip.reason());
         return false;
     }
     Drive added = drive;
@@ -567,8 +569,7 @@ bool Bench::draftDrive(const Drive &drive, QString *reason)
         return false;
     }
     if (!writeFile(driveDraft, content, reason)) {
-        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
-                      .arg(driveDraft, *reason);
+        *reason = cannotWrite(driveDraft, *reason);
         return false;
     }
     return true;
@@ -579,7 +580,7 @@ bool Bench::publishDraft(const QString &serial, QString *reason)
     // The drive is on the bench with its own file, so its chip must be there first.
     for (const QString &file : {chipFile(serial), driveFile(serial)}) {
         if (!renameFile(file + DraftExtension, file, reason)) {
-            *reason = QStringLiteral("cannot write %1: %2; the folder must be writable").arg(file, *reason);
+            *reason = cannotWrite(file, *reason);
             return false;
         }
     }
@@ -638,8 +639,7 @@ Host Bench::readHost(QStringList *problems) const
 bool Bench::writeHost(const Host &host, QString *reason)
 {
     if (!replaceFile(hostFile(), host.encode(), reason)) {
-        *reason = QStringLiteral("cannot write %1: %2; the folder must be writable and have room")
-                      .arg(hostFile(), *reason);
+        *reason = cannotWrite(hostFile(), *reason);
         return false;
     }
     return true;

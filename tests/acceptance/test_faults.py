@@ -280,10 +280,11 @@ def test_unmount_that_returns_an_odd_value(bench, start, value):
 # Faults of a restart ---------------------------------------------------------------------------------------
 
 
-def test_drive_that_does_not_come_back(bench, start):
+def restart_after_an_update(bench, start, *fault):
+    """Updates a drive with that fault and restarts it; returns it, the program and the page that waited for that."""
     serial = outdated(bench, "Pebble")
     bench.add("Skiff", serial="TV2")
-    bench.fault(serial, "no-return")
+    bench.fault(serial, *fault)
     program = start()
     program.begin_update("Pebble")
     waiting = program.see_restart("Pebble")
@@ -291,6 +292,11 @@ def test_drive_that_does_not_come_back(bench, start):
     bench.wait_for_query("TV2")
     bench.plug(serial)
     bench.wait_for_query("TV2")
+    return serial, program, waiting
+
+
+def test_drive_that_does_not_come_back(bench, start):
+    serial, program, waiting = restart_after_an_update(bench, start, "no-return")
     assert [page.path for page in program.look().pages] == [page.path for page in waiting.pages]
     bench.run("clear", serial)
     bench.run("replug", serial, "--for", 0)
@@ -298,15 +304,6 @@ def test_drive_that_does_not_come_back(bench, start):
 
 
 def test_drive_that_comes_back_as_another(bench, start):
-    serial = outdated(bench, "Pebble")
-    bench.add("Skiff", serial="TV2")
-    bench.fault(serial, "new-serial", "TV9")
-    program = start()
-    program.begin_update("Pebble")
-    waiting = program.see_restart("Pebble")
-    bench.unplug(serial)
-    bench.wait_for_query("TV2")
-    bench.plug(serial)
-    bench.wait_for_query("TV2")
+    _, program, waiting = restart_after_an_update(bench, start, "new-serial", "TV9")
     bench.wait_for_query("TV2")
     assert [page.path for page in program.look().pages] == [page.path for page in waiting.pages]
