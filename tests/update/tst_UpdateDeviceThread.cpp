@@ -57,6 +57,7 @@ private slots:
     void imageLiesInTheExecutablesFolder_data();
     void imageLiesInTheExecutablesFolder();
     void executablePathWithoutSlashGivesTheBareFileName();
+    void resultIsSentFromTheWorkersOwnThread();
     void usbDriveWhoseFlashFailsIsStillUnmounted();
     void fireWireDriveIsNeverUnmounted_data();
     void fireWireDriveIsNeverUnmounted();
@@ -209,6 +210,18 @@ void tst_UpdateDeviceThread::executablePathWithoutSlashGivesTheBareFileName()
 {
     run(usbDrive(), "tarvo-firmware-updater");
     QCOMPARE(ScriptedPlatform::calls().at(1), QString("updateDevice(pebble.tfw)"));
+}
+
+void tst_UpdateDeviceThread::resultIsSentFromTheWorkersOwnThread()
+{
+    UpdateDeviceThread worker(driveBehind(Chipset::Asm1051), Program);
+    std::promise<QThread *> sender;
+    QObject::connect(&worker, &UpdateDeviceThread::updateResult,
+        [&sender] { sender.set_value(QThread::currentThread()); });
+    worker.start(QThread::InheritPriority);
+    QThread *const found = sender.get_future().get();
+    worker.wait();
+    QCOMPARE(found, static_cast<QThread *>(&worker));
 }
 
 void tst_UpdateDeviceThread::usbDriveWhoseFlashFailsIsStillUnmounted()
