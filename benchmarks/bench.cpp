@@ -1,9 +1,9 @@
 // What a large drive bench costs those who look at it.
 
-#include "platform/bench/Bench.h"
+#include "bench/core/Bench.h"
 #include "benchmarks/Median.h"
-#include "platform/bench/Files.h"
-#include "platform/bench/SampleBench.h"
+#include "bench/core/Files.h"
+#include "bench/core/SampleBench.h"
 
 #include <QElapsedTimer>
 #include <QProcess>

@@ -1,6 +1,6 @@
 #include "devices/DeviceDiscoveryThread.h"
 
-#include "platform/DeviceDiscovery.h"
+#include <DeviceDiscovery.h>
 
 #include <vector>
 

@@ -12,6 +12,12 @@ constexpr std::int32_t Asm1053 = 3;
 constexpr std::int32_t NoUpdater = 4; ///< shown like a supported one, but its update always fails
 constexpr std::int32_t OxSemiFireWire934 = 5;
 constexpr std::int32_t OxSemiFireWire944 = 6;
+
+/// True for a bridge whose drive has to be restarted after its flash.
+constexpr bool isUsbBridge(std::int32_t chipset)
+{
+    return chipset == Asm1051 || chipset == Asm1051E || chipset == Asm1053;
+}
 } // namespace Chipset
 
 /// Codes of DeviceInfo::firmwareStatus and DeviceInfo::configurationStatus; any other value is unknown.

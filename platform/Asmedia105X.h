@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 class MacDevice;
@@ -25,12 +26,13 @@ public:
     MacDevice *macDevice;
 
 protected:
-    explicit Asmedia105X(std::string serialNumber, int chipset);
+    struct Session; ///< what the implementation keeps of the opened drive
+
+    explicit Asmedia105X(std::unique_ptr<Session> openedSession);
     ~Asmedia105X();
 
 private:
-    std::string serialNumber;
-    int chipset;
+    const std::unique_ptr<Session> session;
 };
 
 class Asm1051 : public Asmedia105X

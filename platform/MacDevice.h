@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 /**
@@ -12,11 +13,16 @@ class MacDevice
 public:
     /// `serialNumber`: the drive's serial number, bytes as discovery reported them.
     explicit MacDevice(std::string serialNumber);
+    ~MacDevice();
+    MacDevice(const MacDevice &) = delete;
+    MacDevice &operator=(const MacDevice &) = delete;
 
     /// Unmounts the drive's volumes. Returns nonzero on success, 0 when a volume is in use or the drive
     /// is gone. An update counts as successful only when bit 0 of the value is set.
     int unmountDisk();
 
 private:
-    std::string serialNumber;
+    struct Volumes; ///< what the implementation keeps of the drive
+
+    const std::unique_ptr<Volumes> volumes;
 };

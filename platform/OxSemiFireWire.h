@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 /**
@@ -21,11 +22,12 @@ public:
     bool updateDevice(std::string imagePath);
 
 protected:
-    explicit OxSemiFireWire(std::string serialNumber, int chipset);
+    struct Session; ///< what the implementation keeps of the opened drive
+
+    explicit OxSemiFireWire(std::unique_ptr<Session> openedSession);
 
 private:
-    std::string serialNumber;
-    int chipset;
+    const std::unique_ptr<Session> session;
 };
 
 class OxSemiFireWire934 : public OxSemiFireWire

@@ -413,37 +413,10 @@ QLabel *DeviceLayout::messageWarning()
 
 QLabel *DeviceLayout::messageSuccess()
 {
-    const QString format = "%1<b>%2</b>%3";
-    const QString modelName = textFrom(deviceInfo.modelName);
-    const QString conclusion = tr(" hard drive to power off and power on the device.");
+    if (Chipset::isUsbBridge(deviceInfo.chipsetType)) {
+        return newTextLabel(restartInstruction());
+    }
     switch (deviceInfo.chipsetType) {
-    case Chipset::Asm1051:
-    case Chipset::Asm1051E:
-    case Chipset::Asm1053:
-        switch (deviceInfo.productId) {
-        case 0x1A20:
-        case 0x1A21:
-        case 0x1A24:
-        case 0x1A27:
-        case 0x1A28:
-        case 0x1A2B:
-        case 0x1A2E:
-        case 0x1A2F:
-        case 0x1A33:
-        case 0x1A35:
-        case 0x1A38:
-            return newTextLabel(
-                format.arg(tr("Please unplug and replug your Tarvo ")).arg(modelName).arg(conclusion));
-        case 0x1A3C:
-        case 0x1A3D:
-        case 0x1A41:
-        case 0x1A46:
-        case 0x1A4D:
-            return newTextLabel(
-                format.arg(tr("Please use the power button on your Tarvo ")).arg(modelName).arg(conclusion));
-        default:
-            return newTextLabel(QString());
-        }
     case Chipset::NoUpdater:
     case Chipset::OxSemiFireWire944:
         return newTextLabel(tr("Your drive is now ready for use."));
@@ -467,6 +440,40 @@ QString DeviceLayout::successLine() const
         .arg(tr("Your Tarvo "))
         .arg(textFrom(deviceInfo.modelName))
         .arg(tr(" has been successfully updated."));
+}
+
+/// How the drive is switched off and on; empty for a product that is not known.
+QString DeviceLayout::restartInstruction() const
+{
+    QString opening;
+    switch (deviceInfo.productId) {
+    case 0x1A20:
+    case 0x1A21:
+    case 0x1A24:
+    case 0x1A27:
+    case 0x1A28:
+    case 0x1A2B:
+    case 0x1A2E:
+    case 0x1A2F:
+    case 0x1A33:
+    case 0x1A35:
+    case 0x1A38:
+        opening = tr("Please unplug and replug your Tarvo ");
+        break;
+    case 0x1A3C:
+    case 0x1A3D:
+    case 0x1A41:
+    case 0x1A46:
+    case 0x1A4D:
+        opening = tr("Please use the power button on your Tarvo ");
+        break;
+    default:
+        return QString();
+    }
+    return QString("%1<b>%2</b>%3")
+        .arg(opening)
+        .arg(textFrom(deviceInfo.modelName))
+        .arg(tr(" hard drive to power off and power on the device."));
 }
 
 /// Drives behind an unsupported bridge have no update button.

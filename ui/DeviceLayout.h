@@ -57,6 +57,7 @@ private slots:
 
 private:
     QString successLine() const;
+    QString restartInstruction() const;
     void hideUpdateButton();
 
     DeviceInfo deviceInfo;

@@ -265,17 +265,12 @@ void MainWindow::updateResult(bool result)
         if (!isSelected(device)) {
             continue;
         }
-        switch (device.chipsetType) {
-        case Chipset::Asm1051:
-        case Chipset::Asm1051E:
-        case Chipset::Asm1053:
+        if (Chipset::isUsbBridge(device.chipsetType)) {
             updatedDeviceUnplugged = false;
             restartSecondFlag = false;
             updateState = RestartDevice;
-            break;
-        default:
+        } else {
             updateState = Success;
-            break;
         }
         updateWindow();
     }

@@ -1,8 +1,8 @@
 #include "update/UpdateDeviceThread.h"
 
-#include "platform/Asmedia105X.h"
-#include "platform/MacDevice.h"
-#include "platform/OxSemiFireWire.h"
+#include <Asmedia105X.h>
+#include <MacDevice.h>
+#include <OxSemiFireWire.h>
 
 #include <cstdint>
 #include <utility>

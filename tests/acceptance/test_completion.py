@@ -9,7 +9,7 @@ import time
 import pytest
 from driver import PATIENCE
 
-SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "platform/bench/completions/drive-bench.bash"
+SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "bench/completions/drive-bench.bash"
 END = "that was all"
 TAB, LINE_START = b"\t", b"\x01"
 

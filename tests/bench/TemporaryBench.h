@@ -1,8 +1,8 @@
 #pragma once
 
-#include "platform/bench/Bench.h"
-#include "platform/bench/Files.h"
-#include "platform/bench/FirmwareImage.h"
+#include "bench/core/Bench.h"
+#include "bench/core/Files.h"
+#include "bench/core/FirmwareImage.h"
 
 #include <QMap>
 #include <QTemporaryDir>

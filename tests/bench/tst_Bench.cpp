@@ -1,7 +1,7 @@
-#include "platform/bench/CallLog.h"
-#include "platform/bench/Companion.h"
-#include "platform/bench/FlashChip.h"
-#include "platform/bench/SampleBench.h"
+#include "bench/core/CallLog.h"
+#include "bench/core/Companion.h"
+#include "bench/core/FlashChip.h"
+#include "bench/core/SampleBench.h"
 #include "tests/bench/TemporaryBench.h"
 
 #include <QElapsedTimer>

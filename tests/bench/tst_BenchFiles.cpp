@@ -1,7 +1,7 @@
-#include "platform/bench/Companion.h"
-#include "platform/bench/Drive.h"
-#include "platform/bench/Host.h"
-#include "platform/bench/Text.h"
+#include "bench/core/Companion.h"
+#include "bench/core/Drive.h"
+#include "bench/core/Host.h"
+#include "bench/core/Text.h"
 #include "tests/bench/TemporaryBench.h"
 
 #include <QtTest>

@@ -1,5 +1,5 @@
-#include "platform/bench/Catalogue.h"
-#include "platform/bench/FirmwareImage.h"
+#include "bench/core/Catalogue.h"
+#include "bench/core/FirmwareImage.h"
 
 #include <QSet>
 #include <QtTest>

@@ -1,5 +1,5 @@
 #include "devices/DeviceInfo.h"
-#include "platform/bench/Catalogue.h"
+#include "bench/core/Catalogue.h"
 #include "ui/DeviceLayout.h"
 
 #include <QDirIterator>

@@ -1,5 +1,5 @@
-#include "platform/bench/Companion.h"
-#include "platform/bench/FlashChip.h"
+#include "bench/core/Companion.h"
+#include "bench/core/FlashChip.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
 

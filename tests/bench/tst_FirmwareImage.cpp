@@ -1,5 +1,5 @@
-#include "platform/bench/Files.h"
-#include "platform/bench/FirmwareImage.h"
+#include "bench/core/Files.h"
+#include "bench/core/FirmwareImage.h"
 
 #include <QFile>
 #include <QTemporaryDir>

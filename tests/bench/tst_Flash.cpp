@@ -1,4 +1,4 @@
-#include "platform/bench/FlashChip.h"
+#include "bench/core/FlashChip.h"
 #include "tests/bench/TemporaryBench.h"
 
 #include <QtTest>

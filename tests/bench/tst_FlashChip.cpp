@@ -1,5 +1,5 @@
-#include "platform/bench/FirmwareImage.h"
-#include "platform/bench/FlashChip.h"
+#include "bench/core/FirmwareImage.h"
+#include "bench/core/FlashChip.h"
 
 #include <QTemporaryDir>
 #include <QtTest>

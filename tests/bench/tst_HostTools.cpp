@@ -1,4 +1,4 @@
-#include "platform/bench/Companion.h"
+#include "bench/core/Companion.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
 

@@ -1,8 +1,8 @@
 #include "devices/DeviceInfo.h"
-#include "platform/Asmedia105X.h"
-#include "platform/DeviceDiscovery.h"
-#include "platform/MacDevice.h"
-#include "platform/OxSemiFireWire.h"
+#include <Asmedia105X.h>
+#include <DeviceDiscovery.h>
+#include <MacDevice.h>
+#include <OxSemiFireWire.h>
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
 

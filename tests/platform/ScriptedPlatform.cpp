@@ -1,9 +1,9 @@
 #include "tests/platform/ScriptedPlatform.h"
 
-#include "platform/Asmedia105X.h"
-#include "platform/DeviceDiscovery.h"
-#include "platform/MacDevice.h"
-#include "platform/OxSemiFireWire.h"
+#include <Asmedia105X.h>
+#include <DeviceDiscovery.h>
+#include <MacDevice.h>
+#include <OxSemiFireWire.h>
 
 #include <QElapsedTimer>
 
@@ -209,25 +209,43 @@ void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
     }
 }
 
-MacDevice::MacDevice(std::string serialNumber) : serialNumber(std::move(serialNumber)) { }
+struct MacDevice::Volumes
+{
+    std::string serialNumber;
+};
+
+MacDevice::MacDevice(std::string serialNumber) : volumes(new Volumes{std::move(serialNumber)}) { }
+
+MacDevice::~MacDevice() = default;
 
 int MacDevice::unmountDisk()
 {
-    remember("unmountDisk(" + text(serialNumber) + ")");
+    remember("unmountDisk(" + text(volumes->serialNumber) + ")");
     const std::lock_guard<std::mutex> lock(script().mutex);
     return script().unmountResult;
 }
 
-Asmedia105X::Asmedia105X(std::string serialNumber, int chipset)
-    : macDevice(new MacDevice(serialNumber)), serialNumber(std::move(serialNumber)), chipset(chipset)
+struct Asmedia105X::Session
 {
-    enter();
-    remember(updaterName(this->chipset) + "(" + text(this->serialNumber) + ")");
+    std::string serialNumber;
+    int chipset;
+
+    static std::unique_ptr<Session> open(std::string serialNumber, int chipset)
+    {
+        enter();
+        remember(updaterName(chipset) + "(" + text(serialNumber) + ")");
+        return std::unique_ptr<Session>(new Session{std::move(serialNumber), chipset});
+    }
+};
+
+Asmedia105X::Asmedia105X(std::unique_ptr<Session> openedSession)
+    : macDevice(new MacDevice(openedSession->serialNumber)), session(std::move(openedSession))
+{
 }
 
 Asmedia105X::~Asmedia105X()
 {
-    remember("~" + updaterName(chipset) + "()");
+    remember("~" + updaterName(session->chipset) + "()");
     delete macDevice;
 }
 
@@ -236,28 +254,45 @@ bool Asmedia105X::updateDevice(std::string imagePath)
     return flash(imagePath);
 }
 
-Asm1051::Asm1051(std::string serialNumber) : Asmedia105X(std::move(serialNumber), Chipset::Asm1051) { }
+Asm1051::Asm1051(std::string serialNumber)
+    : Asmedia105X(Session::open(std::move(serialNumber), Chipset::Asm1051))
+{
+}
 
 Asm1051::~Asm1051() = default;
 
-Asm1051E::Asm1051E(std::string serialNumber) : Asmedia105X(std::move(serialNumber), Chipset::Asm1051E) { }
+Asm1051E::Asm1051E(std::string serialNumber)
+    : Asmedia105X(Session::open(std::move(serialNumber), Chipset::Asm1051E))
+{
+}
 
 Asm1051E::~Asm1051E() = default;
 
-Asm1053::Asm1053(std::string serialNumber) : Asmedia105X(std::move(serialNumber), Chipset::Asm1053) { }
+Asm1053::Asm1053(std::string serialNumber)
+    : Asmedia105X(Session::open(std::move(serialNumber), Chipset::Asm1053))
+{
+}
 
 Asm1053::~Asm1053() = default;
 
-OxSemiFireWire::OxSemiFireWire(std::string serialNumber, int chipset)
-    : serialNumber(std::move(serialNumber)), chipset(chipset)
+struct OxSemiFireWire::Session
 {
-    enter();
-    remember(updaterName(this->chipset) + "(" + text(this->serialNumber) + ")");
-}
+    std::string serialNumber;
+    int chipset;
+
+    static std::unique_ptr<Session> open(std::string serialNumber, int chipset)
+    {
+        enter();
+        remember(updaterName(chipset) + "(" + text(serialNumber) + ")");
+        return std::unique_ptr<Session>(new Session{std::move(serialNumber), chipset});
+    }
+};
+
+OxSemiFireWire::OxSemiFireWire(std::unique_ptr<Session> openedSession) : session(std::move(openedSession)) { }
 
 OxSemiFireWire::~OxSemiFireWire()
 {
-    remember("~" + updaterName(chipset) + "()");
+    remember("~" + updaterName(session->chipset) + "()");
 }
 
 bool OxSemiFireWire::updateDevice(std::string imagePath)
@@ -266,14 +301,14 @@ bool OxSemiFireWire::updateDevice(std::string imagePath)
 }
 
 OxSemiFireWire934::OxSemiFireWire934(std::string serialNumber)
-    : OxSemiFireWire(std::move(serialNumber), Chipset::OxSemiFireWire934)
+    : OxSemiFireWire(Session::open(std::move(serialNumber), Chipset::OxSemiFireWire934))
 {
 }
 
 OxSemiFireWire934::~OxSemiFireWire934() = default;
 
 OxSemiFireWire944::OxSemiFireWire944(std::string serialNumber)
-    : OxSemiFireWire(std::move(serialNumber), Chipset::OxSemiFireWire944)
+    : OxSemiFireWire(Session::open(std::move(serialNumber), Chipset::OxSemiFireWire944))
 {
 }
 

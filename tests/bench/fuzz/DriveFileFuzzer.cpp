@@ -1,4 +1,4 @@
-#include "platform/bench/Drive.h"
+#include "bench/core/Drive.h"
 
 #include <cstddef>
 #include <cstdint>

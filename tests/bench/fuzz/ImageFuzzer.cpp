@@ -1,4 +1,4 @@
-#include "platform/bench/FirmwareImage.h"
+#include "bench/core/FirmwareImage.h"
 
 #include <cstddef>
 #include <cstdint>

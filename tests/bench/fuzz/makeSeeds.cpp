@@ -1,8 +1,8 @@
 // Writes the seeds of the fuzz targets: makeSeeds FOLDER makes FOLDER/image and FOLDER/drive.
 
-#include "platform/bench/Drive.h"
-#include "platform/bench/Files.h"
-#include "platform/bench/FirmwareImage.h"
+#include "bench/core/Drive.h"
+#include "bench/core/Files.h"
+#include "bench/core/FirmwareImage.h"
 
 #include <cstdio>
 

@@ -1,9 +1,9 @@
-#include "platform/bench/Companion.h"
-#include "platform/bench/SampleBench.h"
-#include "platform/bench/panel/DriveRow.h"
-#include "platform/bench/panel/ElidedLabel.h"
-#include "platform/bench/panel/FaultMenu.h"
-#include "platform/bench/panel/PanelWindow.h"
+#include "bench/core/Companion.h"
+#include "bench/core/SampleBench.h"
+#include "bench/panel/DriveRow.h"
+#include "bench/panel/ElidedLabel.h"
+#include "bench/panel/FaultMenu.h"
+#include "bench/panel/PanelWindow.h"
 #include "tests/bench/TemporaryBench.h"
 
 #include <QCheckBox>

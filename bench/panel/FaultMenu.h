@@ -1,0 +1,35 @@
+#pragma once
+
+#include "bench/core/Fault.h"
+
+#include <QMenu>
+
+namespace bench {
+
+/// The faults of one drive: those that are set are checked. To choose one sets it with a value that shows
+/// what it does, once or until it is cleared; to choose it again clears it.
+class FaultMenu : public QMenu
+{
+    Q_OBJECT
+
+public:
+    explicit FaultMenu(QWidget *parent);
+
+    /// Checks the faults that are set.
+    void showFaults(const QVector<Fault> &faults);
+
+    /// A fault in a few words; the name of one that the menu does not know.
+    static QString title(const Fault &fault);
+
+signals:
+    void faultChosen(const bench::Fault &fault);
+    void faultDropped(const QString &name);
+    void allDropped();
+
+private:
+    QVector<QAction *> choices; ///< in the order of the menu's faults
+    QAction *untilCleared;
+    QAction *clearAll;
+};
+
+} // namespace bench
