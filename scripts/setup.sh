@@ -48,11 +48,11 @@ on_macos() {
 # What a build needs; the arguments are further packages for Debian.
 install_build_tools() {
     if on_macos; then
-        install_formulae cmake ninja qt
+        install_formulae cmake ninja qt sqlite sqlitecpp cli11 nlohmann-json
         CMAKE_PREFIX_PATH="$(brew --prefix qt)${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}"
         export CMAKE_PREFIX_PATH
     elif command -v apt-get >/dev/null; then
-        install_packages g++ cmake ninja-build qt6-base-dev "$@"
+        install_packages g++ cmake ninja-build qt6-base-dev libsqlite3-dev libsqlitecpp-dev libcli11-dev nlohmann-json3-dev "$@"
     else
         fail "neither apt-get nor Homebrew here; install a C++17 compiler, CMake 3.21, Ninja and Qt 6.4 or later" \
             "by hand, then: cmake --preset release && cmake --build --preset release"

@@ -1,78 +1,69 @@
 #pragma once
 
-#include "bench/core/Bench.h"
+#include "bench/core/BenchStore.h"
 
-#include <QHash>
-#include <QString>
-#include <QStringList>
-#include <QVector>
+#include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <string>
 
 namespace bench {
 
-/// What an argument of a command names: decides what is offered for completion.
-enum class Argument { Serial, Model, FaultName, FaultOfDrive, FaultValue, File };
-
-/// An option of a command.
-struct Option
-{
-    QString name; ///< "--rate"
-    QString value; ///< what its value is called; empty for a switch
-    QString description;
-    qint64 minimum = 0; ///< limits of a value that is a whole number; both 0 for any text
-    qint64 maximum = 0;
-};
-
-class CommandLine;
-
-/// One command of drive-bench.
-struct Command
-{
-    QString name; ///< one or two words: "plug", "image build"
-    QString usage; ///< its arguments as its help shows them
-    QString summary; ///< half a line, for the list of commands
-    QString details; ///< what else there is to know; may be empty
-    QString example; ///< a whole command line
-    QVector<Argument> arguments; ///< the last one is repeated for any further argument
-    int minimum; ///< number of arguments
-    int maximum;
-    QVector<Option> options; ///< without --bench and --help, which every command has
-    int (*run)(const CommandLine &line);
-};
-
-/// A parsed command line, as a command gets it.
+/// The command line of drive-bench: the commands and what they share.
 class CommandLine
 {
 public:
-    Bench bench() const;
-    QString benchFolder() const;
-    QStringList arguments() const { return given; }
-    QString argument(int index) const { return given.value(index); }
-    bool has(const char *option) const { return options.contains(QLatin1String(option)); }
-    QString value(const char *option) const { return options.value(QLatin1String(option)); }
-    /// The value of an option that is a number, which was checked against its limits.
-    qint64 number(const char *option, qint64 otherwise) const;
+    CommandLine();
 
-    /// Runs what the arguments say. Returns the exit status: 0, 1 when it was refused, 2 for a wrong usage.
-    static int run(const QVector<Command> &commands, const QStringList &arguments);
+    /// Runs what the arguments say. The exit status: 0, 1 for what was refused, 2 for a wrong usage.
+    int run(int argc, char **argv);
 
-    /// What may stand in the place of the last of the words, one candidate a line.
-    static QStringList complete(const QVector<Command> &commands, const QStringList &words);
+    CLI::App &root() { return app; }
+    const std::string &benchDirectory() const { return directory; }
+    BenchStore openBench() const { return BenchStore(directory); }
+
+    /// Adds a command to `parent`. `summary` begins its help and stands in the list of commands, `details`
+    /// follows and may be empty, `example` is a whole command line.
+    CLI::App *add(CLI::App *parent, const std::string &name, const std::string &summary,
+        const std::string &details, const std::string &example);
 
 private:
-    QStringList given;
-    QHash<QString, QString> options;
+    int explain(const CLI::ParseError &error) const;
+
+    CLI::App app;
+    std::string directory;
 };
 
-/// Prints "drive-bench: " and the line on standard error. Returns 1, the exit status of what was refused.
-int refuse(const QString &line);
+// Each family of commands has a source file of its own.
+void addBenchCommands(CommandLine &line); ///< init, export
+void addListCommands(CommandLine &line); ///< models, list, show
+void addDriveCommands(CommandLine &line); ///< add, remove, plug, unplug, replug, power-cycle
+void addFaultCommands(CommandLine &line); ///< fault, clear
+void addImageCommands(CommandLine &line); ///< image build, image inspect
+void addCompanionCommands(CommandLine &line); ///< companion install, uninstall, start, stop
+void addWatchCommands(CommandLine &line); ///< watch, panel
 
-/// As refuse(), with a hint at the command's help. Returns 2.
-int wrongUsage(const QString &line, const QString &command);
+/// An option that takes a whole number between the limits.
+CLI::Option *addNumber(CLI::App *command, const std::string &name, const std::string &valueName,
+    std::int64_t &number, std::int64_t minimum, std::int64_t maximum, const std::string &description);
+
+/// A wrong usage that only a command can notice.
+class WrongUsage : public CLI::ParseError
+{
+public:
+    explicit WrongUsage(const std::string &line) : ParseError("WrongUsage", line, 2) { }
+};
+
+/// The bytes of the serial number that an argument names: \xNN stands for any byte. Throws WrongUsage.
+std::string serialFrom(const std::string &argument);
+
+/// Throws WrongUsage when the version cannot stand in an image.
+void checkVersion(const std::string &version);
 
 /// Prints on standard output.
-void print(const QString &text);
+void print(const std::string &text);
 
-/// Prints lines about malformed files on standard error.
-void printProblems(const QStringList &problems);
+/// Runs `work`; what it is refused is refused as "cannot <action>: <reason>".
+void attempt(const std::string &action, const std::function<void()> &work);
 
 } // namespace bench

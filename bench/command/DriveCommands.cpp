@@ -1,6 +1,10 @@
+#include "bench/command/CommandLine.h"
+#include "bench/core/DriveLifeCycle.h"
+#include "bench/core/Refused.h"
+#include "bench/core/SampleBench.h"
 #include "bench/core/Text.h"
-#include "bench/command/Commands.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -8,144 +12,136 @@ namespace bench {
 
 namespace {
 
-constexpr qint64 DefaultPause = 3;
-
-/// Runs one change of the drive that the first argument names; `verb` says what it is, for what is refused.
-int change(const CommandLine &line, const QString &verb, bool (Bench::*function)(const QString &, QString *))
+struct AddOptions
 {
-    QString serial;
-    if (!readSerial(line.argument(0), &serial)) {
-        return refuse(QStringLiteral(
-            "cannot %1 \"%2\": it is no serial number; drive-bench list shows those on the bench")
-                          .arg(verb, line.argument(0)));
-    }
-    Bench bench = line.bench();
-    QString reason;
-    if (!(bench.*function)(serial, &reason)) {
-        return refuse(QStringLiteral("cannot %1 %2: %3").arg(verb, line.argument(0), reason));
-    }
-    return 0;
-}
+    std::string model;
+    std::string serial;
+    std::string firmware;
+    std::string configuration;
+    std::int64_t chipset = 0;
+    std::int64_t rate = Drive::DefaultFlashRate;
+    bool unplugged = false;
+};
 
-int remove(const CommandLine &line)
+/// Runs one change of the drive that an argument names; `action` says what it is, for what is refused.
+void change(const CommandLine &line, const std::string &action, const std::string &serial,
+    void (DriveLifeCycle::*function)(const std::string &))
 {
-    return change(line, QStringLiteral("remove"), &Bench::remove);
-}
-
-int plug(const CommandLine &line)
-{
-    return change(line, QStringLiteral("plug in"), &Bench::plug);
-}
-
-int unplug(const CommandLine &line)
-{
-    return change(line, QStringLiteral("unplug"), &Bench::unplug);
+    attempt(action + ' ' + serial, [&] {
+        const std::string bytes = serialFrom(serial);
+        BenchStore store = line.openBench();
+        (DriveLifeCycle(store).*function)(bytes);
+    });
 }
 
 /// Off and, after the pause, on again.
-int restart(const CommandLine &line)
+void restart(const CommandLine &line, const std::string &serial, std::int64_t seconds)
 {
-    const int status = unplug(line);
-    if (status != 0) {
-        return status;
-    }
-    std::this_thread::sleep_for(std::chrono::seconds(line.number("--for", DefaultPause)));
-    return plug(line);
+    change(line, "unplug", serial, &DriveLifeCycle::unplug);
+    std::this_thread::sleep_for(std::chrono::seconds(seconds));
+    change(line, "plug in", serial, &DriveLifeCycle::plug);
 }
 
 /// "TV" and the lowest free number, then the first word of the model's name.
-QString freeSerial(const Bench &bench, const QString &model)
+std::string freeSerial(const std::vector<Drive> &drives, const std::string &model)
 {
-    QStringList ignored;
-    QStringList taken;
-    for (const Drive &drive : bench.drives(&ignored)) {
-        taken.append(drive.serial.left(6));
-    }
-    int number = 1;
-    QString start;
+    std::string beginning;
+    const auto isTaken = [&beginning](const Drive &drive) {
+        return drive.serial.compare(0, beginning.size(), beginning) == 0;
+    };
+    int number = 0;
     do {
-        start = QStringLiteral("TV%1").arg(number++, 4, 10, QLatin1Char('0'));
-    } while (taken.contains(start));
-    return start + model.section(QLatin1Char(' '), 0, 0).toUpper();
+        const std::string digits = std::to_string(++number);
+        beginning = "TV" + std::string(digits.size() < 4 ? 4 - digits.size() : 0, '0') + digits;
+    } while (std::any_of(drives.begin(), drives.end(), isTaken));
+    std::string word = model.substr(0, model.find(' '));
+    std::transform(word.begin(), word.end(), word.begin(), [](char letter) {
+        return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 0x20) : letter;
+    });
+    return beginning + word;
 }
 
-int add(const CommandLine &line)
+void add(const CommandLine &line, const AddOptions &options, bool hasChipset)
 {
-    const QString name = line.argument(0);
-    Bench bench = line.bench();
-    const Model *const model = findModel(name);
+    const Model *const model = findModel(options.model);
     if (model == nullptr) {
-        return refuse(
-            QStringLiteral("cannot add \"%1\": there is no such model; drive-bench models lists them")
-                .arg(name));
+        throw Refused(
+            "cannot add \"" + options.model + "\": there is no such model; drive-bench models lists them");
     }
-    if (!hasVersions(line)) {
-        return wrongUsage(versionRule(), QStringLiteral("add"));
-    }
-    Drive drive;
-    drive.model = model->name;
-    drive.chipset = static_cast<std::int32_t>(line.number("--chipset", model->chipset));
-    drive.plugged = !line.has("--unplugged");
-    drive.flashRate = line.number("--rate", drive.flashRate);
-    drive.flashFirmware = line.has("--firmware") ? line.value("--firmware") : model->newestFirmware;
+    Drive drive = newDrive(*model);
+    drive.chipset = hasChipset ? static_cast<std::int32_t>(options.chipset) : drive.chipset;
+    drive.plugged = !options.unplugged;
+    drive.flashRate = options.rate;
+    drive.flashFirmware = options.firmware.empty() ? drive.flashFirmware : options.firmware;
     drive.flashConfiguration =
-        line.has("--configuration") ? line.value("--configuration") : model->newestConfiguration;
-    if (!line.has("--serial")) {
-        drive.serial = freeSerial(bench, model->name);
-    } else if (!readSerial(line.value("--serial"), &drive.serial)) {
-        return refuse(QStringLiteral("cannot add a drive with the serial number \"%1\": it may hold "
-                                     "characters up to U+00FF and \\xNN for any byte")
-                          .arg(line.value("--serial")));
-    }
-    QString reason;
-    if (!bench.add(drive, &reason)) {
-        return refuse(QStringLiteral("cannot add %1: %2").arg(escaped(drive.serial), reason));
-    }
-    print(escaped(drive.serial) + QLatin1Char('\n'));
-    return 0;
+        options.configuration.empty() ? drive.flashConfiguration : options.configuration;
+    checkVersion(drive.flashFirmware);
+    checkVersion(drive.flashConfiguration);
+    BenchStore store = line.openBench();
+    DriveLifeCycle lifeCycle(store);
+    drive.serial =
+        options.serial.empty() ? freeSerial(lifeCycle.drives(), drive.model) : serialFrom(options.serial);
+    attempt("add " + escaped(drive.serial), [&] { lifeCycle.add(drive); });
+    print(escaped(drive.serial) + '\n');
+}
+
+void addAdd(CommandLine &line)
+{
+    const auto options = std::make_shared<AddOptions>();
+    CLI::App *const command =
+        line.add(&line.root(), "add", "Put a new drive on the bench and print its serial number",
+            "Without --firmware and --configuration the drive is up to date.",
+            "drive-bench add \"Lamina Slim\" --serial TV0042LAMINA --firmware 3.11");
+    command->add_option("MODEL", options->model, "the name of its model")->required();
+    command->add_option("--serial", options->serial, "its serial number; \\xNN stands for any byte")
+        ->type_name("SERIAL");
+    command->add_option("--firmware", options->firmware, "firmware version in its flash")
+        ->type_name("VERSION");
+    command->add_option("--configuration", options->configuration, "configuration revision in its flash")
+        ->type_name("REVISION");
+    const CLI::Option *const chipset =
+        addNumber(command, "--chipset", "CODE", options->chipset, std::numeric_limits<std::int32_t>::min(),
+            std::numeric_limits<std::int32_t>::max(), "code of its bridge, instead of the model's");
+    addNumber(command, "--rate", "BYTES", options->rate, 1, Drive::MaximumFlashRate,
+        "flash rate in bytes a second (16384)");
+    command->add_flag("--unplugged", options->unplugged, "leave it unplugged");
+    command->callback([&line, options, chipset] { add(line, *options, chipset->count() > 0); });
+}
+
+void addChange(CommandLine &line, const std::string &name, const std::string &action,
+    const std::string &summary, const std::string &details,
+    void (DriveLifeCycle::*function)(const std::string &))
+{
+    const auto serial = std::make_shared<std::string>();
+    CLI::App *const command =
+        line.add(&line.root(), name, summary, details, "drive-bench " + name + " TV0001PEBBLE");
+    command->add_option("SERIAL", *serial, "the drive")->required();
+    command->callback([=, &line] { change(line, action, *serial, function); });
+}
+
+void addRestart(CommandLine &line, const std::string &name, const std::string &summary)
+{
+    const auto serial = std::make_shared<std::string>();
+    const auto seconds = std::make_shared<std::int64_t>(3);
+    CLI::App *const command =
+        line.add(&line.root(), name, summary, "", "drive-bench " + name + " TV0002BOLLARD --for 5");
+    command->add_option("SERIAL", *serial, "the drive")->required();
+    addNumber(command, "--for", "SECONDS", *seconds, 0, 3600,
+        "how long it is off (3); the program looks every 2 seconds");
+    command->callback([=, &line] { restart(line, *serial, *seconds); });
 }
 
 } // namespace
 
-QVector<Command> driveCommands()
+void addDriveCommands(CommandLine &line)
 {
-    const QString serial = QStringLiteral("SERIAL");
-    const Option pause{QStringLiteral("--for"), QStringLiteral("SECONDS"),
-        QStringLiteral("how long it is off (3); the program looks every 2 seconds"), 0, 3600};
-    return {
-        {QStringLiteral("add"), QStringLiteral("MODEL"),
-            QStringLiteral("put a new drive on the bench and print its serial number"),
-            QStringLiteral("Without --firmware and --configuration the drive is up to date."),
-            QStringLiteral("drive-bench add \"Lamina Slim\" --serial TV0042LAMINA --firmware 3.11"),
-            {Argument::Model}, 1, 1,
-            {{QStringLiteral("--serial"), serial,
-                 QStringLiteral("its serial number; \\xNN stands for any byte")},
-                {QStringLiteral("--firmware"), QStringLiteral("VERSION"),
-                    QStringLiteral("firmware version in its flash")},
-                {QStringLiteral("--configuration"), QStringLiteral("REVISION"),
-                    QStringLiteral("configuration revision in its flash")},
-                {QStringLiteral("--chipset"), QStringLiteral("CODE"),
-                    QStringLiteral("code of its bridge, instead of the model's"), -2147483647 - 1,
-                    2147483647},
-                {QStringLiteral("--rate"), QStringLiteral("BYTES"),
-                    QStringLiteral("flash rate in bytes a second (16384)"), 1, 1000000000},
-                {QStringLiteral("--unplugged"), QString(), QStringLiteral("leave it unplugged")}},
-            add},
-        {QStringLiteral("remove"), serial, QStringLiteral("take a drive off the bench for good"), QString(),
-            QStringLiteral("drive-bench remove TV0005SKIFF"), {Argument::Serial}, 1, 1, {}, remove},
-        {QStringLiteral("plug"), serial, QStringLiteral("plug a drive in"),
-            QStringLiteral("It runs what is then in its flash."),
-            QStringLiteral("drive-bench plug TV0001PEBBLE"), {Argument::Serial}, 1, 1, {}, plug},
-        {QStringLiteral("unplug"), serial, QStringLiteral("unplug a drive, whatever it is doing"), QString(),
-            QStringLiteral("drive-bench unplug TV0001PEBBLE"), {Argument::Serial}, 1, 1, {}, unplug},
-        {QStringLiteral("replug"), serial, QStringLiteral("unplug a drive and plug it in again"), QString(),
-            QStringLiteral("drive-bench replug TV0001PEBBLE --for 5"), {Argument::Serial}, 1, 1, {pause},
-            restart},
-        {QStringLiteral("power-cycle"), serial,
-            QStringLiteral("switch a drive off and on with its power button"), QString(),
-            QStringLiteral("drive-bench power-cycle TV0002BOLLARD"), {Argument::Serial}, 1, 1, {pause},
-            restart},
-    };
+    addAdd(line);
+    addChange(line, "remove", "remove", "Take a drive off the bench for good", "", &DriveLifeCycle::remove);
+    addChange(line, "plug", "plug in", "Plug a drive in", "It runs what is then in its flash.",
+        &DriveLifeCycle::plug);
+    addChange(line, "unplug", "unplug", "Unplug a drive, whatever it is doing", "", &DriveLifeCycle::unplug);
+    addRestart(line, "replug", "Unplug a drive and plug it in again");
+    addRestart(line, "power-cycle", "Switch a drive off and on with its power button");
 }
 
 } // namespace bench

@@ -1,158 +1,120 @@
-#include "bench/core/Text.h"
-#include "bench/command/Commands.h"
+#include "bench/command/CommandLine.h"
+#include "bench/core/DriveJson.h"
+#include "bench/core/DriveLifeCycle.h"
+#include "bench/core/Refused.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <nlohmann/json.hpp>
 
 namespace bench {
 
 namespace {
 
-const QString FaultCommand = QStringLiteral("fault");
-
-int listFaults(bool asJson)
+struct FaultOptions
 {
-    QJsonArray list;
-    QString text;
-    for (const FaultKind &kind : faultKinds()) {
-        const QString name = QString::fromLatin1(kind.name);
-        const QString value = QString::fromLatin1(kind.valueName);
-        const QString description = QString::fromLatin1(kind.description);
-        const bool optional =
-            kind.value == FaultValue::OptionalNumber || kind.value == FaultValue::OptionalText;
-        const QString shown = optional ? QLatin1Char('[') + value + QLatin1Char(']') : value;
-        text += (name + QLatin1Char(' ') + shown).leftJustified(34) + description + QLatin1Char('\n');
-        list.append(QJsonObject{{QStringLiteral("fault"), name}, {QStringLiteral("value"), shown},
-            {QStringLiteral("description"), description}});
+    std::string serial;
+    std::string fault;
+    std::string value;
+    bool once = false;
+    bool list = false;
+    bool json = false;
+};
+
+void listFaults(bool asJson)
+{
+    Json list = Json::array();
+    std::string text;
+    for (const FaultDescription &kind : faultDescriptions()) {
+        const std::string value =
+            kind.isOptional() ? '[' + std::string(kind.valueName) + ']' : kind.valueName;
+        std::string usage = kind.name + (' ' + value);
+        usage.resize(34, ' ');
+        text += usage + kind.description + '\n';
+        list.push_back({{"fault", kind.name}, {"value", value}, {"description", kind.description}});
     }
-    text += QStringLiteral("\nFIELD is one of %1.\n").arg(faultFields().join(QLatin1String(", ")));
-    print(asJson ? QString::fromUtf8(QJsonDocument(QJsonObject{{QStringLiteral("faults"), list}}).toJson())
-                 : text);
-    return 0;
+    print(asJson ? printed({{"faults", list}}) : text + "\nFIELD is one of " + recordFieldNames() + ".\n");
 }
 
-/// Reads the value that a kind of fault takes. False with what is wrong with it.
-bool readValue(const FaultKind &kind, bool given, const QString &argument, Fault *fault, QString *reason)
+const FaultDescription &kindNamed(const std::string &name)
 {
-    const QString name = QString::fromLatin1(kind.name);
-    const QString valueName = QString::fromLatin1(kind.valueName);
-    const bool optional = kind.value == FaultValue::OptionalNumber || kind.value == FaultValue::OptionalText;
-    if (kind.value == FaultValue::None && given) {
-        *reason = QStringLiteral("%1 takes no value").arg(name);
-        return false;
-    }
-    if (kind.value == FaultValue::None || (optional && !given)) {
-        return true;
-    }
-    if (!given) {
-        *reason = QStringLiteral("%1 needs a value, %2").arg(name, valueName);
-        return false;
-    }
-    bool valid = true;
-    switch (kind.value) {
-    case FaultValue::None:
-        break;
-    case FaultValue::Number:
-    case FaultValue::OptionalNumber:
-        fault->number = argument.toLongLong(
-            &valid, argument.contains(QLatin1String("0x"), Qt::CaseInsensitive) ? 16 : 10);
-        valid = valid && fault->number >= kind.minimum && fault->number <= kind.maximum;
-        *reason = QStringLiteral("%1 needs a whole number from %2 to %3")
-                      .arg(name)
-                      .arg(kind.minimum)
-                      .arg(kind.maximum);
-        break;
-    case FaultValue::Text:
-    case FaultValue::OptionalText:
-        valid = unescape(argument, &fault->text) && !fault->text.isEmpty();
-        *reason =
-            QStringLiteral("%1 needs a text of characters up to U+00FF, with \\xNN for any byte").arg(name);
-        break;
-    case FaultValue::Field:
-        fault->field = argument.section(QLatin1Char('='), 0, 0);
-        valid = argument.contains(QLatin1Char('=')) && faultFields().contains(fault->field)
-            && unescape(argument.section(QLatin1Char('='), 1), &fault->text);
-        *reason =
-            QStringLiteral("%1 needs FIELD=TEXT, where FIELD is one of %2, and \\xNN stands for any byte")
-                .arg(name, faultFields().join(QLatin1String(", ")));
-        break;
-    }
-    return valid;
-}
-
-int setFault(const CommandLine &line)
-{
-    if (line.has("--list")) {
-        return listFaults(line.has("--json"));
-    }
-    if (line.arguments().size() < 2) {
-        return wrongUsage(QStringLiteral("fault needs SERIAL FAULT, or --list"), FaultCommand);
-    }
-    const FaultKind *const kind = findFaultKind(line.argument(1));
+    const FaultDescription *const kind = findFault(name);
     if (kind == nullptr) {
-        return wrongUsage(QStringLiteral("there is no fault \"%1\"; drive-bench fault --list shows them")
-                              .arg(line.argument(1)),
-            FaultCommand);
+        throw WrongUsage("there is no fault \"" + name + "\"; drive-bench fault --list shows them");
     }
-    Fault fault;
-    fault.name = QString::fromLatin1(kind->name);
-    fault.once = line.has("--once");
-    QString reason;
-    if (!readValue(*kind, line.arguments().size() > 2, line.argument(2), &fault, &reason)) {
-        return wrongUsage(reason, FaultCommand);
-    }
-    QString serial;
-    if (!readSerial(line.argument(0), &serial)) {
-        return wrongUsage(QStringLiteral("\"%1\" is no serial number").arg(line.argument(0)), FaultCommand);
-    }
-    if (!line.bench().setFault(serial, fault, &reason)) {
-        return refuse(QStringLiteral("cannot set a fault on %1: %2").arg(line.argument(0), reason));
-    }
-    return 0;
+    return *kind;
 }
 
-int clearFaults(const CommandLine &line)
+void setFault(const CommandLine &line, const FaultOptions &options, bool hasValue)
 {
-    const QString name = line.argument(1);
-    if (line.arguments().size() > 1 && findFaultKind(name) == nullptr) {
-        return wrongUsage(
-            QStringLiteral("there is no fault \"%1\"; drive-bench fault --list shows them").arg(name),
-            QStringLiteral("clear"));
+    if (options.fault.empty()) {
+        throw WrongUsage("fault needs SERIAL FAULT, or --list");
     }
-    QString serial;
-    QString reason;
-    if (!readSerial(line.argument(0), &serial)) {
-        return wrongUsage(
-            QStringLiteral("\"%1\" is no serial number").arg(line.argument(0)), QStringLiteral("clear"));
+    const FaultDescription &kind = kindNamed(options.fault);
+    if (hasValue && kind.value == FaultValue::None) {
+        throw WrongUsage(options.fault + " takes no value");
     }
-    if (!line.bench().clearFault(serial, name, &reason)) {
-        return refuse(QStringLiteral("cannot clear a fault of %1: %2").arg(line.argument(0), reason));
+    Fault fault{kind.kind};
+    try {
+        fault = parseFault(kind, hasValue ? std::optional<std::string>(options.value) : std::nullopt);
+    } catch (const Refused &refused) {
+        throw WrongUsage(refused.what());
     }
-    return 0;
+    fault.once = options.once;
+    const std::string serial = serialFrom(options.serial);
+    attempt("set a fault on " + options.serial, [&] {
+        BenchStore store = line.openBench();
+        DriveLifeCycle(store).setFault(serial, fault);
+    });
+}
+
+void addSet(CommandLine &line)
+{
+    const auto options = std::make_shared<FaultOptions>();
+    CLI::App *const command = line.add(&line.root(), "fault", "Set a fault on a drive, or list all faults",
+        "A fault stays until it is cleared, or with --once until it has had its effect. Numbers may be\n"
+        "written in hexadecimal with 0x.",
+        "drive-bench fault TV0001PEBBLE pulled-out 20000 --once");
+    command->add_option("SERIAL", options->serial, "the drive");
+    command->add_option("FAULT", options->fault, "the name of the fault");
+    const CLI::Option *const value = command->add_option("VALUE", options->value, "what --list says of it");
+    command->add_flag("--once", options->once, "clear it after it has had its effect");
+    command->add_flag("--list", options->list, "list all faults and their values");
+    command->add_flag("--json", options->json, "print that list as JSON");
+    command->callback([=, &line] {
+        if (options->list) {
+            listFaults(options->json);
+        } else {
+            setFault(line, *options, value->count() > 0);
+        }
+    });
+}
+
+void addClear(CommandLine &line)
+{
+    const auto options = std::make_shared<FaultOptions>();
+    CLI::App *const command = line.add(&line.root(), "clear", "Clear a fault of a drive, or all its faults",
+        "", "drive-bench clear TV0001PEBBLE pulled-out");
+    command->add_option("SERIAL", options->serial, "the drive")->required();
+    const CLI::Option *const fault = command->add_option("FAULT", options->fault, "the name of the fault");
+    command->callback([=, &line] {
+        const FaultDescription *const kind = fault->count() > 0 ? &kindNamed(options->fault) : nullptr;
+        const std::string serial = serialFrom(options->serial);
+        attempt("clear a fault of " + options->serial, [&] {
+            BenchStore store = line.openBench();
+            if (kind == nullptr) {
+                DriveLifeCycle(store).clearFaults(serial);
+            } else {
+                DriveLifeCycle(store).clearFault(serial, kind->kind);
+            }
+        });
+    });
 }
 
 } // namespace
 
-QVector<Command> faultCommands()
+void addFaultCommands(CommandLine &line)
 {
-    return {
-        {FaultCommand, QStringLiteral("SERIAL FAULT [VALUE]"),
-            QStringLiteral("set a fault on a drive, or list all faults"),
-            QStringLiteral("A fault stays until it is cleared, or with --once until it has had its effect. "
-                           "Numbers may be\n"
-                           "written in hexadecimal with 0x."),
-            QStringLiteral("drive-bench fault TV0001PEBBLE pulled-out 20000 --once"),
-            {Argument::Serial, Argument::FaultName, Argument::FaultValue}, 0, 3,
-            {{QStringLiteral("--once"), QString(), QStringLiteral("clear it after it has had its effect")},
-                {QStringLiteral("--list"), QString(), QStringLiteral("list all faults and their values")},
-                {QStringLiteral("--json"), QString(), QStringLiteral("print that list as JSON")}},
-            setFault},
-        {QStringLiteral("clear"), QStringLiteral("SERIAL [FAULT]"),
-            QStringLiteral("clear a fault of a drive, or all its faults"), QString(),
-            QStringLiteral("drive-bench clear TV0001PEBBLE pulled-out"),
-            {Argument::Serial, Argument::FaultOfDrive}, 1, 2, {}, clearFaults},
-    };
+    addSet(line);
+    addClear(line);
 }
 
 } // namespace bench

@@ -1,130 +1,155 @@
+#include "bench/command/CommandLine.h"
+#include "bench/core/DriveJson.h"
 #include "bench/core/Files.h"
 #include "bench/core/FirmwareImage.h"
+#include "bench/core/Refused.h"
+#include "bench/core/Sha256.h"
 #include "bench/core/Text.h"
-#include "bench/command/Commands.h"
 
-#include <QCryptographicHash>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
 
 namespace bench {
 
 namespace {
 
-QString digestText(const QByteArray &payload)
+struct BuildOptions
 {
-    return QString::fromLatin1(QCryptographicHash::hash(payload, QCryptographicHash::Sha256).toHex());
+    std::vector<std::string> models;
+    std::string directory = executableDirectory();
+    std::string firmware;
+    std::string configuration;
+    bool quiet = false;
+};
+
+/// Writes all files beside their places first, so that either all of them take their places or none.
+void writeAll(const std::vector<std::pair<std::string, FirmwareImage>> &images)
+{
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const auto draft = [](const std::string &file) { return file + ".new"; };
+    std::string current;
+    try {
+        for (const auto &[file, image] : images) {
+            current = file;
+            if (fs::is_directory(file)) {
+                throw Refused("it is a directory");
+            }
+            writeFile(draft(file), image.encode());
+        }
+    } catch (const Refused &refused) {
+        for (const auto &[file, image] : images) {
+            fs::remove(draft(file), error);
+        }
+        throw Refused(
+            "cannot write " + current + ": " + refused.what() + "; name another directory with --output");
+    }
+    for (const auto &[file, image] : images) {
+        fs::rename(draft(file), file, error);
+        if (error) {
+            throw Refused(
+                "cannot write " + file + ": " + error.message() + "; the directory must be writable");
+        }
+    }
 }
 
-int build(const CommandLine &line)
+void build(const BuildOptions &options)
 {
-    QVector<Model> wanted;
-    for (const QString &name : line.arguments()) {
-        const Model *const model = findModel(name);
-        if (model == nullptr) {
-            return refuse(QStringLiteral(
-                "cannot build an image for \"%1\": there is no such model; drive-bench models lists them")
-                              .arg(name));
-        }
-        wanted.append(*model);
-    }
-    if (wanted.isEmpty()) {
-        wanted = models();
-    }
-    const QString folder = line.has("--output") ? line.value("--output") : executableFolder();
-    if (!hasVersions(line)) {
-        return wrongUsage(versionRule(), QStringLiteral("image build"));
-    }
-    // All of them are written aside before the first takes its place.
-    const QString draftExtension = QStringLiteral(".new");
-    QStringList files;
-    QString problem;
-    for (const Model &model : wanted) {
-        const FirmwareImage image = FirmwareImage::forModel(model,
-            line.has("--firmware") ? line.value("--firmware") : model.newestFirmware,
-            line.has("--configuration") ? line.value("--configuration") : model.newestConfiguration);
-        const QString file = folder + QLatin1Char('/') + model.imageName();
-        QString reason = QStringLiteral("it is a folder");
-        if (isFolder(file) || !writeFile(file + draftExtension, image.encode(), &reason)) {
-            problem =
-                QStringLiteral("cannot write %1: %2; name another folder with --output").arg(file, reason);
-            break;
-        }
-        files.append(file);
-    }
-    for (const QString &file : files) {
-        QString reason;
-        if (!problem.isEmpty()) {
-            removeFile(file + draftExtension, &reason);
-        } else if (!renameFile(file + draftExtension, file, &reason)) {
-            return refuse(
-                QStringLiteral("cannot write %1: %2; the folder must be writable").arg(file, reason));
+    std::vector<const Model *> wanted;
+    for (const std::string &name : options.models) {
+        wanted.push_back(findModel(name));
+        if (wanted.back() == nullptr) {
+            throw Refused("cannot build an image for \"" + name
+                + "\": there is no such model; drive-bench models lists them");
         }
     }
-    if (!problem.isEmpty()) {
-        return refuse(problem);
+    if (wanted.empty()) {
+        for (const Model &model : models()) {
+            wanted.push_back(&model);
+        }
     }
-    if (!line.has("--quiet")) {
-        print(QStringLiteral("%1: %2 images\n").arg(folder, QString::number(wanted.size())));
+    std::vector<std::pair<std::string, FirmwareImage>> images;
+    for (const Model *model : wanted) {
+        const std::string firmware = options.firmware.empty() ? model->newestFirmware : options.firmware;
+        const std::string configuration =
+            options.configuration.empty() ? model->newestConfiguration : options.configuration;
+        checkVersion(firmware);
+        checkVersion(configuration);
+        images.emplace_back(options.directory + '/' + model->imageName(),
+            FirmwareImage::forModel(*model, firmware, configuration));
     }
-    return 0;
+    writeAll(images);
+    if (!options.quiet) {
+        print(options.directory + ": " + std::to_string(images.size()) + " images\n");
+    }
 }
 
-int inspect(const CommandLine &line)
+void inspect(const std::string &file, bool asJson)
 {
-    const QString file = line.argument(0);
     FirmwareImage image;
-    QString reason;
-    if (!FirmwareImage::read(file, &image, &reason)) {
-        return refuse(QStringLiteral("%1: %2; drive-bench image build makes sound ones").arg(file, reason));
+    try {
+        image = FirmwareImage::read(file);
+    } catch (const Refused &refused) {
+        throw Refused(file + ": " + refused.what() + "; drive-bench image build makes sound ones");
     }
-    if (line.has("--json")) {
-        const QJsonObject object{
-            {QStringLiteral("bridge"), bridgeName(image.bridge)},
-            {QStringLiteral("chipset"), image.bridge},
-            {QStringLiteral("firmwareVersion"), image.firmwareVersion},
-            {QStringLiteral("firmwareSize"), static_cast<int>(image.firmware.size())},
-            {QStringLiteral("firmwareDigest"), digestText(image.firmware)},
-            {QStringLiteral("configurationRevision"), image.configurationRevision},
-            {QStringLiteral("configurationSize"), static_cast<int>(image.configuration.size())},
-            {QStringLiteral("configurationDigest"), digestText(image.configuration)},
-        };
-        print(QString::fromUtf8(QJsonDocument(object).toJson()));
-        return 0;
+    const std::string firmwareDigest = hexadecimal(sha256(image.firmware));
+    const std::string configurationDigest = hexadecimal(sha256(image.configuration));
+    if (asJson) {
+        print(printed({{"bridge", bridgeName(image.bridge)}, {"chipset", image.bridge},
+            {"firmwareVersion", textFromBytes(image.firmwareVersion)},
+            {"firmwareSize", image.firmware.size()}, {"firmwareDigest", firmwareDigest},
+            {"configurationRevision", textFromBytes(image.configurationRevision)},
+            {"configurationSize", image.configuration.size()},
+            {"configurationDigest", configurationDigest}}));
+        return;
     }
-    const QString part = QStringLiteral("%1 %2, %3 bytes, SHA-256 %4\n");
-    print(QStringLiteral("bridge         %1\n").arg(bridgeName(image.bridge)));
-    print(part.arg(QStringLiteral("firmware      "), escaped(image.firmwareVersion),
-        QString::number(image.firmware.size()), digestText(image.firmware)));
-    print(part.arg(QStringLiteral("configuration "), escaped(image.configurationRevision),
-        QString::number(image.configuration.size()), digestText(image.configuration)));
-    return 0;
+    print(std::string("bridge         ") + bridgeName(image.bridge) + '\n');
+    print("firmware       " + escaped(image.firmwareVersion) + ", " + std::to_string(image.firmware.size())
+        + " bytes, SHA-256 " + firmwareDigest + '\n');
+    print("configuration  " + escaped(image.configurationRevision) + ", "
+        + std::to_string(image.configuration.size()) + " bytes, SHA-256 " + configurationDigest + '\n');
+}
+
+void addBuild(CommandLine &line, CLI::App *parent)
+{
+    const auto options = std::make_shared<BuildOptions>();
+    CLI::App *const command = line.add(parent, "build", "Write the firmware images of the models",
+        "Without a model, those of all models. They go beside the executable, where the program looks\n"
+        "for them.",
+        "drive-bench image build Pebble --firmware 2.15 --output .");
+    command->add_option("MODEL", options->models, "names of models");
+    command->add_option("--output", options->directory, "write into this directory")->type_name("DIR");
+    command->add_option("--firmware", options->firmware, "instead of the newest firmware version")
+        ->type_name("VERSION");
+    command
+        ->add_option(
+            "--configuration", options->configuration, "instead of the newest configuration revision")
+        ->type_name("REVISION");
+    command->add_flag("--quiet", options->quiet, "print nothing");
+    command->callback([options] { build(*options); });
+}
+
+void addInspect(CommandLine &line, CLI::App *parent)
+{
+    const auto file = std::make_shared<std::string>();
+    const auto asJson = std::make_shared<bool>(false);
+    CLI::App *const command = line.add(parent, "inspect", "Check a firmware image and show what is in it", "",
+        "drive-bench image inspect pebble.tfw");
+    command->add_option("FILE", *file, "the image")->required();
+    command->add_flag("--json", *asJson, "print JSON");
+    command->callback([=] { inspect(*file, *asJson); });
 }
 
 } // namespace
 
-QVector<Command> imageCommands()
+void addImageCommands(CommandLine &line)
 {
-    return {
-        {QStringLiteral("image build"), QStringLiteral("[MODEL...]"),
-            QStringLiteral("write the firmware images of the models"),
-            QStringLiteral("Without a model, those of all models. They go beside the executable, where the "
-                           "program looks\n"
-                           "for them."),
-            QStringLiteral("drive-bench image build Pebble --firmware 2.15 --output ."), {Argument::Model}, 0,
-            1000,
-            {{QStringLiteral("--output"), QStringLiteral("DIR"), QStringLiteral("write into this folder")},
-                {QStringLiteral("--firmware"), QStringLiteral("VERSION"),
-                    QStringLiteral("instead of the newest firmware version")},
-                {QStringLiteral("--configuration"), QStringLiteral("REVISION"),
-                    QStringLiteral("instead of the newest configuration revision")},
-                {QStringLiteral("--quiet"), QString(), QStringLiteral("print nothing")}},
-            build},
-        {QStringLiteral("image inspect"), QStringLiteral("FILE"),
-            QStringLiteral("check a firmware image and show what is in it"), QString(),
-            QStringLiteral("drive-bench image inspect pebble.tfw"), {Argument::File}, 1, 1,
-            {{QStringLiteral("--json"), QString(), QStringLiteral("print JSON")}}, inspect},
-    };
+    CLI::App *const image = line.add(
+        &line.root(), "image", "build or inspect firmware images", "", "drive-bench image build --output .");
+    image->require_subcommand(1);
+    addBuild(line, image);
+    addInspect(line, image);
 }
 
 } // namespace bench

@@ -1,15 +1,17 @@
+#include "bench/command/CommandLine.h"
+#include "bench/core/DriveJson.h"
+#include "bench/core/DriveLifeCycle.h"
 #include "bench/core/Files.h"
+#include "bench/core/Refused.h"
 #include "bench/core/Text.h"
-#include "bench/command/Commands.h"
 
-#include <QDateTime>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QMap>
+#include <nlohmann/json.hpp>
 
 #include <chrono>
 #include <csignal>
-#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <map>
 #include <thread>
 
 #include <unistd.h>
@@ -18,7 +20,8 @@ namespace bench {
 
 namespace {
 
-constexpr std::chrono::milliseconds LookInterval(100);
+constexpr std::chrono::milliseconds PollInterval(100);
+constexpr std::int64_t Year = 365 * 24 * 3600;
 
 volatile std::sig_atomic_t stopped = 0;
 
@@ -27,148 +30,126 @@ void stop(int)
     stopped = 1;
 }
 
-/// What can be told of a bench at one moment, one short text for each thing that can change.
-using Snapshot = QMap<QString, QString>;
+/// What can be told of a bench at one moment, one short text for each thing that can change. The keys are
+/// "<drive>/<number> <what>", so that a change of state prints first.
+using Snapshot = std::map<std::string, std::string>;
 
-QString versions(const QString &firmware, const QString &configuration)
+std::string versions(const std::string &firmware, const std::string &configuration)
 {
-    return firmware.isEmpty()
-        ? QStringLiteral("none")
-        : QStringLiteral("firmware %1, configuration %2").arg(escaped(firmware), escaped(configuration));
+    return firmware.empty() ? "none"
+                            : "firmware " + escaped(firmware) + ", configuration " + escaped(configuration);
 }
 
-/// The keys are "<what>/<serial>" or "host/<what>", so that the drives' changes print in an order that makes
-/// sense: a change of state first.
-Snapshot snapshotOf(const Bench &bench, QStringList *problems)
+Snapshot snapshotOf(const CommandLine &line)
 {
+    BenchStore store = line.openBench();
     Snapshot snapshot;
-    for (const Drive &drive : bench.drives(problems)) {
-        const QString name = escaped(drive.serial);
-        const DriveState state = bench.state(drive);
-        snapshot.insert(name + QStringLiteral("/1 state"), stateText(state));
+    for (const Drive &drive : DriveLifeCycle(store).drives()) {
+        const std::string name = escaped(drive.serial);
+        const DriveState state = drive.state();
+        snapshot[name + "/1 state"] = stateText(state);
         if (state == DriveState::Writing && drive.bytesToWrite > 0) {
-            snapshot.insert(name + QStringLiteral("/2 written"),
-                QStringLiteral("%1% (%2 of %3 bytes)")
-                    .arg(100 * drive.bytesWritten / drive.bytesToWrite)
-                    .arg(drive.bytesWritten)
-                    .arg(drive.bytesToWrite));
+            snapshot[name + "/2 written"] = std::to_string(100 * drive.bytesWritten / drive.bytesToWrite)
+                + "% (" + std::to_string(drive.bytesWritten) + " of " + std::to_string(drive.bytesToWrite)
+                + " bytes)";
         }
-        snapshot.insert(
-            name + QStringLiteral("/3 running"), versions(drive.runningFirmware, drive.runningConfiguration));
-        snapshot.insert(
-            name + QStringLiteral("/4 in flash"), versions(drive.flashFirmware, drive.flashConfiguration));
-        snapshot.insert(name + QStringLiteral("/5 volumes"),
-            drive.mounted ? QStringLiteral("mounted") : QStringLiteral("not mounted"));
-        snapshot.insert(name + QStringLiteral("/6 goes by"), escaped(drive.reportedSerial));
-        QStringList faults;
-        for (const Fault &fault : drive.faults) {
-            faults.append(fault.name);
-        }
-        snapshot.insert(name + QStringLiteral("/7 faults"),
-            faults.isEmpty() ? QStringLiteral("none") : faults.join(QLatin1String(", ")));
+        snapshot[name + "/3 running"] = versions(drive.runningFirmware, drive.runningConfiguration);
+        snapshot[name + "/4 in flash"] = versions(drive.flashFirmware, drive.flashConfiguration);
+        snapshot[name + "/5 volumes"] = drive.mounted ? "mounted" : "not mounted";
+        snapshot[name + "/6 goes by"] = escaped(drive.reportedSerial);
+        snapshot[name + "/7 faults"] = drive.faults.empty() ? "none" : faultNames(drive.faults);
+        snapshot[name + "/8 last update"] = drive.lastUpdateText();
     }
-    const Host host = bench.host(problems);
-    const auto yesNo = [](bool value) { return value ? QStringLiteral("yes") : QStringLiteral("no"); };
-    snapshot.insert(QStringLiteral("host/1 companion installed"), yesNo(host.companionInstalled));
-    snapshot.insert(QStringLiteral("host/2 companion processes"), QString::number(host.processes.size()));
-    snapshot.insert(QStringLiteral("host/3 service submitted"), yesNo(host.serviceSubmitted));
-    snapshot.insert(QStringLiteral("host/4 kernel extension loaded"), yesNo(host.extensionLoaded));
+    const HostState host = Host(store).state();
+    snapshot["host/1 companion installed"] = host.companionInstalled ? "yes" : "no";
+    snapshot["host/2 companion processes"] = std::to_string(host.processes.size());
+    snapshot["host/3 service submitted"] = host.serviceSubmitted ? "yes" : "no";
+    snapshot["host/4 kernel extension loaded"] = host.extensionLoaded ? "yes" : "no";
     return snapshot;
 }
 
-void printChange(const QString &key, const QString &value, bool asJson)
+std::string timeText()
 {
-    const QString time = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-    const int slash = static_cast<int>(key.lastIndexOf(QLatin1Char('/')));
-    const QString who = key.left(slash);
-    const QString what = key.mid(slash + 3);
-    if (asJson) {
-        const QJsonObject object{{QStringLiteral("time"), time}, {QStringLiteral("of"), who},
-            {QStringLiteral("change"), what}, {QStringLiteral("to"), value}};
-        print(QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact)) + QLatin1Char('\n'));
-    } else {
-        print(QStringLiteral("%1  %2  %3: %4\n").arg(time, who, what, value));
-    }
+    const auto moment = std::chrono::system_clock::now();
+    const std::time_t seconds = std::chrono::system_clock::to_time_t(moment);
+    const auto milliseconds =
+        std::chrono::duration_cast<std::chrono::milliseconds>(moment.time_since_epoch()).count() % 1000;
+    std::tm local = {};
+    char text[16] = {};
+    std::strftime(text, sizeof text, "%H:%M:%S", ::localtime_r(&seconds, &local));
+    std::string fraction = std::to_string(milliseconds);
+    fraction.insert(0, 3 - fraction.size(), '0');
+    return text + ('.' + fraction);
+}
+
+void printChange(const std::string &key, const std::string &value, bool asJson)
+{
+    const std::size_t slash = key.rfind('/');
+    const std::string who = key.substr(0, slash);
+    const std::string what = key.substr(slash + 3);
+    const std::string time = timeText();
+    print(asJson ? printed({{"time", time}, {"of", who}, {"change", what}, {"to", value}}, false)
+                 : time + "  " + who + "  " + what + ": " + value + '\n');
     std::fflush(stdout);
 }
 
 void printChanges(const Snapshot &before, const Snapshot &after, bool asJson)
 {
-    for (auto now = after.constBegin(); now != after.constEnd(); ++now) {
-        if (before.value(now.key()) != now.value()) {
-            printChange(now.key(), now.value(), asJson);
+    for (const auto &[key, value] : after) {
+        const auto former = before.find(key);
+        if (former == before.end() || former->second != value) {
+            printChange(key, value, asJson);
         }
     }
-    for (const QString &key : before.keys()) {
-        if (key.endsWith(QStringLiteral("/1 state")) && !after.contains(key)) {
-            printChange(key, QStringLiteral("removed"), asJson);
+    for (const auto &[key, value] : before) {
+        const bool isState = key.size() > 8 && key.compare(key.size() - 8, 8, "/1 state") == 0;
+        if (isState && after.count(key) == 0) {
+            printChange(key, "removed", asJson);
         }
     }
 }
 
-int watch(const CommandLine &line)
+void watch(const CommandLine &line, std::int64_t seconds, bool asJson)
 {
-    const Bench bench = line.bench();
-    QString reason;
-    if (!bench.exists(&reason)) {
-        return refuse(reason);
-    }
     std::signal(SIGINT, stop);
     std::signal(SIGTERM, stop);
-    const auto end =
-        std::chrono::steady_clock::now() + std::chrono::seconds(line.number("--for", 365 * 24 * 3600));
-    QByteArray mark = bench.changeMark();
-    QStringList known;
-    Snapshot before = snapshotOf(bench, &known);
-    printProblems(known);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    Snapshot before = snapshotOf(line);
     while (stopped == 0 && std::chrono::steady_clock::now() < end) {
-        std::this_thread::sleep_for(LookInterval);
-        // The end of a process changes no file: while something is being written or runs, look regardless.
-        const bool processes =
-            before.value(QStringLiteral("host/2 companion processes")) != QLatin1String("0");
-        const bool writing = before.values().contains(stateText(DriveState::Writing));
-        const QByteArray current = bench.changeMark();
-        if (current == mark && !processes && !writing) {
-            continue;
-        }
-        mark = current;
-        QStringList problems;
-        const Snapshot after = snapshotOf(bench, &problems);
-        printChanges(before, after, line.has("--json"));
+        std::this_thread::sleep_for(PollInterval);
+        const Snapshot after = snapshotOf(line);
+        printChanges(before, after, asJson);
         before = after;
-        for (const QString &problem : problems) {
-            if (!known.contains(problem)) {
-                known.append(problem);
-                printProblems({problem});
-            }
-        }
     }
-    return 0;
 }
 
-int panel(const CommandLine &line)
+void addWatch(CommandLine &line)
 {
-    const QByteArray program = (executableFolder() + QStringLiteral("/drive-bench-panel")).toUtf8();
-    const QByteArray folder = line.benchFolder().toUtf8();
-    ::execl(program.constData(), program.constData(), "--bench", folder.constData(), nullptr);
-    return refuse(QStringLiteral("cannot open the panel: %1: %2; build the target drive-bench-panel")
-                      .arg(QString::fromUtf8(program), systemReason()));
+    const auto asJson = std::make_shared<bool>(false);
+    const auto seconds = std::make_shared<std::int64_t>(Year);
+    CLI::App *const command = line.add(&line.root(), "watch", "Print each change on the bench as it happens",
+        "Ends with Ctrl+C.", "drive-bench watch --for 60");
+    command->add_flag("--json", *asJson, "print a JSON object a line");
+    addNumber(command, "--for", "SECONDS", *seconds, 0, Year, "end after so long");
+    command->callback([=, &line] { watch(line, *seconds, *asJson); });
+}
+
+void openPanel(const CommandLine &line)
+{
+    const std::string program = executableDirectory() + "/drive-bench-panel";
+    ::execl(program.c_str(), program.c_str(), "--bench", line.benchDirectory().c_str(), nullptr);
+    throw Refused("cannot open the panel: " + program + ": " + std::strerror(errno)
+        + "; build the target drive-bench-panel");
 }
 
 } // namespace
 
-QVector<Command> watchCommands()
+void addWatchCommands(CommandLine &line)
 {
-    return {
-        {QStringLiteral("watch"), QString(), QStringLiteral("print each change on the bench as it happens"),
-            QStringLiteral("Ends with Ctrl+C."), QStringLiteral("drive-bench watch --for 60"), {}, 0, 0,
-            {{QStringLiteral("--json"), QString(), QStringLiteral("print a JSON object a line")},
-                {QStringLiteral("--for"), QStringLiteral("SECONDS"), QStringLiteral("end after so long"), 0,
-                    365 * 24 * 3600}},
-            watch},
-        {QStringLiteral("panel"), QString(), QStringLiteral("open the window with the bench"), QString(),
-            QStringLiteral("drive-bench panel"), {}, 0, 0, {}, panel},
-    };
+    addWatch(line);
+    CLI::App *const panel =
+        line.add(&line.root(), "panel", "Open the window with the bench", "", "drive-bench panel");
+    panel->callback([&line] { openPanel(line); });
 }
 
 } // namespace bench

@@ -1,117 +1,84 @@
 #include "bench/core/Catalogue.h"
 
+#include <cstdio>
+
 namespace bench {
 
 namespace {
 
-constexpr std::uint16_t Usb = 0x0E7A;
-constexpr std::uint16_t FireWire = 0xC5E2;
-
-struct Bridge
-{
-    std::int32_t code;
-    const char *name;
-};
-
-constexpr Bridge Bridges[] = {
-    {1, "Asm1051"},
-    {2, "Asm1051E"},
-    {3, "Asm1053"},
-    {5, "OxSemiFireWire934"},
-    {6, "OxSemiFireWire944"},
-};
-
-struct Row
-{
-    std::uint16_t vendorId;
-    std::uint16_t productId;
-    const char *name;
-    std::int32_t chipset;
-    Restart restart;
-    const char *body;
-    int pictureSize;
-    const char *newestFirmware;
-    const char *newestConfiguration;
-};
-
 // clang-format off
-constexpr Row Rows[] = {
-    {Usb, 0x1A20, "Pebble",          1, Restart::Unplug,      "rugged mobile",                48,  "2.14", "5"},
-    {Usb, 0x1A21, "Pebble Mini",     1, Restart::Unplug,      "rugged mobile",                48,  "2.14", "5"},
-    {Usb, 0x1A24, "Pebble USB3",     3, Restart::Unplug,      "rugged mobile",                512, "4.03", "8"},
-    {Usb, 0x1A27, "Lamina",          2, Restart::Unplug,      "slim aluminium mobile",        48,  "3.20", "6"},
-    {Usb, 0x1A28, "Lamina Slim",     2, Restart::Unplug,      "slim aluminium mobile",        48,  "3.20", "6"},
-    {Usb, 0x1A2B, "Lamina Slim SSD", 3, Restart::Unplug,      "slim aluminium mobile",        512, "4.05", "9"},
-    {Usb, 0x1A2E, "Skiff",           1, Restart::Unplug,      "small round-cornered mobile",  48,  "2.11", "4"},
-    {Usb, 0x1A2F, "Skiff Go",        2, Restart::Unplug,      "small round-cornered mobile",  48,  "3.18", "6"},
-    {Usb, 0x1A33, "Harbour",         3, Restart::Unplug,      "desktop",                      48,  "4.03", "8"},
-    {Usb, 0x1A35, "Harbour Mini",    1, Restart::Unplug,      "desktop",                      48,  "2.14", "5"},
-    {Usb, 0x1A38, "Harbour Duo",     3, Restart::Unplug,      "two-bay desktop",              48,  "4.07", "11"},
-    {Usb, 0x1A3C, "Bollard",         1, Restart::PowerButton, "desktop with power button",    48,  "2.16", "7"},
-    {Usb, 0x1A3D, "Bollard USB3",    3, Restart::PowerButton, "desktop with power button",    48,  "4.06", "10"},
-    {Usb, 0x1A41, "Bollard Duo",     2, Restart::PowerButton, "two-bay with power button",    48,  "3.22", "8"},
-    {Usb, 0x1A46, "Breakwater",      3, Restart::PowerButton, "two-bay with power button",    512, "4.07", "12"},
-    {Usb, 0x1A4D, "Breakwater Max",  3, Restart::PowerButton, "two-bay with power button",    48,  "4.08", "12"},
-    {FireWire, 0, "Pebble Triple",              5, Restart::NotNeeded, "rugged mobile with FireWire ports", 48,  "1.31", "3"},
-    {FireWire, 0, "Harbour FireWire",           5, Restart::NotNeeded, "desktop with FireWire ports",       48,  "1.31", "3"},
-    {FireWire, 0, "Harbour (FireWire 800)",     6, Restart::NotNeeded, "desktop with FireWire ports",       48,  "1.52", "4"},
-    {FireWire, 0, "Bollard Duo (FireWire 800)", 6, Restart::NotNeeded, "two-bay with FireWire ports",       512, "1.54", "5"},
-    {FireWire, 0, "breakwater Mk II",           6, Restart::NotNeeded, "two-bay with FireWire ports",       48,  "1.54", "5"},
-};
+constexpr std::array<Model, 21> Models = {{
+    {Vendor::Usb, 0x1A20, "Pebble",          Chipset::Asm1051, Restart::Unplug,      "rugged mobile",                48,  "2.14", "5"},
+    {Vendor::Usb, 0x1A21, "Pebble Mini",     Chipset::Asm1051, Restart::Unplug,      "rugged mobile",                48,  "2.14", "5"},
+    {Vendor::Usb, 0x1A24, "Pebble USB3",     Chipset::Asm1053, Restart::Unplug,      "rugged mobile",                512, "4.03", "8"},
+    {Vendor::Usb, 0x1A27, "Lamina",          Chipset::Asm1051E, Restart::Unplug,      "slim aluminium mobile",        48,  "3.20", "6"},
+    {Vendor::Usb, 0x1A28, "Lamina Slim",     Chipset::Asm1051E, Restart::Unplug,      "slim aluminium mobile",        48,  "3.20", "6"},
+    {Vendor::Usb, 0x1A2B, "Lamina Slim SSD", Chipset::Asm1053, Restart::Unplug,      "slim aluminium mobile",        512, "4.05", "9"},
+    {Vendor::Usb, 0x1A2E, "Skiff",           Chipset::Asm1051, Restart::Unplug,      "small round-cornered mobile",  48,  "2.11", "4"},
+    {Vendor::Usb, 0x1A2F, "Skiff Go",        Chipset::Asm1051E, Restart::Unplug,      "small round-cornered mobile",  48,  "3.18", "6"},
+    {Vendor::Usb, 0x1A33, "Harbour",         Chipset::Asm1053, Restart::Unplug,      "desktop",                      48,  "4.03", "8"},
+    {Vendor::Usb, 0x1A35, "Harbour Mini",    Chipset::Asm1051, Restart::Unplug,      "desktop",                      48,  "2.14", "5"},
+    {Vendor::Usb, 0x1A38, "Harbour Duo",     Chipset::Asm1053, Restart::Unplug,      "two-bay desktop",              48,  "4.07", "11"},
+    {Vendor::Usb, 0x1A3C, "Bollard",         Chipset::Asm1051, Restart::PowerButton, "desktop with power button",    48,  "2.16", "7"},
+    {Vendor::Usb, 0x1A3D, "Bollard USB3",    Chipset::Asm1053, Restart::PowerButton, "desktop with power button",    48,  "4.06", "10"},
+    {Vendor::Usb, 0x1A41, "Bollard Duo",     Chipset::Asm1051E, Restart::PowerButton, "two-bay with power button",    48,  "3.22", "8"},
+    {Vendor::Usb, 0x1A46, "Breakwater",      Chipset::Asm1053, Restart::PowerButton, "two-bay with power button",    512, "4.07", "12"},
+    {Vendor::Usb, 0x1A4D, "Breakwater Max",  Chipset::Asm1053, Restart::PowerButton, "two-bay with power button",    48,  "4.08", "12"},
+    {Vendor::FireWire, 0, "Pebble Triple",              Chipset::OxSemiFireWire934, Restart::NotNeeded, "rugged mobile with FireWire ports", 48,  "1.31", "3"},
+    {Vendor::FireWire, 0, "Harbour FireWire",           Chipset::OxSemiFireWire934, Restart::NotNeeded, "desktop with FireWire ports",       48,  "1.31", "3"},
+    {Vendor::FireWire, 0, "Harbour (FireWire 800)",     Chipset::OxSemiFireWire944, Restart::NotNeeded, "desktop with FireWire ports",       48,  "1.52", "4"},
+    {Vendor::FireWire, 0, "Bollard Duo (FireWire 800)", Chipset::OxSemiFireWire944, Restart::NotNeeded, "two-bay with FireWire ports",       512, "1.54", "5"},
+    {Vendor::FireWire, 0, "breakwater Mk II",           Chipset::OxSemiFireWire944, Restart::NotNeeded, "two-bay with FireWire ports",       48,  "1.54", "5"},
+}};
 // clang-format on
-
-Model fromRow(const Row &row)
-{
-    return {row.vendorId, row.productId, QString::fromLatin1(row.name), row.chipset, row.restart,
-        QString::fromLatin1(row.body), row.pictureSize, QString::fromLatin1(row.newestFirmware),
-        QString::fromLatin1(row.newestConfiguration)};
-}
 
 } // namespace
 
-QString Model::imageName() const
+const char *restartText(Restart restart)
 {
-    QString stem;
-    for (const QChar letter : name.toLower()) {
-        const bool kept = (letter >= QLatin1Char('a') && letter <= QLatin1Char('z'))
-            || (letter >= QLatin1Char('0') && letter <= QLatin1Char('9'));
-        if (kept) {
-            stem += letter;
-        } else if (!stem.isEmpty() && !stem.endsWith(QLatin1Char('-'))) {
-            stem += QLatin1Char('-');
+    switch (restart) {
+    case Restart::Unplug:
+        return "unplug";
+    case Restart::PowerButton:
+        return "power button";
+    case Restart::NotNeeded:
+        break;
+    }
+    return "not needed";
+}
+
+std::string Model::imageName() const
+{
+    std::string stem;
+    for (const char *letter = name; *letter != '\0'; ++letter) {
+        const bool isUpper = *letter >= 'A' && *letter <= 'Z';
+        const char lower = isUpper ? static_cast<char>(*letter + 'a' - 'A') : *letter;
+        if ((lower >= 'a' && lower <= 'z') || (lower >= '0' && lower <= '9')) {
+            stem += lower;
+        } else if (!stem.empty() && stem.back() != '-') {
+            stem += '-';
         }
     }
-    if (stem.endsWith(QLatin1Char('-'))) {
-        stem.chop(1);
+    if (stem.back() == '-') {
+        stem.pop_back();
     }
-    return stem + QStringLiteral(".tfw");
+    return stem + ".tfw";
 }
 
-QString Model::picture() const
+std::string Model::picture() const
 {
-    if (isFireWire()) {
-        return QStringLiteral(":/firmwareUpdater/device/0xC5E2/%1.png").arg(name);
-    }
-    return QStringLiteral(":/firmwareUpdater/device/0x0E7A/%1.png")
-        .arg(QString::number(productId, 16).toUpper(), 4, QLatin1Char('0'));
+    const std::string directory = ":/firmwareUpdater/device/" + hexadecimalId(vendorId) + "/";
+    return directory + (isFireWire() ? name : hexadecimalId(productId).substr(2)) + ".png";
 }
 
-const QVector<Model> &models()
+const std::array<Model, 21> &models()
 {
-    // Never freed: the discovery thread may still look into it while the process ends.
-    static const auto *const all = [] {
-        auto *const list = new QVector<Model>;
-        for (const Row &row : Rows) {
-            list->append(fromRow(row));
-        }
-        return list;
-    }();
-    return *all;
+    return Models;
 }
 
-const Model *findModel(const QString &name)
+const Model *findModel(const std::string &name)
 {
-    for (const Model &model : models()) {
+    for (const Model &model : Models) {
         if (model.name == name) {
             return &model;
         }
@@ -119,14 +86,29 @@ const Model *findModel(const QString &name)
     return nullptr;
 }
 
-QString bridgeName(std::int32_t chipset)
+const char *bridgeName(std::int32_t chipset)
 {
-    for (const Bridge &bridge : Bridges) {
-        if (bridge.code == chipset) {
-            return QString::fromLatin1(bridge.name);
-        }
+    switch (chipset) {
+    case Chipset::Asm1051:
+        return "Asm1051";
+    case Chipset::Asm1051E:
+        return "Asm1051E";
+    case Chipset::Asm1053:
+        return "Asm1053";
+    case Chipset::OxSemiFireWire934:
+        return "OxSemiFireWire934";
+    case Chipset::OxSemiFireWire944:
+        return "OxSemiFireWire944";
+    default:
+        return "none";
     }
-    return QStringLiteral("none");
+}
+
+std::string hexadecimalId(std::uint16_t number)
+{
+    char text[8];
+    std::snprintf(text, sizeof text, "0x%04X", static_cast<unsigned>(number));
+    return text;
 }
 
 } // namespace bench

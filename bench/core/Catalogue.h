@@ -1,42 +1,50 @@
 #pragma once
 
-#include <QString>
-#include <QVector>
+#include "devices/DeviceInfo.h"
 
+#include <array>
 #include <cstdint>
+#include <string>
 
 namespace bench {
 
 /// How a person restarts a drive of a model after an update.
 enum class Restart { Unplug, PowerButton, NotNeeded };
 
+/// The way of restarting in a few words, for a person.
+const char *restartText(Restart restart);
+
 /// One model of the maker's drives.
 struct Model
 {
-    std::uint16_t vendorId; ///< 0x0E7A on USB, 0xC5E2 on FireWire
+    std::uint16_t vendorId; ///< a code of namespace Vendor
     std::uint16_t productId; ///< USB product ID; 0 for a FireWire drive
-    QString name; ///< as the drive reports it
-    std::int32_t chipset; ///< code of the bridge
+    const char *name; ///< as the drive reports it
+    std::int32_t chipset; ///< a code of namespace Chipset
     Restart restart;
-    QString body; ///< what the drive looks like, in a few words
+    const char *body; ///< what the drive looks like, in a few words
     int pictureSize; ///< width and height of its picture in pixels
-    QString newestFirmware; ///< firmware version in the image that belongs to this release
-    QString newestConfiguration; ///< configuration revision in that image
+    const char *newestFirmware; ///< firmware version in the image that belongs to this release
+    const char *newestConfiguration; ///< configuration revision in that image
 
-    bool isFireWire() const { return restart == Restart::NotNeeded; }
+    bool isFireWire() const { return vendorId == Vendor::FireWire; }
+    const char *busName() const { return isFireWire() ? "FireWire" : "USB"; }
     /// File name of the firmware image, for example "harbour-firewire-800.tfw".
-    QString imageName() const;
+    std::string imageName() const;
     /// Path of the picture in the program's resource collection.
-    QString picture() const;
+    std::string picture() const;
 };
 
 /// All models, USB ones by product ID, then FireWire ones.
-const QVector<Model> &models();
+const std::array<Model, 21> &models();
 
 /// The model of exactly that name, null when there is none.
-const Model *findModel(const QString &name);
+const Model *findModel(const std::string &name);
 
 /// Name of the bridge with that code ("Asm1051E"); "none" for a code without an updater.
-QString bridgeName(std::int32_t chipset);
+const char *bridgeName(std::int32_t chipset);
+
+/// The number as 0x and four upper-case hexadecimal digits.
+std::string hexadecimalId(std::uint16_t number);
 
 } // namespace bench

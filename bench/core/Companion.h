@@ -1,40 +1,38 @@
 #pragma once
 
-#include "bench/core/Bench.h"
+#include "bench/core/BenchStore.h"
 
-#include <QString>
+#include <string>
 
 namespace bench {
 
 /**
  * The companion product on the host of a bench: its installation, and processes that stand for its
- * applications and its service.
- *
- * Functions return false when they are refused and then say in `reason`, in one line, what was refused, why,
- * and what would work. Any process may call them, on any thread.
+ * applications and its service. Any process may call, on any thread. Throws Refused.
  */
 class Companion
 {
 public:
-    explicit Companion(const QString &benchFolder);
+    /// `store` outlives this.
+    explicit Companion(BenchStore &store, std::string benchDirectory);
 
-    bool install(QString *reason);
+    void install();
     /// Stops it first.
-    bool uninstall(QString *reason);
+    void uninstall();
     /// Starts its processes: `tool` is the path of the host-tool executable.
-    bool start(const QString &tool, QString *reason);
-    bool stop(QString *reason);
+    void start(const std::string &tool);
+    void stop();
 
     /// Starts one process in the place of `command` and waits until the host lists it.
-    bool startProcess(const QString &tool, const QString &command, QString *reason);
-    /// Makes the calling process stand for `command`: it is listed, and this returns when the process is to
-    /// end because it was taken off the list or the bench is gone.
-    void runAsProcess(const QString &command);
+    void startProcess(const std::string &tool, const std::string &command);
 
 private:
-    void removeStaleFiles();
-
-    Bench bench;
+    BenchStore &store;
+    const std::string directory;
 };
+
+/// Makes the calling process stand for `command` on the bench in that directory: it is listed, and this
+/// returns when it was taken off the list. Refused when the bench is gone.
+void standFor(const std::string &command, const std::string &benchDirectory);
 
 } // namespace bench

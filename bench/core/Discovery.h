@@ -1,31 +1,32 @@
 #pragma once
 
+#include "bench/core/BenchStore.h"
 #include "bench/core/Drive.h"
-#include "bench/core/DriveRecord.h"
+#include "devices/DeviceInfo.h"
 
-#include <QString>
-#include <QVector>
+#include <string>
+#include <vector>
 
-#include <cstdint>
-
-/// What discovery makes of drives; their files are left to Bench.
 namespace bench {
 
-/// What discovery reports of each of these drives, plugged in or not. `imageFolder`: where the firmware
-/// images lie that decide what is up to date.
-QVector<DriveRecord> recordsOf(const QVector<Drive> &drives, const QString &imageFolder);
+/// What the maker's discovery library reports of the drives of a bench. The texts of the records are bytes.
+class Discovery
+{
+public:
+    /// `store` outlives this. `imageDirectory`: where the firmware images lie that decide what is up to date.
+    Discovery(BenchStore &store, std::string imageDirectory);
 
-/// What one query reports: a record for each drive that is plugged in and answers, and a second one where a
-/// fault asks for it.
-QVector<DriveRecord> recordsOfQuery(const QVector<Drive> &drives, const QString &imageFolder);
+    /// One query: a record for each drive that is plugged in and answers. Counts as a query, uses up faults
+    /// that are set for once, and takes the time that slow probes take: the calling thread sleeps.
+    std::vector<DeviceInfo> query();
 
-/// How long a query of these drives takes beyond the reading of their files.
-std::int64_t probeMilliseconds(const QVector<Drive> &drives);
+    /// What discovery would report of each of these drives now, plugged in or not, without counting as a
+    /// query.
+    std::vector<DeviceInfo> records(const std::vector<Drive> &drives) const;
 
-/// True when a query changes the drive: it is counted, or uses up a fault.
-bool isChangedByQuery(const Drive &drive);
-
-/// Makes that change.
-void countQuery(Drive *drive);
+private:
+    BenchStore &store;
+    const std::string imageDirectory;
+};
 
 } // namespace bench

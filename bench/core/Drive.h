@@ -3,66 +3,110 @@
 #include "bench/core/Catalogue.h"
 #include "bench/core/Fault.h"
 
-#include <QByteArray>
-#include <QJsonObject>
-#include <QString>
-#include <QVector>
-
 #include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
 
 namespace bench {
 
-/**
- * One drive of a bench, as its file says: a plain value.
- *
- * Texts hold code points U+0000 to U+00FF only, one for each byte that the drive reports.
- */
+enum class DriveState {
+    Unplugged,
+    Silent, ///< plugged in and does not come up
+    Writing, ///< its flash is being written; the progress is in the drive
+    BootRom, ///< its flash is incomplete: it enumerates with unknown statuses and can be flashed
+    RestartNeeded, ///< its flash holds another version than it runs
+    Ready,
+};
+
+/// The state in a few words, for a person.
+const char *stateText(DriveState state);
+
+/// One drive of a bench: a plain value. Serial numbers and versions are bytes; times are milliseconds since
+/// 1970.
 struct Drive
 {
-    QString serial; ///< its identity on the bench, and the name of its files
-    QString model; ///< name of a model of the catalogue
-    std::int32_t chipset = 0; ///< code of its bridge; 0 for one without an updater
+    std::int64_t id = 0; ///< of its row in the database
+    std::string serial; ///< its identity on the bench
+    std::string model; ///< name of a model of the catalogue
+    std::int32_t chipset = Chipset::NotSupported; ///< its bridge
     bool plugged = true; ///< attached and powered
     bool answers = true; ///< false while it is plugged in and does not come up
-    QString reportedSerial; ///< serial number that it goes by since its power-up
-    QString runningFirmware; ///< version in flash at power-up; empty in the boot ROM
-    QString runningConfiguration;
-    bool bootRom = false; ///< powered up with a torn flash: runs nothing but its boot ROM
-    QString flashFirmware; ///< version in flash now; empty when torn
-    QString flashConfiguration;
-    bool torn = false; ///< the flash is being written, or its writing was cut short
+    std::string reportedSerial; ///< serial number that it goes by since its power-up
+    std::string runningFirmware; ///< version in flash at power-up; empty in the boot ROM
+    std::string runningConfiguration;
+    bool bootRom = false; ///< powered up with an incomplete flash: runs nothing but its boot ROM
+    std::string flashFirmware; ///< version in flash now; empty when incomplete
+    std::string flashConfiguration;
+    bool incomplete = false; ///< the flash is being written, or its writing was cut short
     std::int64_t bytesWritten = 0; ///< progress of the last flash
     std::int64_t bytesToWrite = 0;
     bool mounted = true; ///< its volumes are
     std::int64_t flashRate = DefaultFlashRate; ///< bytes written a second
     std::int64_t powerUps = 0; ///< counts each time that it was plugged in
-    std::int64_t pluggedAt = 0; ///< milliseconds since 1970
+    std::int64_t pluggedAt = 0;
+    std::int64_t unpluggedAt = 0; ///< 0 for a drive that was never unplugged
     std::int64_t queries = 0; ///< times that it was asked since power-up, counted while that matters
-    QVector<Fault> faults;
+    std::int64_t flashes = 0; ///< counts each time that writing of its flash began
+    std::int64_t heartbeat = 0; ///< when whoever writes the flash was last seen; 0 when nobody does
+    std::string lastUpdate; ///< "succeeded" or "failed: " and why, in UTF-8; empty for none
+    std::int64_t lastUpdateAt = 0;
+    std::vector<Fault> faults;
 
     static constexpr std::int64_t DefaultFlashRate = 16 * 1024;
+    static constexpr std::int64_t MaximumFlashRate = 1000 * 1000 * 1000;
 
     /// The model's row in the catalogue.
     const Model &catalogueModel() const;
-
-    /// The drive's file, as an object and as the bytes of the file.
-    QJsonObject toJson() const;
-    QByteArray encode() const;
-
-    /// Reads a drive's file. False with "line:column: reason" when anything in it is not as it must be;
-    /// `drive` is then untouched.
-    static bool decode(const QByteArray &file, Drive *drive, QString *problem);
-
-    /// Removes the fault of that name; true when there was one.
-    bool clearFault(const QString &name);
-
-    /// Removes a fault set for once, after it has had its effect.
-    void faultHadEffect(const char *name);
+    DriveState state() const;
+    /// The state and, while the flash is written, how far that is: "being written 42%".
+    std::string progressText() const;
+    /// When and how the last update ended: "failed: the drive was pulled out, at 14:02"; empty for none.
+    std::string lastUpdateText() const;
 };
 
-bool operator==(const Drive &left, const Drive &right);
+/// Refused as an invalid drive when a field is outside its limits or the model is not in the catalogue.
+void check(const Drive &drive);
 
-/// The bare name, without extension, of the files of the drive with that serial number.
-QString fileNameFor(const QString &serial);
+/// Milliseconds since 1970.
+std::int64_t now();
+
+/**
+ * Calls the visitor for each stored field of a drive but its faults, in the order of the struct, with its
+ * name: number(name, field, minimum, maximum), flag(name, field), bytes(name, field) or text(name, field).
+ *
+ * The one list of fields for the database, for JSON and for the limits.
+ */
+template <typename SomeDrive, typename Visitor>
+void visitFields(SomeDrive &drive, Visitor &visitor)
+{
+    constexpr std::int64_t Zero = 0;
+    constexpr std::int64_t Largest = std::int64_t(1) << 53; // what JSON carries exactly
+    visitor.bytes("serial", drive.serial);
+    visitor.bytes("model", drive.model);
+    visitor.number("chipset", drive.chipset, std::numeric_limits<std::int32_t>::min(),
+        std::numeric_limits<std::int32_t>::max());
+    visitor.flag("plugged", drive.plugged);
+    visitor.flag("answers", drive.answers);
+    visitor.bytes("reportedSerial", drive.reportedSerial);
+    visitor.bytes("runningFirmware", drive.runningFirmware);
+    visitor.bytes("runningConfiguration", drive.runningConfiguration);
+    visitor.flag("bootRom", drive.bootRom);
+    visitor.bytes("flashFirmware", drive.flashFirmware);
+    visitor.bytes("flashConfiguration", drive.flashConfiguration);
+    visitor.flag("incomplete", drive.incomplete);
+    visitor.number("bytesWritten", drive.bytesWritten, Zero, Largest);
+    visitor.number("bytesToWrite", drive.bytesToWrite, Zero, Largest);
+    visitor.flag("mounted", drive.mounted);
+    visitor.number("flashRate", drive.flashRate, std::int64_t(1), Drive::MaximumFlashRate);
+    visitor.number("powerUps", drive.powerUps, Zero, Largest);
+    visitor.number("pluggedAt", drive.pluggedAt, Zero, Largest);
+    visitor.number("unpluggedAt", drive.unpluggedAt, Zero, Largest);
+    visitor.number("queries", drive.queries, Zero, Largest);
+    visitor.number("flashes", drive.flashes, Zero, Largest);
+    visitor.number("heartbeat", drive.heartbeat, Zero, Largest);
+    visitor.text("lastUpdate", drive.lastUpdate);
+    visitor.number("lastUpdateAt", drive.lastUpdateAt, Zero, Largest);
+}
 
 } // namespace bench

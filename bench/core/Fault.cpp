@@ -1,106 +1,232 @@
 #include "bench/core/Fault.h"
 
+#include "bench/core/Refused.h"
+#include "bench/core/Text.h"
+
+#include <algorithm>
 #include <limits>
 
 namespace bench {
 
 namespace {
 
-constexpr qint64 Smallest = std::numeric_limits<std::int32_t>::min();
-constexpr qint64 Largest = std::numeric_limits<std::int32_t>::max();
-constexpr qint64 Minute = 60000;
+constexpr std::int64_t Smallest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int64_t Largest = std::numeric_limits<std::int32_t>::max();
+constexpr std::int64_t Minute = 60000;
 
-} // namespace
+// In the order of the enumerators.
+// clang-format off
+constexpr std::array<FaultDescription, 19> Descriptions = {{
+    {FaultKind::SlowProbe, "slow-probe", FaultValue::Number, "MILLISECONDS", UsedUpBy::Query, "each query takes so much longer", 0, Minute},
+    {FaultKind::SettleQueries, "settle-queries", FaultValue::Number, "QUERIES", UsedUpBy::Settling, "statuses stay undetermined for so many queries after power-up", 0, Largest},
+    {FaultKind::SettleTime, "settle-time", FaultValue::Number, "MILLISECONDS", UsedUpBy::Settling, "statuses stay undetermined for so long after power-up", 0, Largest},
+    {FaultKind::NeverSettles, "never-settles", FaultValue::None, "", UsedUpBy::Unplugging, "statuses stay undetermined for ever"},
+    {FaultKind::FlashError, "flash-error", FaultValue::Number, "BYTES", UsedUpBy::Striking, "writing fails after so many bytes; the flash stays incomplete", 0, Largest},
+    {FaultKind::VerifyError, "verify-error", FaultValue::None, "", UsedUpBy::Striking, "what is read back is not what was written; the flash stays incomplete"},
+    {FaultKind::PulledOut, "pulled-out", FaultValue::Number, "BYTES", UsedUpBy::Striking, "the drive is unplugged after so many bytes; the flash stays incomplete", 0, Largest},
+    {FaultKind::WrongImage, "wrong-image", FaultValue::None, "", UsedUpBy::ImageCheck, "discovery names an image for another bridge, which is refused"},
+    {FaultKind::TruncatedImage, "truncated-image", FaultValue::OptionalNumber, "BYTES", UsedUpBy::ImageCheck, "the updater sees only so many bytes of the image (1000) and refuses it", 1, Largest},
+    {FaultKind::UnmountReturns, "unmount-returns", FaultValue::Number, "VALUE", UsedUpBy::Unmounting, "volumes stay mounted and the unmount returns this value", Smallest, Largest},
+    {FaultKind::NoReturn, "no-return", FaultValue::None, "", UsedUpBy::PowerUp, "the drive does not answer after it was plugged in"},
+    {FaultKind::NewSerial, "new-serial", FaultValue::Text, "SERIAL", UsedUpBy::PowerUp, "the drive comes back with this serial number"},
+    {FaultKind::DuplicateSerial, "duplicate-serial", FaultValue::OptionalText, "SERIAL", UsedUpBy::Query, "the drive reports this serial number of another; without one it is listed twice"},
+    {FaultKind::FirmwareStatus, "firmware-status", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this firmware status", Smallest, Largest},
+    {FaultKind::ConfigurationStatus, "configuration-status", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this configuration status", Smallest, Largest},
+    {FaultKind::Chipset, "chipset", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this bridge", Smallest, Largest},
+    {FaultKind::VendorId, "vendor-id", FaultValue::Number, "ID", UsedUpBy::Query, "discovery reports this vendor ID", 0, 0xFFFF},
+    {FaultKind::ProductId, "product-id", FaultValue::Number, "ID", UsedUpBy::Query, "discovery reports this product ID", 0, 0xFFFF},
+    {FaultKind::Text, "text", FaultValue::Field, "FIELD=TEXT", UsedUpBy::Query, "discovery reports this text; \\xNN stands for any byte"},
+}};
 
-const QVector<FaultKind> &faultKinds()
+constexpr std::array<RecordField, 7> Fields = {{
+    {"auxiliaryText1", &DeviceInfo::auxiliaryText1},
+    {"modelName", &DeviceInfo::modelName},
+    {"serialNumber", &DeviceInfo::serialNumber},
+    {"auxiliaryText2", &DeviceInfo::auxiliaryText2},
+    {"firmwareVersion", &DeviceInfo::firmwareVersion},
+    {"firmwareFileName", &DeviceInfo::firmwareFileName},
+    {"newFirmwareVersion", &DeviceInfo::newFirmwareVersion},
+}};
+// clang-format on
+
+/// What a kind of fault takes, for a person.
+std::string valueRule(const FaultDescription &kind)
 {
-    // Never freed: the discovery thread may still look into it while the process ends.
-    // clang-format off
-    static const auto *const kinds = new QVector<FaultKind>{
-        {"slow-probe", FaultValue::Number, "MILLISECONDS", "each query takes so much longer", 0, Minute},
-        {"settle-queries", FaultValue::Number, "QUERIES", "statuses stay undetermined for so many queries after power-up", 0, Largest},
-        {"settle-time", FaultValue::Number, "MILLISECONDS", "statuses stay undetermined for so long after power-up", 0, Largest},
-        {"never-settles", FaultValue::None, "", "statuses stay undetermined for ever"},
-        {"flash-error", FaultValue::Number, "BYTES", "writing fails after so many bytes; the flash is torn", 0, Largest},
-        {"verify-error", FaultValue::None, "", "what is read back is not what was written; the flash is torn"},
-        {"pulled-out", FaultValue::Number, "BYTES", "the drive is unplugged after so many bytes; the flash is torn", 0, Largest},
-        {"wrong-image", FaultValue::None, "", "discovery names an image for another bridge, which is refused"},
-        {"truncated-image", FaultValue::OptionalNumber, "BYTES", "the updater sees only so many bytes of the image (1000) and refuses it", 1, Largest},
-        {"unmount-returns", FaultValue::Number, "VALUE", "volumes stay mounted and the unmount returns this value", Smallest, Largest},
-        {"no-return", FaultValue::None, "", "the drive does not answer after it was plugged in"},
-        {"new-serial", FaultValue::Text, "SERIAL", "the drive comes back with this serial number"},
-        {"duplicate-serial", FaultValue::OptionalText, "SERIAL", "the drive reports this serial number of another; without one it is listed twice"},
-        {"firmware-status", FaultValue::Number, "CODE", "discovery reports this firmware status", Smallest, Largest},
-        {"configuration-status", FaultValue::Number, "CODE", "discovery reports this configuration status", Smallest, Largest},
-        {"chipset", FaultValue::Number, "CODE", "discovery reports this bridge", Smallest, Largest},
-        {"vendor-id", FaultValue::Number, "ID", "discovery reports this vendor ID", 0, 0xFFFF},
-        {"product-id", FaultValue::Number, "ID", "discovery reports this product ID", 0, 0xFFFF},
-        {"text", FaultValue::Field, "FIELD=TEXT", "discovery reports this text; \\xNN stands for any byte"},
-    };
-    // clang-format on
-    return *kinds;
-}
-
-const FaultKind *findFaultKind(const QString &name)
-{
-    for (const FaultKind &kind : faultKinds()) {
-        if (name == QLatin1String(kind.name)) {
-            return &kind;
-        }
-    }
-    return nullptr;
-}
-
-QStringList faultFields()
-{
-    return {QStringLiteral("auxiliaryText1"), QStringLiteral("modelName"), QStringLiteral("serialNumber"),
-        QStringLiteral("auxiliaryText2"), QStringLiteral("firmwareVersion"),
-        QStringLiteral("firmwareFileName"), QStringLiteral("newFirmwareVersion")};
-}
-
-const Fault *findFault(const QVector<Fault> &faults, const char *name, const QString &field)
-{
-    for (const Fault &fault : faults) {
-        if (fault.name == QLatin1String(name) && fault.field == field) {
-            return &fault;
-        }
-    }
-    return nullptr;
-}
-
-bool isValid(const Fault &fault)
-{
-    const FaultKind *const kind = findFaultKind(fault.name);
-    if (kind == nullptr) {
-        return false;
-    }
-    const bool inRange = fault.number >= kind->minimum && fault.number <= kind->maximum;
-    switch (kind->value) {
-    case FaultValue::Number:
-        return inRange;
-    case FaultValue::OptionalNumber:
-        return inRange || fault.number == 0;
-    case FaultValue::Field:
-        return faultFields().contains(fault.field);
-    case FaultValue::Text:
-        return !fault.text.isEmpty();
+    const std::string name = kind.name;
+    switch (kind.value) {
     case FaultValue::None:
+        return name + " takes no value";
+    case FaultValue::Number:
+    case FaultValue::OptionalNumber:
+        return name + " needs a whole number from " + std::to_string(kind.minimum) + " to "
+            + std::to_string(kind.maximum);
+    case FaultValue::Field:
+        return name + " needs FIELD=TEXT, where FIELD is one of " + recordFieldNames()
+            + ", and \\xNN stands for any byte";
+    case FaultValue::Text:
     case FaultValue::OptionalText:
         break;
     }
-    return true;
+    return name + " needs a text of characters up to U+00FF, with \\xNN for any byte";
 }
 
-bool actsOnQuery(const Fault &fault)
+} // namespace
+
+const std::array<FaultDescription, 19> &faultDescriptions()
 {
-    static const char *const names[] = {"slow-probe", "duplicate-serial", "firmware-status",
-        "configuration-status", "chipset", "vendor-id", "product-id", "text"};
-    for (const char *name : names) {
-        if (fault.name == QLatin1String(name)) {
-            return true;
-        }
+    return Descriptions;
+}
+
+const FaultDescription &describe(FaultKind kind)
+{
+    return Descriptions[static_cast<std::size_t>(kind)];
+}
+
+const FaultDescription *findFault(const std::string &name)
+{
+    const auto found = std::find_if(Descriptions.begin(), Descriptions.end(),
+        [&name](const FaultDescription &candidate) { return name == candidate.name; });
+    return found == Descriptions.end() ? nullptr : &*found;
+}
+
+const std::array<RecordField, 7> &recordFields()
+{
+    return Fields;
+}
+
+const RecordField *findRecordField(const std::string &name)
+{
+    const auto found = std::find_if(Fields.begin(), Fields.end(),
+        [&name](const RecordField &candidate) { return name == candidate.name; });
+    return found == Fields.end() ? nullptr : &*found;
+}
+
+std::string recordFieldNames()
+{
+    std::string names;
+    for (const RecordField &field : Fields) {
+        names += (names.empty() ? "" : ", ") + std::string(field.name);
     }
-    return false;
+    return names;
+}
+
+Fault parseFault(const FaultDescription &kind, const std::optional<std::string> &value)
+{
+    Fault fault{kind.kind};
+    if (!value && (kind.isOptional() || kind.value == FaultValue::None)) {
+        return fault;
+    }
+    if (!value) {
+        throw Refused(std::string(kind.name) + " needs a value, " + kind.valueName);
+    }
+    std::string text = *value;
+    if (kind.takesNumber()) {
+        const auto number = numberFromText(text);
+        if (!number || *number < kind.minimum) {
+            throw Refused(valueRule(kind));
+        }
+        fault.number = *number;
+    } else {
+        if (kind.value == FaultValue::Field) {
+            const std::size_t equals = std::min(text.find('='), text.size());
+            fault.field = equals == text.size() ? nullptr : findRecordField(text.substr(0, equals));
+            text.erase(0, equals + 1);
+        }
+        const auto bytes = unescaped(text);
+        if (!bytes || (bytes->empty() && kind.value != FaultValue::Field)) {
+            throw Refused(valueRule(kind));
+        }
+        fault.text = *bytes;
+    }
+    check(fault);
+    return fault;
+}
+
+void check(const Fault &fault)
+{
+    const FaultDescription &kind = describe(fault.kind);
+    const bool isInRange = fault.number >= kind.minimum && fault.number <= kind.maximum;
+    bool fits = fault.number == 0 && fault.text.empty() && kind.isOptional();
+    switch (kind.value) {
+    case FaultValue::None:
+        fits = fault.number == 0 && fault.text.empty();
+        break;
+    case FaultValue::Number:
+    case FaultValue::OptionalNumber:
+        fits = fits || isInRange;
+        break;
+    case FaultValue::Text:
+    case FaultValue::OptionalText:
+        fits = fits || !fault.text.empty();
+        break;
+    case FaultValue::Field:
+        fits = fault.field != nullptr;
+        break;
+    }
+    if (!fits) {
+        throw Refused(valueRule(kind));
+    }
+}
+
+std::string faultText(const Fault &fault)
+{
+    const FaultDescription &kind = describe(fault.kind);
+    std::string text = kind.name;
+    if (kind.value == FaultValue::Number || (kind.takesNumber() && fault.number != 0)) {
+        text += ' ' + std::to_string(fault.number);
+    } else if (fault.field != nullptr) {
+        text += ' ' + std::string(fault.field->name) + '=' + escaped(fault.text);
+    } else if (!fault.text.empty()) {
+        text += ' ' + escaped(fault.text);
+    }
+    return fault.once ? text + " (once)" : text;
+}
+
+std::string faultNames(const std::vector<Fault> &faults)
+{
+    std::string names;
+    for (const Fault &fault : faults) {
+        names += (names.empty() ? "" : ", ") + std::string(describe(fault.kind).name);
+    }
+    return names;
+}
+
+const Fault *findFault(const std::vector<Fault> &faults, FaultKind kind)
+{
+    const auto found =
+        std::find_if(faults.begin(), faults.end(), [kind](const Fault &fault) { return fault.kind == kind; });
+    return found == faults.end() ? nullptr : &*found;
+}
+
+std::int64_t numberOf(const std::vector<Fault> &faults, FaultKind kind)
+{
+    const Fault *const found = findFault(faults, kind);
+    return found == nullptr ? 0 : found->number;
+}
+
+bool removeFault(std::vector<Fault> *faults, FaultKind kind)
+{
+    const auto end = std::remove_if(
+        faults->begin(), faults->end(), [kind](const Fault &fault) { return fault.kind == kind; });
+    const bool found = end != faults->end();
+    faults->erase(end, faults->end());
+    return found;
+}
+
+void useUp(std::vector<Fault> *faults, UsedUpBy event)
+{
+    const auto isUsedUp = [event](const Fault &fault) {
+        return fault.once && describe(fault.kind).usedUpBy == event;
+    };
+    faults->erase(std::remove_if(faults->begin(), faults->end(), isUsedUp), faults->end());
+}
+
+void useUp(std::vector<Fault> *faults, FaultKind kind)
+{
+    const Fault *const fault = findFault(*faults, kind);
+    if (fault != nullptr && fault->once) {
+        removeFault(faults, kind);
+    }
 }
 
 } // namespace bench

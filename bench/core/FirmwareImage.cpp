@@ -1,180 +1,180 @@
 #include "bench/core/FirmwareImage.h"
 
 #include "bench/core/Files.h"
-
-#include <QCryptographicHash>
-#include <QtEndian>
+#include "bench/core/Refused.h"
+#include "bench/core/Sha256.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace bench {
 
 namespace {
 
 // Byte positions in the header; all numbers are little-endian.
-constexpr char Magic[] = {'T', 'F', 'W', '1', '\r', '\n', '\x1a', '\n'};
-constexpr int MagicSize = 8;
-constexpr int FormatAt = 8;
-constexpr int BridgeAt = 12;
-constexpr int FirmwareVersionAt = 16;
-constexpr int ConfigurationRevisionAt = 48;
-constexpr int FirmwareSizeAt = 80;
-constexpr int ConfigurationSizeAt = 84;
-constexpr int FirmwareDigestAt = 88;
-constexpr int ConfigurationDigestAt = 120;
-constexpr int DigestSize = 32;
-constexpr int HeaderSize = 152;
-constexpr quint32 FormatVersion = 1;
+const std::string_view Magic("TFW1\r\n\x1a\n", 8);
+constexpr std::size_t FormatAt = 8;
+constexpr std::size_t BridgeAt = 12;
+constexpr std::size_t FirmwareVersionAt = 16;
+constexpr std::size_t ConfigurationRevisionAt = 48;
+constexpr std::size_t FirmwareSizeAt = 80;
+constexpr std::size_t ConfigurationSizeAt = 84;
+constexpr std::size_t FirmwareDigestAt = 88;
+constexpr std::size_t ConfigurationDigestAt = 120;
+constexpr std::size_t DigestSize = 32;
+constexpr std::size_t HeaderSize = 152;
+constexpr std::uint32_t FormatVersion = 1;
 
-QByteArray digest(const QByteArray &payload)
+std::string littleEndian(std::size_t number)
 {
-    return QCryptographicHash::hash(payload, QCryptographicHash::Sha256);
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes += static_cast<char>(number >> shift);
+    }
+    return bytes;
 }
 
-void putNumber(QByteArray *file, int position, quint32 number)
+std::uint32_t numberAt(const std::string &file, std::size_t position)
 {
-    qToLittleEndian(number, file->data() + position);
-}
-
-quint32 getNumber(const QByteArray &file, int position)
-{
-    return qFromLittleEndian<quint32>(file.constData() + position);
-}
-
-void putText(QByteArray *file, int position, const QString &text)
-{
-    const QByteArray bytes = text.toLatin1().left(FirmwareImage::MaximumText);
-    file->replace(position, static_cast<int>(bytes.size()), bytes);
+    std::uint32_t number = 0;
+    for (std::size_t i = 4; i > 0; --i) {
+        number = number << 8 | static_cast<unsigned char>(file[position + i - 1]);
+    }
+    return number;
 }
 
 /// A text fills its field with zero bytes to the end; anything after the first of them is a damaged header.
-bool getText(const QByteArray &file, int position, QString *text)
+std::string textAt(const std::string &file, std::size_t position, const char *what)
 {
-    const QByteArray field = file.mid(position, FirmwareImage::MaximumText);
-    const int end = static_cast<int>(field.indexOf('\0'));
-    const QByteArray bytes = end < 0 ? field : field.left(end);
-    if (bytes.isEmpty() || field.count('\0') != field.size() - bytes.size()) {
-        return false;
+    const std::string field = file.substr(position, FirmwareImage::MaximumText);
+    const std::string text = field.substr(0, field.find('\0'));
+    const auto zeros = static_cast<std::size_t>(std::count(field.begin(), field.end(), '\0'));
+    if (text.empty() || text.size() + zeros != field.size()) {
+        throw Refused(std::string("has no valid ") + what);
     }
-    *text = QString::fromLatin1(bytes);
-    return true;
+    return text;
 }
 
-QByteArray madeUpPayload(const QString &seed, int size)
+std::size_t sizeAt(const std::string &file, std::size_t position, std::size_t maximum, const char *what)
 {
-    QByteArray payload;
-    QByteArray block = seed.toUtf8();
+    const std::uint32_t size = numberAt(file, position);
+    if (size == 0 || size > maximum) {
+        throw Refused(std::string("has a ") + what + " of " + std::to_string(size) + " bytes; 1 to "
+            + std::to_string(maximum) + " fit into the flash chip");
+    }
+    return size;
+}
+
+std::string payloadAt(
+    const std::string &file, std::size_t position, std::size_t size, std::size_t digestAt, const char *what)
+{
+    const std::string payload = file.substr(position, size);
+    if (sha256(payload) != file.substr(digestAt, DigestSize)) {
+        throw Refused(std::string("is damaged: the digest of the ") + what + " does not match");
+    }
+    return payload;
+}
+
+/// What the header says, for a file of `fileSize` bytes that begins with `header`.
+FirmwareImage decodeHeader(const std::string &header, std::size_t fileSize)
+{
+    if (header.empty()) {
+        throw Refused("is empty");
+    }
+    if (header.compare(0, Magic.size(), Magic.substr(0, header.size())) != 0) {
+        throw Refused("is not a firmware image: it does not begin with \"TFW1\"");
+    }
+    if (header.size() < HeaderSize) {
+        throw Refused("is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
+            + std::to_string(HeaderSize));
+    }
+    const std::uint32_t format = numberAt(header, FormatAt);
+    if (format != FormatVersion) {
+        throw Refused("has format version " + std::to_string(format) + ", only "
+            + std::to_string(FormatVersion) + " is known");
+    }
+    FirmwareImage image;
+    image.bridge = static_cast<std::int32_t>(numberAt(header, BridgeAt));
+    if (std::strcmp(bridgeName(image.bridge), "none") == 0) {
+        throw Refused("is for an unknown bridge, code " + std::to_string(image.bridge));
+    }
+    image.firmwareVersion = textAt(header, FirmwareVersionAt, "firmware version");
+    image.configurationRevision = textAt(header, ConfigurationRevisionAt, "configuration revision");
+    const std::size_t expected = HeaderSize
+        + sizeAt(header, FirmwareSizeAt, FirmwareImage::MaximumFirmware, "firmware")
+        + sizeAt(header, ConfigurationSizeAt, FirmwareImage::MaximumConfiguration, "configuration");
+    if (fileSize != expected) {
+        throw Refused(std::string(fileSize < expected ? "is truncated" : "has bytes after its end") + ": "
+            + std::to_string(fileSize) + " bytes, its header says " + std::to_string(expected));
+    }
+    return image;
+}
+
+std::string madeUpPayload(const std::string &seed, std::size_t size)
+{
+    std::string payload;
+    std::string block = seed;
     while (payload.size() < size) {
-        block = digest(block);
+        block = sha256(block);
         payload += block;
     }
-    payload.truncate(size);
+    payload.resize(size);
     return payload;
 }
 
 } // namespace
 
 FirmwareImage FirmwareImage::forModel(
-    const Model &model, const QString &firmwareVersion, const QString &configurationRevision)
+    const Model &model, const std::string &firmwareVersion, const std::string &configurationRevision)
 {
+    const std::string name = model.name;
     FirmwareImage image;
     image.bridge = model.chipset;
     image.firmwareVersion = firmwareVersion;
     image.configurationRevision = configurationRevision;
-    image.firmware = madeUpPayload(QStringLiteral("%1 firmware %2").arg(model.name, firmwareVersion),
-        (36 + 4 * model.chipset) * 1024 - 300);
-    image.configuration = madeUpPayload(
-        QStringLiteral("%1 configuration %2").arg(model.name, configurationRevision), 2 * 1024 + 40);
+    image.firmware = madeUpPayload(
+        name + " firmware " + firmwareVersion, static_cast<std::size_t>(36 + 4 * model.chipset) * 1024 - 300);
+    image.configuration = madeUpPayload(name + " configuration " + configurationRevision, 2 * 1024 + 40);
     return image;
 }
 
-QByteArray FirmwareImage::encode() const
+std::string FirmwareImage::encode() const
 {
-    QByteArray file(HeaderSize, '\0');
-    file.replace(0, MagicSize, QByteArray(Magic, MagicSize));
-    putNumber(&file, FormatAt, FormatVersion);
-    putNumber(&file, BridgeAt, static_cast<quint32>(bridge));
-    putText(&file, FirmwareVersionAt, firmwareVersion);
-    putText(&file, ConfigurationRevisionAt, configurationRevision);
-    putNumber(&file, FirmwareSizeAt, static_cast<quint32>(firmware.size()));
-    putNumber(&file, ConfigurationSizeAt, static_cast<quint32>(configuration.size()));
-    file.replace(FirmwareDigestAt, DigestSize, digest(firmware));
-    file.replace(ConfigurationDigestAt, DigestSize, digest(configuration));
+    std::string file(HeaderSize, '\0');
+    const auto put = [&file](std::size_t position, std::string_view bytes) {
+        file.replace(position, bytes.size(), bytes);
+    };
+    put(0, Magic);
+    put(FormatAt, littleEndian(FormatVersion));
+    put(BridgeAt, littleEndian(static_cast<std::uint32_t>(bridge)));
+    put(FirmwareVersionAt, std::string_view(firmwareVersion).substr(0, MaximumText));
+    put(ConfigurationRevisionAt, std::string_view(configurationRevision).substr(0, MaximumText));
+    put(FirmwareSizeAt, littleEndian(firmware.size()));
+    put(ConfigurationSizeAt, littleEndian(configuration.size()));
+    put(FirmwareDigestAt, sha256(firmware));
+    put(ConfigurationDigestAt, sha256(configuration));
     return file + firmware + configuration;
 }
 
-bool FirmwareImage::decode(const QByteArray &file, FirmwareImage *image, QString *reason)
+FirmwareImage FirmwareImage::decode(const std::string &file)
 {
-    const auto refuse = [reason](const QString &why) {
-        *reason = why;
-        return false;
-    };
-    if (file.isEmpty()) {
-        return refuse(QStringLiteral("is empty"));
-    }
-    if (!file.startsWith(QByteArray(Magic, std::min(MagicSize, static_cast<int>(file.size()))))) {
-        return refuse(QStringLiteral("is not a firmware image: it does not begin with \"TFW1\""));
-    }
-    if (file.size() < HeaderSize) {
-        return refuse(QStringLiteral("is truncated: %1 bytes, the header alone takes %2")
-                          .arg(file.size())
-                          .arg(HeaderSize));
-    }
-    const quint32 format = getNumber(file, FormatAt);
-    if (format != FormatVersion) {
-        return refuse(
-            QStringLiteral("has format version %1, only %2 is known").arg(format).arg(FormatVersion));
-    }
-    FirmwareImage found;
-    found.bridge = static_cast<std::int32_t>(getNumber(file, BridgeAt));
-    if (bridgeName(found.bridge) == QLatin1String("none")) {
-        return refuse(QStringLiteral("is for an unknown bridge, code %1").arg(found.bridge));
-    }
-    if (!getText(file, FirmwareVersionAt, &found.firmwareVersion)) {
-        return refuse(QStringLiteral("has no valid firmware version"));
-    }
-    if (!getText(file, ConfigurationRevisionAt, &found.configurationRevision)) {
-        return refuse(QStringLiteral("has no valid configuration revision"));
-    }
-    const quint32 firmwareSize = getNumber(file, FirmwareSizeAt);
-    const quint32 configurationSize = getNumber(file, ConfigurationSizeAt);
-    if (firmwareSize == 0 || firmwareSize > MaximumFirmware) {
-        return refuse(QStringLiteral("has a firmware of %1 bytes; 1 to %2 fit into the flash chip")
-                          .arg(firmwareSize)
-                          .arg(MaximumFirmware));
-    }
-    if (configurationSize == 0 || configurationSize > MaximumConfiguration) {
-        return refuse(QStringLiteral("has a configuration of %1 bytes; 1 to %2 fit into the flash chip")
-                          .arg(configurationSize)
-                          .arg(MaximumConfiguration));
-    }
-    const qint64 expected = HeaderSize + static_cast<qint64>(firmwareSize) + configurationSize;
-    if (file.size() != expected) {
-        return refuse(QStringLiteral("%1: %2 bytes, its header says %3")
-                          .arg(file.size() < expected ? QStringLiteral("is truncated")
-                                                      : QStringLiteral("has bytes after its end"))
-                          .arg(file.size())
-                          .arg(expected));
-    }
-    found.firmware = file.mid(HeaderSize, static_cast<int>(firmwareSize));
-    found.configuration = file.mid(HeaderSize + static_cast<int>(firmwareSize));
-    if (digest(found.firmware) != file.mid(FirmwareDigestAt, DigestSize)) {
-        return refuse(QStringLiteral("is damaged: the digest of the firmware does not match"));
-    }
-    if (digest(found.configuration) != file.mid(ConfigurationDigestAt, DigestSize)) {
-        return refuse(QStringLiteral("is damaged: the digest of the configuration does not match"));
-    }
-    *image = found;
-    return true;
+    FirmwareImage image = decodeHeader(file.substr(0, HeaderSize), file.size());
+    const std::size_t firmwareSize = numberAt(file, FirmwareSizeAt);
+    image.firmware = payloadAt(file, HeaderSize, firmwareSize, FirmwareDigestAt, "firmware");
+    image.configuration =
+        payloadAt(file, HeaderSize + firmwareSize, std::string::npos, ConfigurationDigestAt, "configuration");
+    return image;
 }
 
-bool FirmwareImage::read(const QString &path, FirmwareImage *image, QString *reason, std::int64_t limit)
+FirmwareImage FirmwareImage::readHeader(const std::string &path)
 {
-    QByteArray file;
-    if (!readFile(path, MaximumFile, &file, reason)) {
-        return false;
-    }
-    return decode(file.left(static_cast<int>(std::min<std::int64_t>(limit, MaximumFile))), image, reason);
+    const auto [header, size] = readBeginning(path, HeaderSize);
+    return decodeHeader(header, size);
+}
+
+FirmwareImage FirmwareImage::read(const std::string &path, std::size_t limit)
+{
+    return decode(readFile(path, MaximumFile).substr(0, limit));
 }
 
 } // namespace bench

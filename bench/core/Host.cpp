@@ -1,60 +1,137 @@
 #include "bench/core/Host.h"
 
-#include "bench/core/JsonReader.h"
+#include "bench/core/Drive.h"
+#include "bench/core/Text.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
+#include <SQLiteCpp/Statement.h>
 
-#include <limits>
+#include <csignal>
 
 namespace bench {
 
-QJsonObject Host::toJson() const
-{
-    QJsonArray processList;
-    for (const Process &process : processes) {
-        processList.append(QJsonObject{
-            {QStringLiteral("id"), double(process.id)}, {QStringLiteral("command"), process.command}});
-    }
-    return {
-        {QStringLiteral("companionInstalled"), companionInstalled},
-        {QStringLiteral("serviceSubmitted"), serviceSubmitted},
-        {QStringLiteral("extensionInstalled"), extensionInstalled},
-        {QStringLiteral("extensionLoaded"), extensionLoaded},
-        {QStringLiteral("extensionVersion"), extensionVersion},
-        {QStringLiteral("processes"), processList},
-    };
-}
+namespace {
 
-QByteArray Host::encode() const
-{
-    return QJsonDocument(toJson()).toJson();
-}
+/// A process that was not heard of for so long, in milliseconds, is gone, whoever has its number now.
+constexpr std::int64_t HeartbeatTimeout = 5000;
 
-bool Host::decode(const QByteArray &file, Host *host, QString *problem)
+std::vector<Process> livingProcesses(SQLite::Database &database)
 {
-    JsonReader reader(file);
-    Host found;
-    found.companionInstalled = reader.boolean("companionInstalled");
-    found.serviceSubmitted = reader.boolean("serviceSubmitted");
-    found.extensionInstalled = reader.boolean("extensionInstalled");
-    found.extensionLoaded = reader.boolean("extensionLoaded");
-    found.extensionVersion = reader.text("extensionVersion");
-    for (const QJsonValue entry : reader.array("processes")) {
-        const double id = entry.toObject().value(QStringLiteral("id")).toDouble();
-        const QJsonValue command = entry.toObject().value(QStringLiteral("command"));
-        if (id < 1 || id > std::numeric_limits<std::int32_t>::max() || !command.isString()) {
-            reader.fail("processes", QStringLiteral("must be a list of objects with \"id\" and \"command\""));
+    std::vector<Process> processes;
+    SQLite::Statement row(database, "SELECT id, command FROM processes WHERE heartbeat >= ? ORDER BY id");
+    row.bind(1, now() - HeartbeatTimeout);
+    while (row.executeStep()) {
+        const std::int64_t id = row.getColumn(0).getInt64();
+        if (::kill(static_cast<pid_t>(id), 0) == 0) {
+            processes.push_back({id, row.getColumn(1).getString()});
         }
-        found.processes.append({static_cast<std::int64_t>(id), command.toString()});
     }
-    reader.finish();
-    if (!reader.isGood()) {
-        *problem = reader.problem();
-        return false;
+    return processes;
+}
+
+HostState readState(SQLite::Database &database)
+{
+    HostState state;
+    SQLite::Statement row(database,
+        "SELECT companionInstalled, serviceSubmitted, extensionInstalled, extensionLoaded, extensionVersion "
+        "FROM host");
+    if (row.executeStep()) {
+        state.companionInstalled = row.getColumn(0).getInt() != 0;
+        state.serviceSubmitted = row.getColumn(1).getInt() != 0;
+        state.extensionInstalled = row.getColumn(2).getInt() != 0;
+        state.extensionLoaded = row.getColumn(3).getInt() != 0;
+        state.extensionVersion = row.getColumn(4).getString();
     }
-    *host = found;
-    return true;
+    state.processes = livingProcesses(database);
+    return state;
+}
+
+void writeState(SQLite::Database &database, const HostState &state)
+{
+    SQLite::Statement row(database, "INSERT OR REPLACE INTO host VALUES (1, ?, ?, ?, ?, ?)");
+    row.bind(1, state.companionInstalled ? 1 : 0);
+    row.bind(2, state.serviceSubmitted ? 1 : 0);
+    row.bind(3, state.extensionInstalled ? 1 : 0);
+    row.bind(4, state.extensionLoaded ? 1 : 0);
+    row.bind(5, state.extensionVersion);
+    row.exec();
+}
+
+} // namespace
+
+HostState Host::state() const
+{
+    HostState found;
+    store.read([&] { found = readState(store.database()); });
+    return found;
+}
+
+void Host::change(const std::function<void(HostState &state)> &work)
+{
+    store.change([&] {
+        HostState state = readState(store.database());
+        work(state);
+        writeState(store.database(), state);
+    });
+}
+
+bool Host::beat(std::int64_t process)
+{
+    bool isListed = false;
+    store.change(
+        [&] {
+            SQLite::Statement row(store.database(), "UPDATE processes SET heartbeat = ? WHERE id = ?");
+            row.bind(1, now());
+            row.bind(2, process);
+            isListed = row.exec() == 1;
+        },
+        Durability::Relaxed);
+    return isListed;
+}
+
+void Host::addProcess(const Process &process)
+{
+    store.change([&] {
+        SQLite::Statement row(store.database(), "INSERT OR REPLACE INTO processes VALUES (?, ?, ?)");
+        row.bind(1, process.id);
+        row.bind(2, process.command);
+        row.bind(3, now());
+        row.exec();
+    });
+}
+
+void Host::removeProcesses()
+{
+    store.change([&] { store.database().exec("DELETE FROM processes"); });
+}
+
+void Host::logCall(const std::vector<std::string> &call)
+{
+    std::string line;
+    for (const std::string &argument : call) {
+        line += (line.empty() ? "" : " ") + shellQuoted(argument);
+    }
+    store.change([&] { restoreCall(line); }, Durability::Relaxed);
+}
+
+void Host::restoreCall(const std::string &line)
+{
+    store.change([&] {
+        SQLite::Statement row(store.database(), "INSERT INTO calls (line) VALUES (?)");
+        row.bind(1, line);
+        row.exec();
+    });
+}
+
+std::vector<std::string> Host::calls() const
+{
+    std::vector<std::string> lines;
+    store.read([&] {
+        SQLite::Statement row(store.database(), "SELECT line FROM calls ORDER BY id");
+        while (row.executeStep()) {
+            lines.push_back(row.getColumn(0).getString());
+        }
+    });
+    return lines;
 }
 
 } // namespace bench

@@ -1,11 +1,11 @@
 #pragma once
 
-#include <QByteArray>
-#include <QJsonObject>
-#include <QString>
-#include <QVector>
+#include "bench/core/BenchStore.h"
 
 #include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
 
 namespace bench {
 
@@ -13,25 +13,47 @@ namespace bench {
 struct Process
 {
     std::int64_t id; ///< process ID
-    QString command; ///< the program that it stands for, with its path
+    std::string command; ///< the program that it stands for, with its path
 };
 
-/// What the host computer holds besides drives, as its file says: a plain value.
-struct Host
+/// What the host computer holds besides drives: a plain value.
+struct HostState
 {
-    bool companionInstalled =
-        false; ///< the service's property list and the applications lie in their folders
+    bool companionInstalled = false; ///< the service's property list and the applications are in place
     bool serviceSubmitted = false; ///< launchctl knows the service
-    bool extensionInstalled = false; ///< the kernel extension lies in its folder
+    bool extensionInstalled = false; ///< the kernel extension is in place
     bool extensionLoaded = false;
-    QString extensionVersion = QStringLiteral("1.2.4");
-    QVector<Process> processes;
+    std::string extensionVersion = "1.2.4";
+    std::vector<Process> processes; ///< those that are alive
+};
 
-    /// The host's file, as an object and as the bytes of the file.
-    QJsonObject toJson() const;
-    QByteArray encode() const;
-    /// False with "line:column: reason"; `host` is then untouched.
-    static bool decode(const QByteArray &file, Host *host, QString *problem);
+/// The host computer of a bench. Each function is one transaction; any thread and process may call. Throws
+/// Refused.
+class Host
+{
+public:
+    /// `store` outlives this.
+    explicit Host(BenchStore &store) : store(store) { }
+
+    HostState state() const;
+
+    /// Changes what the host holds, but its processes, unless `work` throws.
+    void change(const std::function<void(HostState &state)> &work);
+
+    /// Notes that the process is alive; false when it is not, or no longer, listed.
+    bool beat(std::int64_t process);
+    void addProcess(const Process &process);
+    void removeProcesses();
+
+    /// Adds a call of a host tool, with its arguments, to the log as one line, quoted as a shell would need
+    /// it.
+    void logCall(const std::vector<std::string> &call);
+    void restoreCall(const std::string &line);
+    /// The calls so far, oldest first.
+    std::vector<std::string> calls() const;
+
+private:
+    BenchStore &store;
 };
 
 } // namespace bench

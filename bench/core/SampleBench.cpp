@@ -4,26 +4,21 @@ namespace bench {
 
 namespace {
 
-Drive sample(
-    const char *serial, const char *modelName, const char *olderFirmware, const char *olderConfiguration)
+/// A drive with an older version of what is named; null stands for the newest.
+Drive sample(const char *serial, const char *model, const char *firmware, const char *configuration)
 {
-    const Model &model = *findModel(QString::fromLatin1(modelName));
-    Drive drive;
-    drive.serial = QString::fromLatin1(serial);
-    drive.model = model.name;
-    drive.chipset = model.chipset;
-    drive.flashFirmware =
-        olderFirmware == nullptr ? model.newestFirmware : QString::fromLatin1(olderFirmware);
-    drive.flashConfiguration =
-        olderConfiguration == nullptr ? model.newestConfiguration : QString::fromLatin1(olderConfiguration);
+    Drive drive = newDrive(*findModel(model));
+    drive.serial = serial;
+    drive.flashFirmware = firmware == nullptr ? drive.flashFirmware : firmware;
+    drive.flashConfiguration = configuration == nullptr ? drive.flashConfiguration : configuration;
     return drive;
 }
 
 } // namespace
 
-QVector<Drive> sampleDrives()
+std::vector<Drive> sampleDrives()
 {
-    QVector<Drive> drives{
+    std::vector<Drive> drives{
         sample("TV0001PEBBLE", "Pebble", "2.07", "3"),
         sample("TV0002BOLLARD", "Bollard USB3", "3.91", nullptr),
         sample("TV0003LAMINA", "Lamina Slim", nullptr, "4"),
@@ -32,8 +27,18 @@ QVector<Drive> sampleDrives()
         sample("TV0006DUO", "Harbour Duo", "3.88", "6"),
     };
     // An early Harbour Duo, with a bridge for which there is no updater.
-    drives.last().chipset = 0;
+    drives.back().chipset = Chipset::NotSupported;
     return drives;
+}
+
+Drive newDrive(const Model &model)
+{
+    Drive drive;
+    drive.model = model.name;
+    drive.chipset = model.chipset;
+    drive.flashFirmware = model.newestFirmware;
+    drive.flashConfiguration = model.newestConfiguration;
+    return drive;
 }
 
 } // namespace bench

@@ -1,28 +1,25 @@
 #include <DeviceDiscovery.h>
 
-#include "devices/DeviceInfo.h"
-#include "bench/core/Bench.h"
+#include "bench/core/Discovery.h"
 #include "bench/core/Files.h"
-#include "platform/bench/Report.h"
+#include "bench/core/Refused.h"
+
+#include <cstdio>
+#include <mutex>
+#include <set>
 
 namespace {
 
-DeviceInfo toDeviceInfo(const bench::DriveRecord &record)
+/// Prints a line on standard error the first time that this process has it to say.
+void reportOnce(const std::string &line)
 {
-    DeviceInfo device;
-    device.auxiliaryText1 = record.auxiliaryText1.toLatin1().toStdString();
-    device.productId = record.productId;
-    device.modelName = record.modelName.toLatin1().toStdString();
-    device.serialNumber = record.serialNumber.toLatin1().toStdString();
-    device.vendorId = record.vendorId;
-    device.auxiliaryText2 = record.auxiliaryText2.toLatin1().toStdString();
-    device.firmwareVersion = record.firmwareVersion.toLatin1().toStdString();
-    device.firmwareFileName = record.firmwareFileName.toLatin1().toStdString();
-    device.newFirmwareVersion = record.newFirmwareVersion.toLatin1().toStdString();
-    device.chipsetType = record.chipsetType;
-    device.firmwareStatus = record.firmwareStatus;
-    device.configurationStatus = record.configurationStatus;
-    return device;
+    // Neither is ever freed: the discovery thread may report while the process ends.
+    static auto *const mutex = new std::mutex;
+    static auto *const reported = new std::set<std::string>;
+    const std::lock_guard<std::mutex> guard(*mutex);
+    if (reported->insert(line).second) {
+        std::fprintf(stderr, "%s\n", line.c_str());
+    }
 }
 
 } // namespace
@@ -33,11 +30,11 @@ DeviceDiscovery::~DeviceDiscovery() = default;
 
 void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
 {
-    bench::Bench bench(bench::Bench::defaultFolder(), bench::executableFolder());
-    QStringList problems;
     devices.clear();
-    for (const bench::DriveRecord &record : bench.query(&problems)) {
-        devices.push_back(toDeviceInfo(record));
+    try {
+        bench::BenchStore store(bench::benchDirectory());
+        devices = bench::Discovery(store, bench::executableDirectory()).query();
+    } catch (const bench::Refused &refused) {
+        reportOnce(refused.what());
     }
-    bench::reportOnce(problems);
 }

@@ -2,25 +2,48 @@
 #include <MacDevice.h>
 #include <OxSemiFireWire.h>
 
-#include "bench/core/Bench.h"
 #include "bench/core/Files.h"
-#include "devices/DeviceInfo.h"
+#include "bench/core/Flash.h"
+#include "bench/core/Refused.h"
+#include "bench/core/Text.h"
 
+#include <cstdio>
 #include <utility>
 
 namespace {
 
-bench::Bench openBench()
+/// The libraries answer true or false, and the page says no more; why is for who sits at the bench.
+void report(const std::string &serialNumber, const std::string &reason)
 {
-    return bench::Bench(bench::Bench::defaultFolder(), bench::executableFolder());
+    std::fprintf(
+        stderr, "the update of %s failed: %s\n", bench::escaped(serialNumber).c_str(), reason.c_str());
 }
 
 bool flash(const std::string &serialNumber, int chipset, const std::string &imagePath)
 {
-    // The libraries answer true or false; why they do is known to nobody outside.
-    QString reason;
-    return openBench().flash(QString::fromLatin1(serialNumber.data(), static_cast<int>(serialNumber.size())),
-        chipset, QString::fromStdString(imagePath), &reason);
+    try {
+        bench::BenchStore store(bench::benchDirectory());
+        bench::Flash(store).run(serialNumber, chipset, imagePath);
+        return true;
+    } catch (const bench::Refused &refused) {
+        report(serialNumber, refused.what());
+        return false;
+    }
+}
+
+/// Unmounts the volumes; a failed flash has been reported before, and is not reported again.
+int unmount(const std::string &serialNumber)
+{
+    try {
+        bench::BenchStore store(bench::benchDirectory());
+        const bench::Unmount result = bench::unmount(store, serialNumber);
+        if (!result.reason.empty()) {
+            report(serialNumber, result.reason);
+        }
+        return result.value;
+    } catch (const bench::Refused &) {
+        return 0;
+    }
 }
 
 } // namespace
@@ -36,8 +59,7 @@ MacDevice::~MacDevice() = default;
 
 int MacDevice::unmountDisk()
 {
-    return openBench().unmount(
-        QString::fromLatin1(volumes->serialNumber.data(), static_cast<int>(volumes->serialNumber.size())));
+    return unmount(volumes->serialNumber);
 }
 
 struct Asmedia105X::Session
@@ -98,14 +120,16 @@ bool OxSemiFireWire::updateDevice(std::string imagePath)
 }
 
 OxSemiFireWire934::OxSemiFireWire934(std::string serialNumber)
-    : OxSemiFireWire(std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::OxSemiFireWire934}))
+    : OxSemiFireWire(
+        std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::OxSemiFireWire934}))
 {
 }
 
 OxSemiFireWire934::~OxSemiFireWire934() = default;
 
 OxSemiFireWire944::OxSemiFireWire944(std::string serialNumber)
-    : OxSemiFireWire(std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::OxSemiFireWire944}))
+    : OxSemiFireWire(
+        std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::OxSemiFireWire944}))
 {
 }
 

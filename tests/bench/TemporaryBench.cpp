@@ -1,84 +1,71 @@
 #include "tests/bench/TemporaryBench.h"
 
+#include "bench/core/BenchDocument.h"
+#include "bench/core/Files.h"
+#include "bench/core/FirmwareImage.h"
+#include "bench/core/Refused.h"
+#include "bench/core/SampleBench.h"
+
 #include <QDir>
-#include <QDirIterator>
-#include <QFile>
-#include <QtTest>
 
 using namespace bench;
 
-TemporaryBench::TemporaryBench() : opened(std::make_unique<Bench>(folder(), imageFolder()))
+TemporaryBench::TemporaryBench()
 {
-    QString reason;
-    if (!opened->create({}, false, &reason) || !makeFolder(imageFolder(), &reason)) {
-        qFatal("%s", qPrintable(reason));
-    }
+    BenchStore::create(directory(), false, [](BenchStore &) {});
+    opened = std::make_unique<BenchStore>(directory());
+    QDir(temporary.path()).mkdir("images");
     for (const Model &model : models()) {
         FirmwareImage image = FirmwareImage::forModel(model, model.newestFirmware, model.newestConfiguration);
-        image.firmware.truncate(3000);
-        image.configuration.truncate(500);
-        if (!replaceFile(imageFolder() + '/' + model.imageName(), image.encode(), &reason)) {
-            qFatal("%s", qPrintable(reason));
-        }
+        image.firmware.resize(3000);
+        image.configuration.resize(500);
+        writeFile(imageDirectory() + '/' + model.imageName(), image.encode());
     }
 }
 
-QString TemporaryBench::image(const QString &model) const
+std::string TemporaryBench::image(const std::string &model) const
 {
-    return imageFolder() + '/' + findModel(model)->imageName();
+    return imageDirectory() + '/' + findModel(model)->imageName();
 }
 
-void TemporaryBench::addOutdated(const QString &serial, const QString &model, std::int64_t rate)
+void TemporaryBench::addOutdated(const std::string &serial, const std::string &model, std::int64_t rate)
 {
-    Drive drive;
+    Drive drive = newDrive(*findModel(model));
     drive.serial = serial;
-    drive.model = model;
-    drive.chipset = findModel(model)->chipset;
     drive.flashRate = rate;
     drive.flashFirmware = "0.9";
     drive.flashConfiguration = "1";
-    QString reason;
-    QVERIFY2(opened->add(drive, &reason), qPrintable(reason));
+    lifeCycle().add(drive);
 }
 
-Drive TemporaryBench::drive(const QString &serial) const
+std::string TemporaryBench::content()
 {
-    Drive found;
-    QString reason;
-    if (!opened->drive(serial, &found, &reason)) {
-        qFatal("%s", qPrintable(reason));
+    return exportBench(*opened);
+}
+
+std::string refusal(const std::function<void()> &work)
+{
+    try {
+        work();
+    } catch (const Refused &refused) {
+        return refused.what();
     }
-    return found;
+    return {};
 }
 
-QMap<QString, QByteArray> TemporaryBench::content() const
+Fault numberFault(FaultKind kind, std::int64_t number, bool once)
 {
-    QMap<QString, QByteArray> files;
-    QDirIterator walk(folder(), QDir::Files, QDirIterator::Subdirectories);
-    while (walk.hasNext()) {
-        QFile file(walk.next());
-        if (walk.fileName() != "lock" && file.open(QIODevice::ReadOnly)) {
-            files.insert(file.fileName().mid(folder().size()), file.readAll());
-        }
-    }
-    return files;
-}
-
-Fault numberFault(const char *name, qint64 number, bool once)
-{
-    Fault fault;
-    fault.name = QString::fromLatin1(name);
+    Fault fault{kind};
     fault.number = number;
     fault.once = once;
     return fault;
 }
 
-Fault textFault(const char *name, const QString &text, const QString &field, bool once)
+Fault textFault(FaultKind kind, const std::string &text, const char *field, bool once)
 {
-    Fault fault;
-    fault.name = QString::fromLatin1(name);
+    Fault fault{kind};
     fault.text = text;
-    fault.field = field;
+    fault.field = findRecordField(field);
     fault.once = once;
     return fault;
 }

@@ -1,43 +1,53 @@
 #pragma once
 
-#include "bench/core/Bench.h"
-#include "bench/core/Files.h"
-#include "bench/core/FirmwareImage.h"
+#include "bench/core/BenchStore.h"
+#include "bench/core/Discovery.h"
+#include "bench/core/Drive.h"
+#include "bench/core/DriveLifeCycle.h"
+#include "bench/core/Host.h"
 
-#include <QMap>
 #include <QTemporaryDir>
 
+#include <functional>
 #include <memory>
+#include <string>
 
-/// A bench in a temporary folder, with a folder of small images for all models beside it.
+/// A bench in a temporary directory, with a directory of small images for all models beside it.
 class TemporaryBench
 {
 public:
     TemporaryBench();
 
-    bench::Bench *operator->() { return opened.get(); }
-    bench::Bench &operator*() { return *opened; }
+    bench::BenchStore &store() { return *opened; }
+    bench::DriveLifeCycle lifeCycle() { return bench::DriveLifeCycle(*opened); }
+    bench::Discovery discovery() { return {*opened, imageDirectory()}; }
+    bench::Host host() { return bench::Host(*opened); }
 
-    QString folder() const { return temporary.path() + QStringLiteral("/bench"); }
-    QString imageFolder() const { return temporary.path() + QStringLiteral("/images"); }
+    /// The directory of the bench; the parent of it is this object's own.
+    std::string directory() const { return temporary.path().toStdString() + "/bench"; }
+    std::string imageDirectory() const { return temporary.path().toStdString() + "/images"; }
     /// The image file of a model, whether it is there or not.
-    QString image(const QString &model) const;
+    std::string image(const std::string &model) const;
 
-    /// Adds a drive with versions older than its image's, at a high flash rate; fails the test when refused.
-    void addOutdated(const QString &serial, const QString &model, std::int64_t rate = 1000 * 1000 * 1000);
+    /// Adds a drive with versions older than its image's, at a high flash rate.
+    void addOutdated(const std::string &serial, const std::string &model,
+        std::int64_t rate = bench::Drive::MaximumFlashRate);
 
-    /// The drive as its file says; fails the test when there is none.
-    bench::Drive drive(const QString &serial) const;
+    /// The drive as it is stored.
+    bench::Drive drive(const std::string &serial) { return lifeCycle().drive(serial); }
 
-    /// All files of the bench but its lock, by name.
-    QMap<QString, QByteArray> content() const;
+    /// The whole bench as JSON, to compare what it holds before and after.
+    std::string content();
 
 private:
     QTemporaryDir temporary;
-    std::unique_ptr<bench::Bench> opened;
+    std::unique_ptr<bench::BenchStore> opened;
 };
 
+/// What the work was refused with; empty when it was not refused.
+std::string refusal(const std::function<void()> &work);
+
 /// A fault with a number or with a text.
-bench::Fault numberFault(const char *name, qint64 number = 0, bool once = false);
+bench::Fault numberFault(bench::FaultKind kind, std::int64_t number = 0, bool once = false);
 bench::Fault textFault(
-    const char *name, const QString &text, const QString &field = QString(), bool once = false);
+    bench::FaultKind kind, const std::string &text, const char *field = "", bool once = false);

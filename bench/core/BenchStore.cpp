@@ -1,0 +1,226 @@
+#include "bench/core/BenchStore.h"
+
+#include "bench/core/Refused.h"
+#include "bench/core/Schema.h"
+#include "bench/core/Text.h"
+
+#include <SQLiteCpp/Exception.h>
+#include <SQLiteCpp/Statement.h>
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+namespace bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int BusyTimeout = 5000; // milliseconds
+constexpr const char *FileName = "bench.sqlite";
+
+Refused noBench(const std::string &directory, const std::string &reason)
+{
+    return Refused(directory + " is no bench that can be read: " + reason
+        + "; make one with: drive-bench init --bench " + shellQuoted(directory));
+}
+
+/// What the failure of a call to the database means for a person.
+Refused explained(const SQLite::Exception &exception, const std::string &file)
+{
+    const std::string reason = exception.what();
+    switch (exception.getErrorCode() & 0xFF) {
+    case SQLITE_BUSY:
+    case SQLITE_LOCKED:
+        return Refused(file + " was in use by another process for 5 seconds; try again");
+    case SQLITE_NOTADB:
+    case SQLITE_CORRUPT:
+        return Refused(file + " is damaged: " + reason + "; remove it and make a new bench");
+    default:
+        return Refused(
+            "cannot write " + file + ": " + reason + "; the directory must be writable and have room");
+    }
+}
+
+/// The path of the database in that directory, which is there and no link.
+std::string existingFile(const std::string &directory)
+{
+    std::error_code error;
+    const fs::path file = fs::canonical(directory, error) / FileName;
+    if (error) {
+        throw noBench(directory, error.message());
+    }
+    const fs::file_status status = fs::symlink_status(file, error);
+    if (fs::is_symlink(status)) {
+        throw Refused(file.string() + " is a symbolic link, which is not followed; remove it");
+    }
+    if (!fs::exists(status)) {
+        throw noBench(directory, error.message());
+    }
+    if (!fs::is_regular_file(status)) {
+        throw noBench(directory, std::string(FileName) + " is not a regular file");
+    }
+    return file.string();
+}
+
+/// The path as SQLite's URI of a database that nobody changes.
+std::string immutableUri(const std::string &file)
+{
+    std::string uri = "file:";
+    for (const char letter : file) {
+        const bool isReserved = letter == '%' || letter == '?' || letter == '#';
+        uri += isReserved ? '%' + hexadecimal(std::string(1, letter)) : std::string(1, letter);
+    }
+    return uri + "?immutable=1";
+}
+
+/// Opens the database. Where SQLite may not put its own files beside it, nobody else may change it either.
+SQLite::Database opened(const std::string &file, int flags)
+{
+    try {
+        SQLite::Database connection(
+            file, flags | SQLite::OPEN_READWRITE | SQLite::OPEN_NOFOLLOW, BusyTimeout);
+        if ((connection.tryExec("SELECT count(*) FROM sqlite_master") & 0xFF) == SQLITE_CANTOPEN) {
+            return {immutableUri(file), SQLite::OPEN_READONLY | SQLite::OPEN_URI, BusyTimeout};
+        }
+        connection.exec("PRAGMA foreign_keys = ON");
+        return connection;
+    } catch (const SQLite::Exception &exception) {
+        throw explained(exception, file);
+    }
+}
+
+bool holdsOtherFiles(const std::string &directory)
+{
+    std::error_code error;
+    const fs::directory_iterator entries(directory, error);
+    return std::any_of(begin(entries), end(entries), [](const fs::directory_entry &entry) {
+        const std::string name = entry.path().filename().string();
+        return name != FileName && name != FileName + std::string("-wal")
+            && name != FileName + std::string("-shm");
+    });
+}
+
+int numberFrom(SQLite::Database &connection, const char *query)
+{
+    return connection.execAndGet(query).getInt();
+}
+
+} // namespace
+
+BenchStore::BenchStore(const std::string &directory) : BenchStore(existingFile(directory), 0)
+{
+    int version = 0;
+    int application = 0;
+    read([&] {
+        version = numberFrom(connection, "PRAGMA user_version");
+        application = numberFrom(connection, "PRAGMA application_id");
+    });
+    if (version == 0 || application != ApplicationId) {
+        throw noBench(directory, std::string(FileName) + " holds no bench");
+    }
+    if (version > SchemaVersion) {
+        throw Refused(file + " has schema version " + std::to_string(version) + ", only versions up to "
+            + std::to_string(SchemaVersion) + " are known; use a newer drive-bench");
+    }
+    if (version < SchemaVersion) {
+        change([this] { upgrade(); });
+    }
+}
+
+BenchStore::BenchStore(const std::string &path, int flags) : file(path), connection(opened(path, flags)) { }
+
+void BenchStore::create(
+    const std::string &directory, bool replace, const std::function<void(BenchStore &store)> &fill)
+{
+    std::error_code error;
+    if (holdsOtherFiles(directory)) {
+        throw Refused(directory + " holds other files; name a new or an empty directory with --bench");
+    }
+    const bool madeDirectory = fs::create_directories(directory, error);
+    const fs::path file = fs::canonical(directory, error) / FileName;
+    if (error) {
+        throw Refused("cannot make the directory " + directory + ": " + error.message()
+            + "; name another with --bench");
+    }
+    const bool isNew = !fs::exists(fs::symlink_status(file, error));
+    try {
+        BenchStore store(isNew ? file.string() : existingFile(directory), SQLite::OPEN_CREATE);
+        store.transact("PRAGMA journal_mode = WAL; BEGIN IMMEDIATE", [&] {
+            if (numberFrom(store.connection, "PRAGMA user_version") != 0 && !replace) {
+                throw Refused(directory + " is a bench already; to make it anew, add --force");
+            }
+            store.clear();
+            store.upgrade();
+            fill(store);
+        });
+    } catch (...) {
+        if (isNew) {
+            fs::remove(file, error);
+        }
+        if (madeDirectory) {
+            fs::remove(directory, error);
+        }
+        throw;
+    }
+}
+
+void BenchStore::read(const std::function<void()> &work) const
+{
+    transact("BEGIN", work);
+}
+
+void BenchStore::change(const std::function<void()> &work, Durability durability)
+{
+    transact(durability == Durability::Lasting ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE"
+                                               : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE",
+        work);
+}
+
+/// Runs the work in a transaction; inside another one it is a part of that.
+void BenchStore::transact(const char *begin, const std::function<void()> &work) const
+{
+    if (sqlite3_get_autocommit(connection.getHandle()) == 0) {
+        work();
+        return;
+    }
+    try {
+        connection.exec(begin);
+        work();
+        connection.exec("COMMIT");
+    } catch (const SQLite::Exception &exception) {
+        connection.tryExec("ROLLBACK");
+        throw explained(exception, file);
+    } catch (...) {
+        connection.tryExec("ROLLBACK");
+        throw;
+    }
+}
+
+void BenchStore::clear()
+{
+    std::vector<std::string> tables;
+    SQLite::Statement query(connection, "SELECT name FROM sqlite_master WHERE type = 'table'");
+    while (query.executeStep()) {
+        tables.push_back(query.getColumn(0).getString());
+    }
+    query.reset();
+    for (const std::string &table : tables) {
+        connection.exec("DROP TABLE " + table);
+    }
+    connection.exec("PRAGMA user_version = 0");
+}
+
+void BenchStore::upgrade()
+{
+    for (int version = numberFrom(connection, "PRAGMA user_version"); version < SchemaVersion; ++version) {
+        connection.exec(SchemaSteps[static_cast<std::size_t>(version)]);
+    }
+    connection.exec("PRAGMA user_version = " + std::to_string(SchemaVersion)
+        + "; PRAGMA application_id = " + std::to_string(ApplicationId));
+}
+
+} // namespace bench

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "bench/core/DriveTable.h"
+#include "bench/core/FirmwareImage.h"
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+/**
+ * One writing of an image into a drive's flash chip, from the check of the image to the verified chip.
+ *
+ * Used once, on one thread, which sleeps while the chip is slow.
+ */
+class Flash
+{
+public:
+    /// `store` outlives this.
+    explicit Flash(BenchStore &store) : store(store) { }
+
+    /// Writes the image file into the drive that goes by this serial number, at the drive's rate. `chipset`
+    /// is the bridge that the updater is made for. The whole image is checked before anything is erased; a
+    /// flash that breaks off later leaves the chip incomplete. Refused with the reason, which is also noted
+    /// as the drive's last update.
+    void run(const std::string &reportedSerial, std::int32_t chipset, const std::string &imageFile);
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    struct Chunk
+    {
+        std::size_t page;
+        std::string data;
+    };
+
+    struct Break
+    {
+        FaultKind fault;
+        std::int64_t position; ///< bytes written by then
+    };
+
+    void find(const std::string &reportedSerial);
+    void readImage(const std::string &imageFile, std::int32_t chipset);
+    void begin();
+    void erase();
+    void program();
+    void verify();
+    void finish();
+
+    void writePage(std::size_t page, const std::string &data);
+    std::optional<Break> breakWithin(std::size_t length) const;
+    [[noreturn]] void breakOff(FaultKind fault);
+    void waitUntil(Clock::time_point due);
+    void lookAtDrive();
+    void changeDrive(
+        const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability);
+    void noteFailure(const std::string &reason);
+
+    BenchStore &store;
+    Drive drive; ///< as it was last seen
+    FlashChip chip;
+    FirmwareImage image;
+    std::vector<Chunk> chunks;
+    bool begun = false; ///< the flash of the drive is this object's to write
+    std::int64_t total = 0;
+    std::int64_t written = 0;
+    Clock::time_point lastLook;
+};
+
+/// What became of an attempt to unmount the volumes of a drive.
+struct Unmount
+{
+    int value; ///< what the maker's library returns
+    std::string reason; ///< why a flash that had succeeded is now a failed update; empty otherwise
+};
+
+/// Unmounts the volumes of the drive that goes by this serial number.
+Unmount unmount(BenchStore &store, const std::string &reportedSerial);
+
+} // namespace bench
