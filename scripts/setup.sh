@@ -9,12 +9,44 @@ fail() {
     exit 1
 }
 
-# Installs those of the named Debian packages that are missing.
-install_packages() {
-    local package missing=() as_root=()
+# The scripts' own temporary directory, which every program that they start uses: gone when they end, also by Ctrl+C.
+use_temporary_directory() {
+    TMPDIR=$(mktemp -d "${TMPDIR:-/tmp}/tarvo.XXXXXX")
+    chmod 755 "$TMPDIR" # some tests run a program as another user
+    export TMPDIR
+    trap end_quietly INT TERM
+    trap 'rm -rf "$TMPDIR"' EXIT
+}
+
+# Ends what was started in the background, so that nothing is written behind the removal.
+end_quietly() {
+    trap '' INT TERM
+    kill $(jobs -p) 2>/dev/null
+    wait
+    exit 130
+}
+
+missing_packages() {
+    local package
     for package in "$@"; do
-        dpkg-query -W -f '${Status}\n' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+        dpkg-query -W -f '${Status}\n' "$package" 2>/dev/null | grep -q 'ok installed' || echo "$package"
     done
+}
+
+# Shows the progress that apt reports on its status descriptor, on one line that changes.
+show_progress() {
+    local kind package percent what
+    while IFS=: read -r kind package percent what; do
+        [ -t 1 ] && printf '\r\033[K    %3.0f %%  %s' "$percent" "$what"
+    done
+    [ -t 1 ] && printf '\r\033[K'
+    return 0
+}
+
+# Installs those of the named Debian packages that are missing. What apt prints goes to build/apt.log.
+install_packages() {
+    local missing as_root=() reason
+    mapfile -t missing < <(missing_packages "$@")
     [ ${#missing[@]} -eq 0 ] && return
     if [ "$(id -u)" -ne 0 ]; then
         command -v sudo >/dev/null ||
@@ -22,11 +54,18 @@ install_packages() {
         as_root=(sudo)
     fi
     say "Installing ${missing[*]}"
-    "${as_root[@]}" apt-get update -qq ||
-        fail "apt-get update failed (see above); check the package sources of this machine, then run this again"
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-        "${missing[@]}" >/dev/null ||
-        fail "apt-get could not install ${missing[*]} (see above); install them by hand, then run this again"
+    mkdir -p build
+    # Whether it worked is seen by what is installed: apt's exit status is 0 also where it reached no server.
+    {
+        "${as_root[@]}" apt-get update -q
+        "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends \
+            -o APT::Status-Fd=3 "${missing[@]}"
+    } 3> >(show_progress) >build/apt.log 2>&1 </dev/null || true
+    wait $! || true # for the progress to be cleared away
+    mapfile -t missing < <(missing_packages "$@")
+    [ ${#missing[@]} -eq 0 ] && return
+    reason=$(sed -nE 's/^[EW]: *//p' build/apt.log | head -n 1)
+    fail "cannot install ${missing[*]}: ${reason:-apt does not say why}; see build/apt.log"
 }
 
 # Installs those of the named Homebrew formulae that are missing.
@@ -52,7 +91,8 @@ install_build_tools() {
         CMAKE_PREFIX_PATH="$(brew --prefix qt)${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}"
         export CMAKE_PREFIX_PATH
     elif command -v apt-get >/dev/null; then
-        install_packages g++ cmake ninja-build qt6-base-dev libsqlite3-dev libsqlitecpp-dev libcli11-dev nlohmann-json3-dev "$@"
+        install_packages g++ cmake ninja-build qt6-base-dev libsqlite3-dev libsqlitecpp-dev libcli11-dev \
+            nlohmann-json3-dev "$@"
     else
         fail "neither apt-get nor Homebrew here; install a C++17 compiler, CMake 3.21, Ninja and Qt 6.4 or later" \
             "by hand, then: cmake --preset release && cmake --build --preset release"
