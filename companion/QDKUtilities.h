@@ -30,11 +30,11 @@ public:
     static bool isQDKInstalledAndRunning();
     /// True when a process of the application is listed.
     static bool isQDKRunning();
-    /// True when a name in the folder of the system's daemons holds that of the service's property list.
+    /// True when a name in the directory of the system's daemons holds that of the service's property list.
     static bool isQDKInstalled();
     /// True when the kernel extension is loaded.
     static bool isTarvoKorrinLoaded();
-    /// True when the kernel extension lies in the folder of the system's extensions.
+    /// True when the kernel extension lies in the directory of the system's extensions.
     static bool isTarvoKorrinInstalled();
     /// The version of the kernel extension, which is loaded first where it is installed but not loaded.
     /// Empty when there is none.

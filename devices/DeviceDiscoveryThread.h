@@ -22,8 +22,8 @@ class DeviceDiscoveryThread : public QThread
 public:
     DeviceDiscoveryThread();
 
-    std::atomic<bool> discoveryEnabled; ///< written by the user interface thread; false skips the passes
-    std::atomic<bool> stopRequested; ///< written by the user interface thread; true ends run()
+    std::atomic<bool> discoveryEnabled; ///< written by the GUI thread; false skips the passes
+    std::atomic<bool> stopRequested; ///< written by the GUI thread; true ends run()
 
 signals:
     /// Emitted on this thread once a pass, also with an unchanged or an empty list. Every drive in it has

@@ -36,10 +36,10 @@ UpdateDeviceThread::UpdateDeviceThread(DeviceInfo deviceInfo, std::string execut
 
 void UpdateDeviceThread::run()
 {
-    // Without a slash, rfind's npos + 1 is 0: the folder is empty and the image is looked for in the
+    // Without a slash, rfind's npos + 1 is 0: the directory is empty and the image is looked for in the
     // current directory.
-    const std::string folder = executablePath.substr(0, executablePath.rfind('/') + 1);
-    const std::string imagePath = folder + deviceInfo.firmwareFileName;
+    const std::string directory = executablePath.substr(0, executablePath.rfind('/') + 1);
+    const std::string imagePath = directory + deviceInfo.firmwareFileName;
     const std::string &serialNumber = deviceInfo.serialNumber;
 
     bool result = false;

@@ -9,7 +9,7 @@
 /**
  * Flashes one drive and reports the outcome.
  *
- * One object an update: created and started on the user interface thread, it runs to its end and is
+ * One object an update: created and started on the GUI thread, it runs to its end and is
  * neither stopped nor waited for.
  */
 class UpdateDeviceThread : public QThread
@@ -18,7 +18,7 @@ class UpdateDeviceThread : public QThread
 
 public:
     /// `deviceInfo`: the drive to flash. `executablePath`: the path by which the program was started
-    /// (argv[0], bytes as the operating system passed them); the image is looked for in its folder.
+    /// (argv[0], bytes as the operating system passed them); the image is looked for in its directory.
     UpdateDeviceThread(DeviceInfo deviceInfo, std::string executablePath);
 
 signals:

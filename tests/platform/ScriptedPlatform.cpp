@@ -25,7 +25,7 @@ struct Script
     bool flashesHeld = false;
     bool flashResult = true;
     int unmountResult = 1;
-    // Not the toolkit's lists: their copies share one buffer beyond the lock.
+    // Not Qt's lists: their copies share one buffer beyond the lock.
     std::vector<QString> calls;
     QElapsedTimer sinceLastQuery;
     std::vector<qint64> queryIntervals;
