@@ -97,6 +97,12 @@ std::string Drive::lastUpdateText() const
     return lastUpdate + ", at " + time;
 }
 
+void Drive::setLastUpdate(const std::string &outcome)
+{
+    lastUpdate = outcome;
+    lastUpdateAt = now();
+}
+
 void check(const Drive &drive)
 {
     if (drive.serial.empty() || drive.serial.size() > MaximumSerialLength) {

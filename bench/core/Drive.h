@@ -49,12 +49,13 @@ struct Drive
     std::int64_t queries = 0; ///< times that it was asked since power-up, counted while that matters
     std::int64_t flashes = 0; ///< counts each time that writing of its flash began
     std::int64_t heartbeat = 0; ///< when whoever writes the flash was last seen; 0 when nobody does
-    std::string lastUpdate; ///< "succeeded" or "failed: " and why, in UTF-8; empty for none
+    std::string lastUpdate; ///< UpdateSucceeded or "failed: " and why, in UTF-8; empty for none
     std::int64_t lastUpdateAt = 0;
     std::vector<Fault> faults;
 
     static constexpr std::int64_t DefaultFlashRate = 16 * 1024;
     static constexpr std::int64_t MaximumFlashRate = 1000 * 1000 * 1000;
+    static constexpr const char *UpdateSucceeded = "succeeded";
 
     /// The model's row in the catalogue.
     const Model &catalogueModel() const;
@@ -63,6 +64,8 @@ struct Drive
     std::string progressText() const;
     /// When and how the last update ended: "failed: the drive was pulled out, at 14:02"; empty for none.
     std::string lastUpdateText() const;
+    /// Notes how an update has ended just now.
+    void setLastUpdate(const std::string &outcome);
 };
 
 /// Refused as an invalid drive when a field is outside its limits or the model is not in the catalogue.

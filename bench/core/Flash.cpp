@@ -12,18 +12,11 @@ namespace {
 /// How often the drive is looked at while it is written: for being pulled out, and to note the progress.
 constexpr std::chrono::milliseconds PollInterval(50);
 constexpr std::int64_t TruncatedSize = 1000;
-constexpr const char *Succeeded = "succeeded";
 
 /// True when `current` has been plugged in ever since it was `before`.
 bool isStillThere(const Drive &current, const Drive &before)
 {
     return current.plugged && current.powerUps == before.powerUps && current.pluggedAt == before.pluggedAt;
-}
-
-void setFailed(Drive *drive, const std::string &reason)
-{
-    drive->lastUpdate = "failed: " + reason;
-    drive->lastUpdateAt = now();
 }
 
 } // namespace
@@ -84,16 +77,7 @@ void Flash::readImage(const std::string &imageFile, std::int32_t chipset)
         throw Refused(
             imageFile + ": is for the bridge " + bridgeName(image.bridge) + ", not " + bridgeName(chipset));
     }
-    for (const auto &[region, payload] : {std::make_pair(FlashChip::Firmware, image.firmware),
-             std::make_pair(FlashChip::Configuration, image.configuration)}) {
-        // The first page of a part describes it and comes last.
-        const std::size_t firstPage = region.start / FlashChip::PageSize + 1;
-        for (std::size_t offset = 0; offset < payload.size(); offset += FlashChip::PageSize) {
-            chunks.push_back(
-                {firstPage + offset / FlashChip::PageSize, payload.substr(offset, FlashChip::PageSize)});
-        }
-        total += static_cast<std::int64_t>(payload.size());
-    }
+    total = static_cast<std::int64_t>(image.firmware.size() + image.configuration.size());
 }
 
 /// From here on the flash counts as incomplete, and as this object's to write.
@@ -127,13 +111,7 @@ void Flash::erase()
 {
     for (std::size_t sector = 0; sector < FlashChip::Size / FlashChip::SectorSize; ++sector) {
         chip.eraseSector(sector);
-        const std::size_t position = sector * FlashChip::SectorSize;
-        store.change(
-            [&] {
-                DriveTable(store).writeChip(
-                    drive, position, chip.content().substr(position, FlashChip::SectorSize));
-            },
-            Durability::Relaxed);
+        writeChip(sector * FlashChip::SectorSize, FlashChip::SectorSize);
     }
 }
 
@@ -141,25 +119,40 @@ void Flash::program()
 {
     lookAtDrive();
     const Clock::time_point start = Clock::now();
-    for (const Chunk &chunk : chunks) {
-        const std::optional<Break> fault = breakWithin(chunk.data.size());
-        const std::string data =
-            fault ? chunk.data.substr(0, static_cast<std::size_t>(fault->position - written)) : chunk.data;
-        writePage(chunk.page, data);
-        written += static_cast<std::int64_t>(data.size());
-        if (fault) {
-            breakOff(fault->fault);
+    for (const FlashChip::Part &part : FlashChip::parts(image)) {
+        for (std::size_t offset = 0; offset < part.payload.size(); offset += FlashChip::PageSize) {
+            programPage(part.payloadStart() + offset, part.payload.substr(offset, FlashChip::PageSize));
+            const std::chrono::duration<double> seconds(double(written) / double(drive.flashRate));
+            waitUntil(start + std::chrono::duration_cast<Clock::duration>(seconds));
         }
-        const std::chrono::duration<double> seconds(double(written) / double(drive.flashRate));
-        waitUntil(start + std::chrono::duration_cast<Clock::duration>(seconds));
     }
+}
+
+void Flash::programPage(std::size_t position, const std::string &data)
+{
+    const std::optional<Break> fault = breakWithin(data.size());
+    const std::size_t length = fault ? static_cast<std::size_t>(fault->position - written) : data.size();
+    chip.program(position, data.substr(0, length));
+    writeChip(position, length);
+    written += static_cast<std::int64_t>(length);
+    if (fault) {
+        breakOff(fault->fault);
+    }
+}
+
+void Flash::writeChip(std::size_t position, std::size_t length)
+{
+    store.change(
+        [&] { DriveTable(store).writeChip(drive, position, chip.content().substr(position, length)); },
+        Durability::Relaxed);
 }
 
 void Flash::verify()
 {
     store.read([this] { chip = DriveTable(store).chip(drive); });
-    const bool isSame = std::all_of(chunks.begin(), chunks.end(), [this](const Chunk &chunk) {
-        return chip.page(chunk.page).compare(0, chunk.data.size(), chunk.data) == 0;
+    const auto parts = FlashChip::parts(image);
+    const bool isSame = std::all_of(parts.begin(), parts.end(), [this](const FlashChip::Part &part) {
+        return chip.content().compare(part.payloadStart(), part.payload.size(), part.payload) == 0;
     });
     if (!isSame || findFault(drive.faults, FaultKind::VerifyError) != nullptr) {
         breakOff(FaultKind::VerifyError);
@@ -170,12 +163,8 @@ void Flash::finish()
 {
     changeDrive(
         [this](DriveTable &table, Drive &current) {
-            for (const auto &[region, page] :
-                {std::make_pair(
-                     FlashChip::Firmware, FlashChip::descriptor(image.firmwareVersion, image.firmware)),
-                    std::make_pair(FlashChip::Configuration,
-                        FlashChip::descriptor(image.configurationRevision, image.configuration))}) {
-                table.writeChip(current, region.start, page);
+            for (const FlashChip::Part &part : FlashChip::parts(image)) {
+                table.writeChip(current, part.region.start, part.descriptor());
             }
             current.incomplete = false;
             current.flashFirmware = image.firmwareVersion;
@@ -187,17 +176,9 @@ void Flash::finish()
                 current.runningConfiguration = current.flashConfiguration;
                 current.bootRom = false;
             }
-            current.lastUpdate = Succeeded;
-            current.lastUpdateAt = now();
+            current.setLastUpdate(Drive::UpdateSucceeded);
         },
         Durability::Lasting);
-}
-
-void Flash::writePage(std::size_t page, const std::string &data)
-{
-    chip.programPage(page, data);
-    store.change([&] { DriveTable(store).writeChip(drive, page * FlashChip::PageSize, chip.page(page)); },
-        Durability::Relaxed);
 }
 
 /// The first fault that ends the writing before `length` more bytes; one beyond the end strikes at the end.
@@ -287,34 +268,11 @@ void Flash::noteFailure(const std::string &reason)
         DriveTable table(store);
         std::optional<Drive> current = table.find(drive.serial);
         if (current) {
-            setFailed(&*current, reason);
+            current->setLastUpdate("failed: " + reason);
             current->heartbeat = begun && current->flashes == drive.flashes ? 0 : current->heartbeat;
             table.update(*current);
         }
     });
-}
-
-Unmount unmount(BenchStore &store, const std::string &reportedSerial)
-{
-    Unmount result{0, {}};
-    store.change([&] {
-        DriveTable table(store);
-        std::optional<Drive> drive = table.findReported(reportedSerial);
-        if (!drive) {
-            return;
-        }
-        const Fault *const refusal = findFault(drive->faults, FaultKind::UnmountReturns);
-        result.value = refusal == nullptr ? 1 : static_cast<int>(refusal->number);
-        drive->mounted = drive->mounted && refusal != nullptr;
-        useUp(&drive->faults, UsedUpBy::Unmounting);
-        if ((result.value & 1) == 0 && drive->lastUpdate == Succeeded) {
-            result.reason =
-                "the volumes were not unmounted, the library returned " + std::to_string(result.value);
-            setFailed(&*drive, result.reason);
-        }
-        table.update(*drive);
-    });
-    return result;
 }
 
 } // namespace bench

@@ -8,7 +8,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace bench {
 
@@ -32,12 +31,6 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    struct Chunk
-    {
-        std::size_t page;
-        std::string data;
-    };
-
     struct Break
     {
         FaultKind fault;
@@ -47,12 +40,13 @@ private:
     void find(const std::string &reportedSerial);
     void readImage(const std::string &imageFile, std::int32_t chipset);
     void begin();
-    void erase();
-    void program();
     void verify();
     void finish();
 
-    void writePage(std::size_t page, const std::string &data);
+    void erase();
+    void program();
+    void programPage(std::size_t position, const std::string &data);
+    void writeChip(std::size_t position, std::size_t length);
     std::optional<Break> breakWithin(std::size_t length) const;
     [[noreturn]] void breakOff(FaultKind fault);
     void waitUntil(Clock::time_point due);
@@ -65,21 +59,10 @@ private:
     Drive drive; ///< as it was last seen
     FlashChip chip;
     FirmwareImage image;
-    std::vector<Chunk> chunks;
     bool begun = false; ///< the flash of the drive is this object's to write
     std::int64_t total = 0;
     std::int64_t written = 0;
     Clock::time_point lastLook;
 };
-
-/// What became of an attempt to unmount the volumes of a drive.
-struct Unmount
-{
-    int value; ///< what the maker's library returns
-    std::string reason; ///< why a flash that had succeeded is now a failed update; empty otherwise
-};
-
-/// Unmounts the volumes of the drive that goes by this serial number.
-Unmount unmount(BenchStore &store, const std::string &reportedSerial);
 
 } // namespace bench

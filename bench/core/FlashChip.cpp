@@ -34,15 +34,21 @@ void FlashChip::eraseSector(std::size_t number)
     bytes.replace(number * SectorSize, SectorSize, SectorSize, Blank);
 }
 
-void FlashChip::programPage(std::size_t number, const std::string &data)
+void FlashChip::program(std::size_t position, const std::string &data)
 {
     for (std::size_t i = 0; i < data.size(); ++i) {
-        char &byte = bytes[number * PageSize + i];
+        char &byte = bytes[position + i];
         byte = static_cast<char>(byte & data[i]);
     }
 }
 
-std::string FlashChip::descriptor(const std::string &version, const std::string &payload)
+std::array<FlashChip::Part, 2> FlashChip::parts(const FirmwareImage &image)
+{
+    return {{{Firmware, image.firmwareVersion, image.firmware},
+        {Configuration, image.configurationRevision, image.configuration}}};
+}
+
+std::string FlashChip::Part::descriptor() const
 {
     std::string page(Mark);
     for (int shift = 0; shift < 32; shift += 8) {
@@ -73,17 +79,10 @@ std::string FlashChip::version(const Region &region) const
 void FlashChip::load(const FirmwareImage &image)
 {
     bytes.assign(Size, Blank);
-    programPart(Firmware, image.firmwareVersion, image.firmware);
-    programPart(Configuration, image.configurationRevision, image.configuration);
-}
-
-void FlashChip::programPart(const Region &region, const std::string &version, const std::string &payload)
-{
-    const std::size_t firstPage = region.start / PageSize;
-    for (std::size_t offset = 0; offset < payload.size(); offset += PageSize) {
-        programPage(firstPage + 1 + offset / PageSize, payload.substr(offset, PageSize));
+    for (const Part &part : parts(image)) {
+        program(part.payloadStart(), part.payload);
+        program(part.region.start, part.descriptor());
     }
-    programPage(firstPage, descriptor(version, payload));
 }
 
 } // namespace bench

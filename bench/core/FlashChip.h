@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <string>
 
 namespace bench {
@@ -30,20 +31,31 @@ public:
     static constexpr Region Firmware = {0, 120 * 1024};
     static constexpr Region Configuration = {120 * 1024, 8 * 1024};
 
+    /// What an image puts into one part: the payload, behind a page that describes it.
+    struct Part
+    {
+        Region region;
+        const std::string &version;
+        const std::string &payload;
+
+        std::size_t payloadStart() const { return region.start + PageSize; }
+        /// The page that makes the part complete.
+        std::string descriptor() const;
+    };
+    /// `image` outlives what is returned.
+    static std::array<Part, 2> parts(const FirmwareImage &image);
+
     /// A blank chip.
     FlashChip();
     /// A chip with this content; what is missing to its size is blank.
     explicit FlashChip(std::string content);
 
     const std::string &content() const { return bytes; }
-    std::string page(std::size_t number) const { return bytes.substr(number * PageSize, PageSize); }
 
     void eraseSector(std::size_t number);
-    /// Programs the beginning of a page; `data` is at most PageSize bytes.
-    void programPage(std::size_t number, const std::string &data);
+    /// Programs these bytes, within pages that were erased before.
+    void program(std::size_t position, const std::string &data);
 
-    /// The page that makes a part complete: it describes the payload that was programmed after it.
-    static std::string descriptor(const std::string &version, const std::string &payload);
     /// The version of what a part holds; empty when the part is blank or incomplete.
     std::string version(const Region &region) const;
 
@@ -51,8 +63,6 @@ public:
     void load(const FirmwareImage &image);
 
 private:
-    void programPart(const Region &region, const std::string &version, const std::string &payload);
-
     std::string bytes;
 };
 

@@ -6,6 +6,7 @@
 #include "bench/core/Flash.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
+#include "bench/core/Unmount.h"
 
 #include <cstdio>
 #include <utility>
