@@ -47,7 +47,7 @@ std::uint32_t numberAt(const std::string &file, std::size_t position)
 std::string textAt(const std::string &file, std::size_t position, const char *what)
 {
     const std::string field = file.substr(position, FirmwareImage::MaximumText);
-    const std::string text = field.substr(0, field.find('\0'));
+    std::string text = field.substr(0, field.find('\0'));
     const auto zeros = static_cast<std::size_t>(std::count(field.begin(), field.end(), '\0'));
     if (text.empty() || text.size() + zeros != field.size()) {
         throw Refused(std::string("has no valid ") + what);
@@ -68,7 +68,7 @@ std::size_t sizeAt(const std::string &file, std::size_t position, std::size_t ma
 std::string payloadAt(
     const std::string &file, std::size_t position, std::size_t size, std::size_t digestAt, const char *what)
 {
-    const std::string payload = file.substr(position, size);
+    std::string payload = file.substr(position, size);
     if (sha256(payload) != file.substr(digestAt, DigestSize)) {
         throw Refused(std::string("is damaged: the digest of the ") + what + " does not match");
     }
