@@ -1,4 +1,6 @@
 #include "companion/QDKUtilities.h"
+#include "tests/companion/CLibrary.h"
+#include "tests/companion/Searches.h"
 #include "tests/support/StandInTools.h"
 
 #include <QtTest>
@@ -7,28 +9,14 @@
 
 namespace {
 
-void write(const char *path, const QByteArray &content)
+void writeScratchFile(const QByteArray &content)
 {
-    QFile file(path);
+    QFile file("temp.txt");
     QVERIFY(file.open(QIODevice::WriteOnly));
     QCOMPARE(file.write(content), content.size());
 }
 
-void append(const char *path, const QByteArray &content)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::Append));
-    QCOMPARE(file.write(content), content.size());
-}
-
-const char *const SubmitCall = "launchctl|submit|-l|com.tarvo.quaydesk.service|-p|/Library/Application "
-                               "Support/Tarvo/Quaydesk/tarvo_qd_service";
-
-using Query = bool (*)();
-
 } // namespace
-
-Q_DECLARE_METATYPE(Query)
 
 class tst_QDKUtilities : public QObject
 {
@@ -39,31 +27,28 @@ private slots:
     void cleanup();
 
     void startServiceSubmitsTheService();
-    void startServiceIsOneWhateverTheShellSays();
+    void launchingOpensTheApplicationAndReturnsTheStatus_data();
     void launchingOpensTheApplicationAndReturnsTheStatus();
-    void queryRunsItsListingAndFindsItsNeedle_data();
-    void queryRunsItsListingAndFindsItsNeedle();
-    void queryWithoutANeedleInTheListingIsFalse_data();
-    void queryWithoutANeedleInTheListingIsFalse();
-    void queryIsCaseSensitive();
-    void queryIgnoresTheStatusOfItsListing();
-    void installedAsSoonAsALineHoldsTheNameEvenAsPartOfALongerName();
-    void leftoverScratchFileWithTheNeedleMakesTheNextCheckPositive();
-    void leftoversAreReadBeforeTheNewListing();
-    void scratchFileIsRemovedOnBothOutcomes();
-    void scratchFileThatCannotBeOpenedIsANegativeAnswerAndStays();
-    void needleInALongLineIsFoundOnlyWithinOneRead();
-    void wordsBeyondTheBufferAreReadInPieces();
-    void stopServiceRemovesAListedService();
-    void stopServiceRemovesNothingElse();
-    void killStopsTheProcessThatIsListed_data();
+    void pathsReachTheToolsAsOneWord();
+
+    void searchFindsItsNeedle_data();
+    void searchFindsItsNeedle();
+    void searchWithoutAScratchFileIsNegativeAndRemovesNothing_data();
+    void searchWithoutAScratchFileIsNegativeAndRemovesNothing();
+    void statusOfTheCommandsIsIgnored_data();
+    void statusOfTheCommandsIsIgnored();
+    void queryReadsWhatItsListingPrints_data();
+    void queryReadsWhatItsListingPrints();
+    void leftoverWithTheNeedleMakesTheNextCheckPositive();
     void killStopsTheProcessThatIsListed();
-    void killWithNoMatchingProcessReturnsZeroAndKillsNothing();
-    void versionOfALoadedExtension();
+
+    void versionLoadsTheExtensionWhereItIsInstalledOnly_data();
+    void versionLoadsTheExtensionWhereItIsInstalledOnly();
     void versionIsCutAsItsColumnRequires_data();
     void versionIsCutAsItsColumnRequires();
-    void versionLoadsAnInstalledExtensionFirst();
-    void versionWithExtensionNeitherLoadedNorInstalledIsEmpty();
+    void versionWithoutAScratchFileIsEmpty();
+    void versionIsThatOfTheListing();
+    void versionOfAnExtensionThatWasLoadedForIt();
 
 private:
     std::unique_ptr<StandInTools> tools;
@@ -72,6 +57,7 @@ private:
 void tst_QDKUtilities::init()
 {
     tools = std::make_unique<StandInTools>();
+    CLibrary::reset();
 }
 
 void tst_QDKUtilities::cleanup()
@@ -81,286 +67,301 @@ void tst_QDKUtilities::cleanup()
 
 void tst_QDKUtilities::startServiceSubmitsTheService()
 {
-    QCOMPARE(QDKUtilities::startService(), 1);
-    QCOMPARE(tools->calls(), (QStringList{QString("sudo|") + SubmitCall, SubmitCall}));
-    QVERIFY(!QFile::exists("temp.txt"));
+    const QByteArray command = "sudo launchctl submit -l com.tarvo.quaydesk.service -p "
+                               "/Library/Application\\ Support/Tarvo/Quaydesk/tarvo_qd_service";
+    for (const int status : {0, 256, -1}) {
+        CLibrary::withoutShell({{command, status}});
+        QCOMPARE(QDKUtilities::startService(), 1);
+        QCOMPARE(CLibrary::calls(), QStringList{"system(" + command + ")"});
+    }
 }
 
-void tst_QDKUtilities::startServiceIsOneWhateverTheShellSays()
+void tst_QDKUtilities::launchingOpensTheApplicationAndReturnsTheStatus_data()
 {
-    tools->answer(QString(SubmitCall).replace('|', ' '), "", 3);
-    QCOMPARE(QDKUtilities::startService(), 1);
+    QTest::addColumn<int>("status");
+    QTest::newRow("success") << 0;
+    QTest::newRow("failure") << 256;
+    QTest::newRow("another failure") << 512;
+    QTest::newRow("ended by a signal") << 9;
+    QTest::newRow("no shell") << -1;
 }
 
 void tst_QDKUtilities::launchingOpensTheApplicationAndReturnsTheStatus()
 {
-    QCOMPARE(QDKUtilities::launchQDK(), 0);
+    QFETCH(int, status);
+    const QByteArray application = "open \"/Applications/Tarvo Quaydesk.app\"";
+    CLibrary::withoutShell({{application, status}});
+    QCOMPARE(QDKUtilities::launchQDK(), status);
+    QCOMPARE(CLibrary::calls(), QStringList{"system(" + application + ")"});
+
+    const QByteArray statusItem =
+        "open \"/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app\"";
+    CLibrary::withoutShell({{statusItem, status}});
+    QCOMPARE(QDKUtilities::launchQDKStatusItem(), status);
+    QCOMPARE(CLibrary::calls(), QStringList{"system(" + statusItem + ")"});
+}
+
+void tst_QDKUtilities::pathsReachTheToolsAsOneWord()
+{
+    QDKUtilities::startService();
+    const QString submit = "launchctl|submit|-l|com.tarvo.quaydesk.service|-p|/Library/Application "
+                           "Support/Tarvo/Quaydesk/tarvo_qd_service";
+    QCOMPARE(tools->calls(), (QStringList{"sudo|" + submit, submit}));
+    tools->forgetCalls();
+    tools->answer("open /Applications/Tarvo Quaydesk.app", "", 1);
+    QCOMPARE(QDKUtilities::launchQDK(), 256);
     QCOMPARE(QDKUtilities::launchQDKStatusItem(), 0);
     QCOMPARE(tools->calls(),
         (QStringList{"open|/Applications/Tarvo Quaydesk.app",
             "open|/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app"}));
-    tools->answer("open /Applications/Tarvo Quaydesk.app", "", 1);
-    QCOMPARE(QDKUtilities::launchQDK(), 256);
-    tools->answer("open /Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app", "", 2);
-    QCOMPARE(QDKUtilities::launchQDKStatusItem(), 512);
-}
-
-void tst_QDKUtilities::queryRunsItsListingAndFindsItsNeedle_data()
-{
-    QTest::addColumn<Query>("query");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QByteArray>("listing");
-    QTest::addColumn<QStringList>("calls");
-    QTest::newRow("isQDKInstalledAndRunning")
-        << Query(QDKUtilities::isQDKInstalledAndRunning) << "launchctl list"
-        << QByteArray("PID\tStatus\tLabel\n-\t0\tcom.example.other\n312\t0\tcom.tarvo.quaydesk.service\n")
-        << QStringList{"sudo|launchctl|list", "launchctl|list"};
-    QTest::newRow("isQDKRunning") << Query(QDKUtilities::isQDKRunning) << "ps -ax"
-                                  << QByteArray("  PID TTY TIME CMD\n  312 ?? 0:01.07 /Applications/Tarvo "
-                                                "Quaydesk.app/Contents/MacOS/Quaydesk\n")
-                                  << QStringList{"ps|-ax"};
-    QTest::newRow("isQDKInstalled") << Query(QDKUtilities::isQDKInstalled) << "ls /Library/LaunchDaemons"
-                                    << QByteArray("com.example.plist\ncom.tarvo.quaydesk.service.plist\n")
-                                    << QStringList{"ls|/Library/LaunchDaemons"};
-    QTest::newRow("isTarvoKorrinLoaded")
-        << Query(QDKUtilities::isTarvoKorrinLoaded) << "kextstat"
-        << QByteArray("  87    0 0xffffff7f80d2b000 0x4000     0x4000     com.Tarvo.Korrin (1.2.3) <5 4 3>\n")
-        << QStringList{"kextstat"};
-    QTest::newRow("isTarvoKorrinInstalled")
-        << Query(QDKUtilities::isTarvoKorrinInstalled) << "ls /System/Library/Extensions"
-        << QByteArray("AppleACPIPlatform.kext\nTarvoKorrin.kext\n")
-        << QStringList{"ls|/System/Library/Extensions"};
-}
-
-void tst_QDKUtilities::queryRunsItsListingAndFindsItsNeedle()
-{
-    QFETCH(Query, query);
-    QFETCH(QString, command);
-    QFETCH(QByteArray, listing);
-    QFETCH(QStringList, calls);
-    tools->answer(command, listing);
-    QVERIFY(query());
-    QCOMPARE(tools->calls(), calls);
     QVERIFY(!QFile::exists("temp.txt"));
 }
 
-void tst_QDKUtilities::queryWithoutANeedleInTheListingIsFalse_data()
+void tst_QDKUtilities::searchFindsItsNeedle_data()
 {
-    queryRunsItsListingAndFindsItsNeedle_data();
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<bool>("holdsNeedle");
+    QTest::addColumn<QString>("beforeNeedle");
+    for (int index = 0; index < int(Searches.size()); ++index) {
+        const Search &search = Searches[index];
+        for (const Listing &listing : listingsFor(search)) {
+            QTest::addRow("%s: %s", search.name, listing.name)
+                << index << listing.content << listing.holdsNeedle << listing.beforeNeedle;
+        }
+    }
 }
 
-void tst_QDKUtilities::queryWithoutANeedleInTheListingIsFalse()
+void tst_QDKUtilities::searchFindsItsNeedle()
 {
-    QFETCH(Query, query);
-    QFETCH(QString, command);
-    QVERIFY(!query());
-    tools->answer(command, "com.example.Tarvo.plist\nQuaydesk\nKorrin\n");
-    QVERIFY(!query());
-    // The installation is told by the property list, not by the service's name alone.
-    tools->answer("ls /Library/LaunchDaemons", "com.tarvo.quaydesk.service\n");
-    QVERIFY(!QDKUtilities::isQDKInstalled());
+    QFETCH(int, index);
+    QFETCH(QByteArray, content);
+    QFETCH(bool, holdsNeedle);
+    QFETCH(QString, beforeNeedle);
+    const Search &search = Searches[index];
+    writeScratchFile(content);
+    CLibrary::withoutShell();
+    QCOMPARE(search.call(), holdsNeedle ? search.found : search.notFound);
+
+    QStringList calls = {"system(" + search.listing + ")", "fopen(temp.txt, r)"};
+    if (holdsNeedle && !search.action.isEmpty()) {
+        calls.append("system(" + QString(search.action).replace("%1", beforeNeedle) + ")");
+    }
+    QCOMPARE(CLibrary::calls(), calls + QStringList({"fclose()", "remove(temp.txt)"}));
     QVERIFY(!QFile::exists("temp.txt"));
 }
 
-void tst_QDKUtilities::queryIsCaseSensitive()
+void tst_QDKUtilities::searchWithoutAScratchFileIsNegativeAndRemovesNothing_data()
 {
-    tools->answer("ls /Library/LaunchDaemons", "com.Tarvo.Quaydesk.Service.plist\n");
-    QVERIFY(!QDKUtilities::isQDKInstalled());
+    QTest::addColumn<int>("index");
+    for (int index = 0; index < int(Searches.size()); ++index) {
+        QTest::newRow(Searches[index].name) << index;
+    }
 }
 
-void tst_QDKUtilities::queryIgnoresTheStatusOfItsListing()
+void tst_QDKUtilities::searchWithoutAScratchFileIsNegativeAndRemovesNothing()
 {
-    tools->answer("ls /Library/LaunchDaemons", "com.tarvo.quaydesk.service.plist\n", 2);
-    QVERIFY(QDKUtilities::isQDKInstalled());
-}
-
-void tst_QDKUtilities::installedAsSoonAsALineHoldsTheNameEvenAsPartOfALongerName()
-{
-    tools->answer("ls /Library/LaunchDaemons", "old-com.tarvo.quaydesk.service.plist.disabled\n");
-    QVERIFY(QDKUtilities::isQDKInstalled());
-}
-
-void tst_QDKUtilities::leftoverScratchFileWithTheNeedleMakesTheNextCheckPositive()
-{
-    write("temp.txt", "com.tarvo.quaydesk.service.plist\n");
-    QVERIFY(QDKUtilities::isQDKInstalled());
-    QVERIFY(!QFile::exists("temp.txt"));
-    QVERIFY(!QDKUtilities::isQDKInstalled());
-}
-
-void tst_QDKUtilities::leftoversAreReadBeforeTheNewListing()
-{
-    write("temp.txt", "left over: com.Tarvo.Korrin (9.9)\n");
-    tools->answer("kextstat", "87 0 0xf 0x4 0x4 com.Tarvo.Korrin (1.2.3) <5 4 3>\n");
-    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string("9.9"));
-}
-
-void tst_QDKUtilities::scratchFileIsRemovedOnBothOutcomes()
-{
-    append("temp.txt", "nothing of interest\n");
-    QVERIFY(!QDKUtilities::isQDKRunning());
-    QVERIFY(!QFile::exists("temp.txt"));
-    append("temp.txt", "com.tarvo.quaydesk.service\n");
-    QVERIFY(QDKUtilities::isQDKInstalledAndRunning());
-    QVERIFY(!QFile::exists("temp.txt"));
-}
-
-void tst_QDKUtilities::scratchFileThatCannotBeOpenedIsANegativeAnswerAndStays()
-{
+    QFETCH(int, index);
+    const Search &search = Searches[index];
     // A dangling symbolic link into a folder that does not exist can be neither written nor read.
     QVERIFY(QFile::link("missing/folder/temp.txt", "temp.txt"));
-    tools->answer("ls /System/Library/Extensions/TarvoKorrin.kext", "", 1);
-    tools->installCompanion();
-    QVERIFY(!QDKUtilities::isQDKInstalled());
-    QVERIFY(!QDKUtilities::isQDKInstalledAndRunning());
-    QCOMPARE(QDKUtilities::stopService(), 1);
-    QCOMPARE(QDKUtilities::killQDK(), 0);
-    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string());
+    QCOMPARE(search.call(), search.notFound);
+    QCOMPARE(CLibrary::calls(), (QStringList{"system(" + search.listing + ")", "fopen(temp.txt, r)"}));
     QVERIFY(QFileInfo("temp.txt").isSymLink());
 }
 
-void tst_QDKUtilities::needleInALongLineIsFoundOnlyWithinOneRead()
+void tst_QDKUtilities::statusOfTheCommandsIsIgnored_data()
 {
-    const QByteArray needle = "com.tarvo.quaydesk.service.plist";
-    tools->answer("ls /Library/LaunchDaemons", QByteArray(1023 - needle.size(), 'x') + needle + "\n");
+    searchWithoutAScratchFileIsNegativeAndRemovesNothing_data();
+}
+
+void tst_QDKUtilities::statusOfTheCommandsIsIgnored()
+{
+    QFETCH(int, index);
+    const Search &search = Searches[index];
+    const QByteArray action = QString(search.action).replace("%1", "  312").toLatin1();
+    for (const int status : {256, 9, -1}) {
+        writeScratchFile("  312 " + search.needle + "\n");
+        CLibrary::withoutShell({{search.listing.toLatin1(), status}, {action, status}});
+        QCOMPARE(search.call(), search.found);
+        writeScratchFile("  312 other\n");
+        QCOMPARE(search.call(), search.notFound);
+    }
+}
+
+void tst_QDKUtilities::queryReadsWhatItsListingPrints_data()
+{
+    QTest::addColumn<int>("index");
+    QTest::addColumn<QString>("command");
+    QTest::addColumn<QStringList>("calls");
+    const QStringList commands = {"launchctl list", "launchctl list", "ps -axcopid,command",
+        "ps -axcopid,command", "ps -ax", "ls /Library/LaunchDaemons", "kextstat",
+        "ls /System/Library/Extensions"};
+    QCOMPARE(int(commands.size()), int(Searches.size()));
+    for (int index = 0; index < int(commands.size()); ++index) {
+        const QString call = QString(commands[index]).replace(' ', '|');
+        QTest::newRow(Searches[index].name)
+            << index << commands[index]
+            << (Searches[index].listing.startsWith("sudo ") ? QStringList{"sudo|" + call, call}
+                                                            : QStringList{call});
+    }
+}
+
+void tst_QDKUtilities::queryReadsWhatItsListingPrints()
+{
+    QFETCH(int, index);
+    QFETCH(QString, command);
+    QFETCH(QStringList, calls);
+    const Search &search = Searches[index];
+    // "Tarvo" for the filter; no process has this number.
+    tools->answer(command, "99999999 Tarvo\n");
+    QCOMPARE(search.call(), search.notFound);
+    QCOMPARE(tools->calls(), calls);
+    tools->answer(command, "99999999 " + search.needle + " of Tarvo\n");
+    QCOMPARE(search.call(), search.found);
+    QVERIFY(!QFile::exists("temp.txt"));
+}
+
+void tst_QDKUtilities::leftoverWithTheNeedleMakesTheNextCheckPositive()
+{
+    tools->answer("ls /Library/LaunchDaemons", "com.example.other.plist\n");
+    writeScratchFile("com.tarvo.quaydesk.service.plist\n");
     QVERIFY(QDKUtilities::isQDKInstalled());
-    tools->answer("ls /Library/LaunchDaemons", QByteArray(1023 - 5, 'x') + needle + "\n");
     QVERIFY(!QDKUtilities::isQDKInstalled());
-    tools->answer("ls /Library/LaunchDaemons", QByteArray(1023, 'x') + needle + "\n");
-    QVERIFY(QDKUtilities::isQDKInstalled());
-}
-
-void tst_QDKUtilities::wordsBeyondTheBufferAreReadInPieces()
-{
-    const QByteArray needle = "com.tarvo.quaydesk.service";
-    tools->answer("launchctl list", QByteArray(127 - needle.size(), 'x') + needle);
-    QVERIFY(QDKUtilities::isQDKInstalledAndRunning());
-    tools->answer("launchctl list", QByteArray(127 - 5, 'x') + needle);
-    QVERIFY(!QDKUtilities::isQDKInstalledAndRunning());
-    tools->answer("launchctl list", QByteArray(100000, 'x') + " " + needle);
-    QVERIFY(QDKUtilities::isQDKInstalledAndRunning());
-}
-
-void tst_QDKUtilities::stopServiceRemovesAListedService()
-{
-    tools->answer("launchctl list", "312\t0\tcom.tarvo.quaydesk.service\n");
-    QCOMPARE(QDKUtilities::stopService(), 1);
-    QCOMPARE(tools->calls(),
-        (QStringList{"sudo|launchctl|list", "launchctl|list",
-            "sudo|launchctl|remove|com.tarvo.quaydesk.service",
-            "launchctl|remove|com.tarvo.quaydesk.service"}));
-    QVERIFY(!QFile::exists("temp.txt"));
-}
-
-void tst_QDKUtilities::stopServiceRemovesNothingElse()
-{
-    tools->answer("launchctl list", "312\t0\tcom.example.service\n");
-    QCOMPARE(QDKUtilities::stopService(), 1);
-    QCOMPARE(tools->calls(), (QStringList{"sudo|launchctl|list", "launchctl|list"}));
-    QVERIFY(!QFile::exists("temp.txt"));
-}
-
-void tst_QDKUtilities::killStopsTheProcessThatIsListed_data()
-{
-    QTest::addColumn<bool>("statusItem");
-    QTest::newRow("killQDK") << false;
-    QTest::newRow("killQDKStatusItem") << true;
 }
 
 void tst_QDKUtilities::killStopsTheProcessThatIsListed()
 {
-    QFETCH(bool, statusItem);
     QProcess victim;
     QProcess bystander;
     victim.start("sleep", {"60"});
     bystander.start("sleep", {"60"});
     QVERIFY(victim.waitForStarted() && bystander.waitForStarted());
-    const QByteArray name = statusItem ? "QDKStatusItem" : "Tarvo Quaydesk";
     tools->answer("ps -axcopid,command",
-        "  PID COMMAND\n    1 launchd\n  " + QByteArray::number(victim.processId()) + " " + name + "\n  "
-            + QByteArray::number(bystander.processId()) + " " + name + "\n");
-    QCOMPARE(statusItem ? QDKUtilities::killQDKStatusItem() : QDKUtilities::killQDK(), 1);
+        "  PID COMMAND\n    1 launchd\n  " + QByteArray::number(victim.processId()) + " Tarvo Quaydesk\n  "
+            + QByteArray::number(bystander.processId()) + " Tarvo Quaydesk\n");
+    QCOMPARE(QDKUtilities::killQDK(), 1);
     QVERIFY(victim.waitForFinished());
     QCOMPARE(victim.exitStatus(), QProcess::CrashExit);
     QVERIFY(!bystander.waitForFinished(100));
-    QCOMPARE(tools->calls(), QStringList{"ps|-axcopid,command"});
-    QVERIFY(!QFile::exists("temp.txt"));
     bystander.kill();
     bystander.waitForFinished();
 }
 
-void tst_QDKUtilities::killWithNoMatchingProcessReturnsZeroAndKillsNothing()
+void tst_QDKUtilities::versionLoadsTheExtensionWhereItIsInstalledOnly_data()
 {
-    QProcess bystander;
-    bystander.start("sleep", {"60"});
-    QVERIFY(bystander.waitForStarted());
-    tools->answer(
-        "ps -axcopid,command", "  PID COMMAND\n" + QByteArray::number(bystander.processId()) + " sleep\n");
-    QCOMPARE(QDKUtilities::killQDK(), 0);
-    QCOMPARE(QDKUtilities::killQDKStatusItem(), 0);
-    QVERIFY(!bystander.waitForFinished(100));
-    QVERIFY(!QFile::exists("temp.txt"));
-    bystander.kill();
-    bystander.waitForFinished();
+    QTest::addColumn<int>("listed");
+    QTest::addColumn<int>("installed");
+    QTest::addColumn<int>("loaded");
+    QTest::addColumn<bool>("loads");
+    QTest::newRow("loaded") << 0 << 0 << 0 << false;
+    QTest::newRow("not loaded, installed") << 256 << 0 << 0 << true;
+    QTest::newRow("listing ended by a signal, installed") << 2 << 0 << 0 << true;
+    QTest::newRow("no shell for the listing, installed") << -1 << 0 << 0 << true;
+    QTest::newRow("cannot be loaded") << 256 << 0 << 256 << true;
+    QTest::newRow("neither loaded nor installed") << 256 << 256 << 0 << false;
+    QTest::newRow("no shell") << -1 << -1 << 0 << false;
 }
 
-void tst_QDKUtilities::versionOfALoadedExtension()
+void tst_QDKUtilities::versionLoadsTheExtensionWhereItIsInstalledOnly()
+{
+    QFETCH(int, listed);
+    QFETCH(int, installed);
+    QFETCH(int, loaded);
+    QFETCH(bool, loads);
+    const QByteArray listing = "sudo kextstat | grep com.Tarvo.Korrin >> temp.txt";
+    const QByteArray looking = "sudo ls /System/Library/Extensions/TarvoKorrin.kext";
+    const QByteArray loading = "sudo kextload /System/Library/Extensions/TarvoKorrin.kext";
+    writeScratchFile("left over: (7.7)\n");
+    CLibrary::withoutShell({{listing, listed}, {looking, installed}, {loading, loaded}});
+    // What is left over is read unless the extension is loaded first.
+    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string(loads ? "" : "7.7"));
+
+    QStringList calls = {"system(" + listing + ")"};
+    if (listed != 0) {
+        calls.append("system(" + looking + ")");
+    }
+    if (loads) {
+        calls += {"system(" + loading + ")", "remove(temp.txt)", "system(" + listing + ")"};
+    }
+    calls.append("fopen(temp.txt, r)");
+    if (!loads) {
+        calls += {"fclose()", "remove(temp.txt)"};
+    }
+    QCOMPARE(CLibrary::calls(), calls);
+}
+
+void tst_QDKUtilities::versionIsCutAsItsColumnRequires_data()
+{
+    QTest::addColumn<QByteArray>("listing");
+    QTest::addColumn<QByteArray>("version");
+    const auto row = [](const char *name, const QByteArray &listing, const QByteArray &version) {
+        QTest::newRow(name) << listing << version;
+    };
+    row("column", "87 0 0xf 0x4 0x4 com.Tarvo.Korrin (1.2.3) <5 4 3>\n", "1.2.3");
+    row("first of two", "(1.2.3) (4.5.6)\n", "1.2.3");
+    row("text after it", "(1.2.3)x", "1.2.3");
+    row("text before it lengthens the cut", "v(1.2)", "1.2)");
+    row("nothing inside", "()", "");
+    row("nothing inside the first", "() (1.2)", "");
+    row("first opening parenthesis", "(1(2)", "1(2");
+    row("first closing parenthesis", "(1)2)", "1");
+    row("closed before it opens", "a)b(cde", "");
+    row("closed at once: to the end", ")a(bcd", "bcd");
+    row("opens at the end", "ab)(", "");
+    row("opened only", "(1.2 1.2", "");
+    row("closed only", "1.2) 1.2", "");
+    row("no word with both", "(1.2 3)", "");
+    row("behind a word with one", "(a b) (1.2)", "1.2");
+    row("nothing", "", "");
+    row("up to the end of a read", "(" + QByteArray(125, '1') + ")", QByteArray(125, '1'));
+    row("cut by the end of a read", "(" + QByteArray(126, '1') + ")", "");
+    row("in the second read of a word", QByteArray(127, '1') + "(1.2)", "1.2");
+    row("behind a zero byte", QByteArray("1\0(1.2)", 7), "");
+}
+
+void tst_QDKUtilities::versionIsCutAsItsColumnRequires()
+{
+    QFETCH(QByteArray, listing);
+    QFETCH(QByteArray, version);
+    writeScratchFile(listing);
+    CLibrary::withoutShell();
+    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), version.toStdString());
+    QCOMPARE(CLibrary::calls().mid(1), (QStringList{"fopen(temp.txt, r)", "fclose()", "remove(temp.txt)"}));
+    QVERIFY(!QFile::exists("temp.txt"));
+}
+
+void tst_QDKUtilities::versionWithoutAScratchFileIsEmpty()
+{
+    QVERIFY(QFile::link("missing/folder/temp.txt", "temp.txt"));
+    tools->answer("ls /System/Library/Extensions/TarvoKorrin.kext", "", 1);
+    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string());
+    QCOMPARE(CLibrary::calls().last(), QString("fopen(temp.txt, r)"));
+    QVERIFY(QFileInfo("temp.txt").isSymLink());
+}
+
+void tst_QDKUtilities::versionIsThatOfTheListing()
 {
     tools->answer("kextstat",
         "1 0 0xf 0x4 0x4 com.example.other (4.5.6) <1>\n"
         "87 0 0xf 0x4 0x4 com.Tarvo.Korrin (1.2.3) <5 4 3>\n");
     QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string("1.2.3"));
     QCOMPARE(tools->calls(), (QStringList{"sudo|kextstat", "kextstat"}));
-    QVERIFY(!QFile::exists("temp.txt"));
+    writeScratchFile("left over: com.Tarvo.Korrin (9.9)\n");
+    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string("9.9"));
 }
 
-void tst_QDKUtilities::versionIsCutAsItsColumnRequires_data()
-{
-    QTest::addColumn<QByteArray>("word");
-    QTest::addColumn<QByteArray>("version");
-    QTest::newRow("column") << QByteArray("(1.2.3)") << QByteArray("1.2.3");
-    QTest::newRow("text after it") << QByteArray("(1.2.3)x") << QByteArray("1.2.3");
-    QTest::newRow("text before it lengthens the cut") << QByteArray("v(1.2)") << QByteArray("1.2)");
-    QTest::newRow("nothing inside") << QByteArray("()") << QByteArray("");
-    QTest::newRow("closed before it opens") << QByteArray("a)b(cde") << QByteArray("");
-    QTest::newRow("closed at once: to the end") << QByteArray(")a(bcd") << QByteArray("bcd");
-    QTest::newRow("opens at the end") << QByteArray("ab)(") << QByteArray("");
-    QTest::newRow("no word with both") << QByteArray("(1.2 3)") << QByteArray("");
-}
-
-void tst_QDKUtilities::versionIsCutAsItsColumnRequires()
-{
-    QFETCH(QByteArray, word);
-    QFETCH(QByteArray, version);
-    tools->answer("kextstat", "com.Tarvo.Korrin " + word + "\n");
-    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), version.toStdString());
-    QVERIFY(!QFile::exists("temp.txt"));
-}
-
-void tst_QDKUtilities::versionLoadsAnInstalledExtensionFirst()
+void tst_QDKUtilities::versionOfAnExtensionThatWasLoadedForIt()
 {
     tools->replace("kextload", "printf 'com.Tarvo.Korrin (1.2.3)\\n' > loaded");
     tools->replace("kextstat", "[ ! -f loaded ] || cat loaded");
-    write("temp.txt", "left over: (7.7)\n");
+    writeScratchFile("left over: (7.7)\n");
     QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string("1.2.3"));
     QCOMPARE(tools->calls(),
         (QStringList{"sudo|kextstat", "kextstat", "sudo|ls|/System/Library/Extensions/TarvoKorrin.kext",
             "ls|/System/Library/Extensions/TarvoKorrin.kext",
             "sudo|kextload|/System/Library/Extensions/TarvoKorrin.kext",
             "kextload|/System/Library/Extensions/TarvoKorrin.kext", "sudo|kextstat", "kextstat"}));
-    QVERIFY(!QFile::exists("temp.txt"));
-}
-
-void tst_QDKUtilities::versionWithExtensionNeitherLoadedNorInstalledIsEmpty()
-{
-    tools->answer("ls /System/Library/Extensions/TarvoKorrin.kext", "", 1);
-    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string());
-    QVERIFY(!tools->calls().contains("kextload|/System/Library/Extensions/TarvoKorrin.kext"));
-    QVERIFY(!QFile::exists("temp.txt"));
-
-    // The scratch file is read nevertheless, with what an earlier run left in it.
-    write("temp.txt", "left over: (7.7)\n");
-    QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string("7.7"));
     QVERIFY(!QFile::exists("temp.txt"));
 }
 
