@@ -1,10 +1,8 @@
-#include "devices/DeviceDiscoveryThread.h"
-#include "tests/platform/ScriptedPlatform.h"
+#include "tests/devices/Discovery.h"
+#include "tests/devices/Pauses.h"
 #include "tests/support/DeviceRecords.h"
 
 #include <QtTest>
-
-#include <memory>
 
 using DeviceRecords::usbDrive;
 
@@ -17,34 +15,19 @@ DeviceInfo unsettled(DeviceInfo drive, std::int32_t firmwareStatus, std::int32_t
     return drive;
 }
 
-/// A thread whose lists are received on the test's thread, stopped and waited for at the end. The object
-/// is kept, as it is in the program.
-class Discovery
+using Microseconds = QVector<qulonglong>;
+constexpr qulonglong Settling = 500000;
+constexpr qulonglong BetweenPasses = 2000000;
+
+/// A thread whose pauses the test ends, stopped and waited for at the test's end.
+class SteppedDiscovery : public Discovery
 {
 public:
-    Discovery() : thread(keptThread())
+    ~SteppedDiscovery()
     {
-        QObject::connect(&thread, &DeviceDiscoveryThread::updateDeviceList, &receiver,
-            [this](const QVector<DeviceInfo> &list) { lists.append(list); });
-    }
-    ~Discovery()
-    {
-        ScriptedPlatform::attach({});
-        ScriptedPlatform::releaseQueries();
-        thread.stopRequested = true;
+        stop();
+        Pauses::endAll();
         thread.wait();
-    }
-
-    DeviceDiscoveryThread &thread;
-    QObject receiver;
-    QList<QVector<DeviceInfo>> lists;
-
-private:
-    static DeviceDiscoveryThread &keptThread()
-    {
-        static auto &threads = *new QList<DeviceDiscoveryThread *>;
-        threads.append(new DeviceDiscoveryThread);
-        return *threads.last();
     }
 };
 
@@ -60,18 +43,21 @@ private slots:
 
     void hasOneSignalAndNoSlots();
     void startsEnabledAndNotStopped();
-    void noDriveAttachedStillSendsAnEmptyListEveryPass();
-    void listArrivesInTheLibrarysOrderAboutEveryTwoSeconds();
+    void everyPassSendsItsListAndTwoSecondsLieBetween_data();
+    void everyPassSendsItsListAndTwoSecondsLieBetween();
     void eachPassHasAnObjectOfItsOwn();
+    void listIsSentFromThisThreadWhileThePassLasts();
     void unknownStatusIsAskedForAgainEveryHalfSecond_data();
     void unknownStatusIsAskedForAgainEveryHalfSecond();
     void anyStatusButZeroIsSentAtOnce();
-    void settlingStartsOverAtTheFirstDrive();
-    void driveThatDisappearsWhileSettlingDropsOut();
+    void listThatChangesWhileSettlingIsSentAsItIsLast_data();
+    void listThatChangesWhileSettlingIsSentAsItIsLast();
+    void settlingHasNoEnd();
     void settlingIgnoresBothFlags();
-    void disabledThreadNeitherAsksNorSends();
+    void disabledThreadOnlyPauses();
     void passUnderWayWhenDisabledStillSends();
     void stopBeforeTheLoopMakesNoLibraryCall();
+    void stopDuringAPassIsSeenAfterThePause();
     void stopDuringThePauseStartsNoOtherPass();
 };
 
@@ -83,6 +69,7 @@ void tst_DeviceDiscoveryThread::initTestCase()
 void tst_DeviceDiscoveryThread::init()
 {
     ScriptedPlatform::reset();
+    Pauses::reset();
 }
 
 void tst_DeviceDiscoveryThread::hasOneSignalAndNoSlots()
@@ -107,38 +94,57 @@ void tst_DeviceDiscoveryThread::startsEnabledAndNotStopped()
     QVERIFY(thread.parent() == nullptr);
 }
 
-void tst_DeviceDiscoveryThread::noDriveAttachedStillSendsAnEmptyListEveryPass()
+void tst_DeviceDiscoveryThread::everyPassSendsItsListAndTwoSecondsLieBetween_data()
 {
-    Discovery discovery;
-    discovery.thread.start(QThread::InheritPriority);
-    QTRY_VERIFY(discovery.lists.size() >= 2);
-    QVERIFY(discovery.lists[0].isEmpty());
-    QVERIFY(discovery.lists[1].isEmpty());
+    QTest::addColumn<QVector<DeviceInfo>>("drives");
+    QTest::newRow("no drive") << QVector<DeviceInfo>();
+    QTest::newRow("in the library's order")
+        << QVector<DeviceInfo>{usbDrive("C"), usbDrive("A"), usbDrive("B"), usbDrive("A")};
 }
 
-void tst_DeviceDiscoveryThread::listArrivesInTheLibrarysOrderAboutEveryTwoSeconds()
+void tst_DeviceDiscoveryThread::everyPassSendsItsListAndTwoSecondsLieBetween()
 {
-    const ScriptedPlatform::DeviceList drives = {usbDrive("C"), usbDrive("A"), usbDrive("B")};
-    ScriptedPlatform::attach(drives);
-    Discovery discovery;
+    QFETCH(QVector<DeviceInfo>, drives);
+    ScriptedPlatform::attach({drives.begin(), drives.end()});
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_VERIFY(discovery.lists.size() >= 2);
-    const QVector<DeviceInfo> expected(drives.begin(), drives.end());
-    QVERIFY(discovery.lists[0] == expected);
-    QVERIFY(discovery.lists[1] == expected);
-    const qint64 interval = ScriptedPlatform::queryIntervals().first();
-    QVERIFY2(interval >= 2000 && interval < 4000, qPrintable(QString::number(interval)));
+    Microseconds pauses;
+    for (int pass = 1; pass <= 3; ++pass) {
+        pauses.append(BetweenPasses);
+        QTRY_COMPARE(Pauses::begun(), pauses);
+        QTRY_COMPARE(int(discovery.lists.size()), pass);
+        QVERIFY(discovery.lists.last() == drives);
+        Pauses::end();
+    }
 }
 
 void tst_DeviceDiscoveryThread::eachPassHasAnObjectOfItsOwn()
 {
     ScriptedPlatform::attach({usbDrive()});
-    Discovery discovery;
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_VERIFY(discovery.lists.size() >= 2);
+    Pauses::end();
+    QTRY_COMPARE(Pauses::begun(), (Microseconds{BetweenPasses, BetweenPasses}));
     const QStringList pass = {"DeviceDiscovery()", "getTarvoDevice(0)", "~DeviceDiscovery()"};
-    QTRY_VERIFY(ScriptedPlatform::calls().size() >= 6);
-    QCOMPARE(ScriptedPlatform::calls().mid(0, 6), pass + pass);
+    QCOMPARE(ScriptedPlatform::calls(), pass + pass);
+}
+
+void tst_DeviceDiscoveryThread::listIsSentFromThisThreadWhileThePassLasts()
+{
+    SteppedDiscovery discovery;
+    QThread *sender = nullptr;
+    QStringList before;
+    QObject::connect(
+        &discovery.thread, &DeviceDiscoveryThread::updateDeviceList, &discovery.thread,
+        [&sender, &before] {
+            sender = QThread::currentThread();
+            before = ScriptedPlatform::calls();
+        },
+        Qt::DirectConnection);
+    discovery.thread.start(QThread::InheritPriority);
+    QTRY_COMPARE(Pauses::begun(), Microseconds{BetweenPasses});
+    QCOMPARE(sender, static_cast<QThread *>(&discovery.thread));
+    QCOMPARE(before, (QStringList{"DeviceDiscovery()", "getTarvoDevice(0)"}));
 }
 
 void tst_DeviceDiscoveryThread::unknownStatusIsAskedForAgainEveryHalfSecond_data()
@@ -156,119 +162,179 @@ void tst_DeviceDiscoveryThread::unknownStatusIsAskedForAgainEveryHalfSecond()
     QFETCH(int, configurationStatus);
     const DeviceInfo waiting = unsettled(usbDrive(), firmwareStatus, configurationStatus);
     ScriptedPlatform::attachInTurn({{waiting}, {waiting}, {usbDrive()}});
-    Discovery discovery;
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 1);
-    QVERIFY(discovery.lists[0] == QVector<DeviceInfo>{usbDrive()});
     // The same object is asked, with the vector as the last answer left it.
-    QTRY_COMPARE(ScriptedPlatform::calls(),
-        (QStringList{"DeviceDiscovery()", "getTarvoDevice(0)", "getTarvoDevice(1)", "getTarvoDevice(1)",
-            "~DeviceDiscovery()"}));
-    for (const qint64 interval : ScriptedPlatform::queryIntervals()) {
-        QVERIFY2(interval >= 500 && interval < 2000, qPrintable(QString::number(interval)));
+    QStringList calls = {"DeviceDiscovery()", "getTarvoDevice(0)"};
+    Microseconds pauses;
+    for (int answer = 1; answer <= 2; ++answer) {
+        pauses.append(Settling);
+        QTRY_COMPARE(Pauses::begun(), pauses);
+        QCOMPARE(ScriptedPlatform::calls(), calls);
+        Pauses::end();
+        calls.append("getTarvoDevice(1)");
     }
+    QTRY_COMPARE(Pauses::begun(), pauses + Microseconds{BetweenPasses});
+    QCOMPARE(ScriptedPlatform::calls(), calls + QStringList{"~DeviceDiscovery()"});
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
+    QVERIFY(discovery.lists[0] == QVector<DeviceInfo>{usbDrive()});
 }
 
 void tst_DeviceDiscoveryThread::anyStatusButZeroIsSentAtOnce()
 {
-    const ScriptedPlatform::DeviceList drives = {
-        unsettled(usbDrive("A"), 3, -1), unsettled(usbDrive("B"), -7, 99)};
-    ScriptedPlatform::attach(drives);
-    Discovery discovery;
+    QVector<DeviceInfo> drives;
+    for (const int status : {1, 2, 3, -1, -7, 99, 0x100, 0x10000, std::numeric_limits<int>::min()}) {
+        drives.append(unsettled(usbDrive(), status, 1));
+        drives.append(unsettled(usbDrive(), 1, status));
+    }
+    ScriptedPlatform::attach({drives.begin(), drives.end()});
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 1);
-    QVERIFY(discovery.lists[0] == QVector<DeviceInfo>(drives.begin(), drives.end()));
-    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+    QTRY_COMPARE(Pauses::begun(), Microseconds{BetweenPasses});
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
+    QVERIFY(discovery.lists[0] == drives);
 }
 
-void tst_DeviceDiscoveryThread::settlingStartsOverAtTheFirstDrive()
+void tst_DeviceDiscoveryThread::listThatChangesWhileSettlingIsSentAsItIsLast_data()
 {
-    // The second drive settles in the second answer, in which the first one is unknown again.
-    ScriptedPlatform::attachInTurn({{usbDrive("A"), unsettled(usbDrive("B"), 0, 0)},
-        {unsettled(usbDrive("A"), 0, 1), usbDrive("B")}, {usbDrive("A"), usbDrive("B")}});
-    Discovery discovery;
-    discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 1);
-    QVERIFY(discovery.lists[0] == (QVector<DeviceInfo>{usbDrive("A"), usbDrive("B")}));
-    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 3);
+    QTest::addColumn<QVector<QVector<DeviceInfo>>>("answers");
+    const DeviceInfo a = usbDrive("A");
+    const DeviceInfo b = usbDrive("B");
+    const DeviceInfo c = usbDrive("C");
+    const DeviceInfo unknownA = unsettled(a, 0, 1);
+    const DeviceInfo unknownB = unsettled(b, 0, 0);
+    using Answers = QVector<QVector<DeviceInfo>>;
+    QTest::newRow("last drive settles") << Answers{{a, unknownB}, {a, b}};
+    QTest::newRow("first drive settles") << Answers{{unknownA, b}, {a, b}};
+    QTest::newRow("first drive is unknown again") << Answers{{a, unknownB}, {unknownA, b}, {a, b}};
+    QTest::newRow("drive in the middle") << Answers{{a, unknownB, c}, {a, b, c}};
+    QTest::newRow("unknown drive goes away") << Answers{{a, unknownB}, {a}};
+    QTest::newRow("all drives go away") << Answers{{unknownA}, {}};
+    QTest::newRow("known drive goes away") << Answers{{a, unknownB}, {unknownB}, {b}};
+    QTest::newRow("unknown drive comes") << Answers{{unknownA}, {a, unknownB}, {a, b}};
+    QTest::newRow("unknown drive comes in front") << Answers{{a, unknownB}, {unknownA, a, b}, {c, a, b}};
 }
 
-void tst_DeviceDiscoveryThread::driveThatDisappearsWhileSettlingDropsOut()
+void tst_DeviceDiscoveryThread::listThatChangesWhileSettlingIsSentAsItIsLast()
 {
-    ScriptedPlatform::attachInTurn({{usbDrive("A"), unsettled(usbDrive("B"), 0, 0)}, {usbDrive("A")}});
-    Discovery discovery;
+    QFETCH(QVector<QVector<DeviceInfo>>, answers);
+    std::vector<ScriptedPlatform::DeviceList> script;
+    for (const QVector<DeviceInfo> &answer : answers) {
+        script.emplace_back(answer.begin(), answer.end());
+    }
+    ScriptedPlatform::attachInTurn(script);
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 1);
-    QVERIFY(discovery.lists[0] == QVector<DeviceInfo>{usbDrive("A")});
+    Pauses::end(int(answers.size()) - 1);
+    const Microseconds pauses(answers.size() - 1, Settling);
+    QTRY_COMPARE(Pauses::begun(), pauses + Microseconds{BetweenPasses});
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
+    QVERIFY(discovery.lists[0] == answers.last());
+}
+
+void tst_DeviceDiscoveryThread::settlingHasNoEnd()
+{
+    ScriptedPlatform::attach({unsettled(usbDrive(), 1, 0)});
+    SteppedDiscovery discovery;
+    discovery.thread.start(QThread::InheritPriority);
+    Pauses::end(10000);
+    QTRY_COMPARE_WITH_TIMEOUT(int(Pauses::begun().size()), 10001, 30000);
+    QVERIFY(Pauses::begun() == Microseconds(10001, Settling));
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 10001);
+    QCoreApplication::processEvents();
+    QVERIFY(discovery.lists.isEmpty());
 }
 
 void tst_DeviceDiscoveryThread::settlingIgnoresBothFlags()
 {
     ScriptedPlatform::attach({unsettled(usbDrive(), 0, 0)});
-    Discovery discovery;
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_VERIFY(ScriptedPlatform::count("getTarvoDevice") >= 1);
+    QTRY_COMPARE(Pauses::begun(), Microseconds{Settling});
     discovery.thread.discoveryEnabled = false;
     discovery.thread.stopRequested = true;
-    QTRY_VERIFY(ScriptedPlatform::count("getTarvoDevice") >= 4);
-    QVERIFY(discovery.thread.isRunning());
+    Pauses::end();
+    QTRY_COMPARE(Pauses::begun(), Microseconds(2, Settling));
+    QCoreApplication::processEvents();
     QVERIFY(discovery.lists.isEmpty());
+
     ScriptedPlatform::attach({usbDrive()});
-    QTRY_COMPARE(discovery.lists.size(), 1);
-    QTRY_VERIFY(discovery.thread.isFinished());
+    Pauses::end();
+    QTRY_COMPARE(Pauses::begun(), (Microseconds{Settling, Settling, BetweenPasses}));
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
+    QVERIFY(discovery.thread.isRunning());
+    Pauses::end();
+    QVERIFY(discovery.thread.wait(5000));
 }
 
-void tst_DeviceDiscoveryThread::disabledThreadNeitherAsksNorSends()
+void tst_DeviceDiscoveryThread::disabledThreadOnlyPauses()
 {
-    ScriptedPlatform::attach({usbDrive()});
-    Discovery discovery;
-    discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 1);
+    SteppedDiscovery discovery;
     discovery.thread.discoveryEnabled = false;
-    // Longer than the pause: a turn has begun in which the flag was seen.
-    QElapsedTimer turn;
-    turn.start();
-    QTRY_VERIFY(turn.elapsed() > 3000);
-    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
-    QCOMPARE(int(discovery.lists.size()), 1);
+    discovery.thread.start(QThread::InheritPriority);
+    Pauses::end(2);
+    QTRY_COMPARE(Pauses::begun(), Microseconds(3, BetweenPasses));
+    QVERIFY(ScriptedPlatform::calls().isEmpty());
+
+    // Seen after the pause in which the flag was set, not before.
     discovery.thread.discoveryEnabled = true;
-    QTRY_VERIFY(discovery.lists.size() >= 2);
+    Pauses::end();
+    QTRY_COMPARE(Pauses::begun(), Microseconds(4, BetweenPasses));
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
+
+    discovery.thread.discoveryEnabled = false;
+    Pauses::end();
+    QTRY_COMPARE(Pauses::begun(), Microseconds(5, BetweenPasses));
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
 void tst_DeviceDiscoveryThread::passUnderWayWhenDisabledStillSends()
 {
     ScriptedPlatform::attach({usbDrive()});
     ScriptedPlatform::holdQueries();
-    Discovery discovery;
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
     QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
     discovery.thread.discoveryEnabled = false;
     ScriptedPlatform::releaseQueries();
-    QTRY_COMPARE(discovery.lists.size(), 1);
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
 }
 
 void tst_DeviceDiscoveryThread::stopBeforeTheLoopMakesNoLibraryCall()
 {
-    Discovery discovery;
+    SteppedDiscovery discovery;
     discovery.thread.stopRequested = true;
-    QElapsedTimer timer;
-    timer.start();
     discovery.thread.start(QThread::InheritPriority);
     QVERIFY(discovery.thread.wait(5000));
-    QVERIFY(timer.elapsed() < 2000);
     QVERIFY(ScriptedPlatform::calls().isEmpty());
+    QVERIFY(Pauses::begun().isEmpty());
+}
+
+void tst_DeviceDiscoveryThread::stopDuringAPassIsSeenAfterThePause()
+{
+    ScriptedPlatform::holdQueries();
+    SteppedDiscovery discovery;
+    discovery.thread.start(QThread::InheritPriority);
+    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+    discovery.thread.stopRequested = true;
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(Pauses::begun(), Microseconds{BetweenPasses});
+    QTRY_COMPARE(int(discovery.lists.size()), 1);
+    Pauses::end();
+    QVERIFY(discovery.thread.wait(5000));
+    QCOMPARE(ScriptedPlatform::count("DeviceDiscovery()"), 1);
 }
 
 void tst_DeviceDiscoveryThread::stopDuringThePauseStartsNoOtherPass()
 {
-    Discovery discovery;
-    QElapsedTimer timer;
-    timer.start();
+    SteppedDiscovery discovery;
     discovery.thread.start(QThread::InheritPriority);
-    QTRY_COMPARE(discovery.lists.size(), 1);
+    QTRY_COMPARE(Pauses::begun(), Microseconds{BetweenPasses});
     discovery.thread.stopRequested = true;
+    Pauses::end();
     QVERIFY(discovery.thread.wait(5000));
-    QVERIFY(timer.elapsed() >= 2000);
+    QCOMPARE(Pauses::begun(), Microseconds{BetweenPasses});
     QCOMPARE(ScriptedPlatform::count("DeviceDiscovery()"), 1);
 }
 
