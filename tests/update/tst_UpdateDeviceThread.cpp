@@ -2,9 +2,8 @@
 #include "tests/support/DeviceRecords.h"
 #include "update/UpdateDeviceThread.h"
 
+#include <QPointer>
 #include <QtTest>
-
-#include <future>
 
 using DeviceRecords::fireWireDrive;
 using DeviceRecords::usbDrive;
@@ -20,18 +19,58 @@ DeviceInfo driveBehind(std::int32_t chipsetType)
     return drive;
 }
 
-/// Runs an update to its end on its own thread and returns the result that it sent.
-bool run(const DeviceInfo &drive, const std::string &executablePath = Program)
+/// One update, run to its end on its own thread.
+struct Update
 {
-    UpdateDeviceThread worker(drive, executablePath);
-    // A promise can be kept once: a second result would end the test.
-    std::promise<bool> sent;
-    QObject::connect(
-        &worker, &UpdateDeviceThread::updateResult, [&sent](bool result) { sent.set_value(result); });
-    worker.start(QThread::InheritPriority);
-    const bool result = sent.get_future().get();
-    worker.wait();
-    return result;
+    explicit Update(const DeviceInfo &drive, const std::string &executablePath = Program)
+    {
+        UpdateDeviceThread worker(drive, executablePath);
+        QObject::connect(
+            &worker, &UpdateDeviceThread::updateResult, &worker,
+            [this](bool result) {
+                results.append(result);
+                sender = QThread::currentThread();
+                callsBefore = ScriptedPlatform::calls();
+            },
+            Qt::DirectConnection);
+        QElapsedTimer timer;
+        timer.start();
+        worker.start(QThread::InheritPriority);
+        ended = worker.wait(30000);
+        milliseconds = timer.elapsed();
+        sentByItself = sender == &worker;
+    }
+
+    bool ended = false;
+    QVector<bool> results;
+    QStringList callsBefore; ///< those made before the result was sent
+    bool sentByItself = false;
+    qint64 milliseconds = 0;
+
+private:
+    const QThread *sender = nullptr;
+};
+
+/// The calls for a drive behind that bridge, in order.
+QStringList callsFor(
+    int chipsetType, const QString &serialNumber = "SN-1", const QString &imagePath = "/opt/tarvo/pebble.tfw")
+{
+    const QHash<int, QString> updaters = {
+        {1, "Asm1051"}, {2, "Asm1051E"}, {3, "Asm1053"}, {5, "OxSemiFireWire934"}, {6, "OxSemiFireWire944"}};
+    const QString updater = updaters.value(chipsetType);
+    QStringList calls = {updater + "(" + serialNumber + ")", "updateDevice(" + imagePath + ")"};
+    if (chipsetType <= 3) {
+        calls.append("unmountDisk(" + serialNumber + ")");
+    }
+    return calls + QStringList{"~" + updater + "()"};
+}
+
+void addBridges()
+{
+    QTest::addColumn<int>("chipsetType");
+    for (const int chipsetType : {1, 2, 3, 5, 6}) {
+        QTest::addRow("%d", chipsetType) << chipsetType;
+    }
 }
 
 } // namespace
@@ -46,22 +85,19 @@ private slots:
     void hasOneSignalAndNoSlots();
     void bridgeDecidesTheUpdaterAndTheUnmount_data();
     void bridgeDecidesTheUpdaterAndTheUnmount();
-    void resultCombinesFlashAndUnmount_data();
-    void resultCombinesFlashAndUnmount();
+    void usbResultCombinesFlashAndUnmount_data();
+    void usbResultCombinesFlashAndUnmount();
     void fireWireResultIsTheFlashResult_data();
     void fireWireResultIsTheFlashResult();
-    void chipsetZeroOrFourFailsWithoutAnyLibraryCall_data();
-    void chipsetZeroOrFourFailsWithoutAnyLibraryCall();
-    void chipsetSevenOrMinusOneFailsWithoutAnyLibraryCall_data();
-    void chipsetSevenOrMinusOneFailsWithoutAnyLibraryCall();
+    void otherChipsetFailsWithoutAnyLibraryCall_data();
+    void otherChipsetFailsWithoutAnyLibraryCall();
     void imageLiesInTheExecutablesFolder_data();
     void imageLiesInTheExecutablesFolder();
-    void executablePathWithoutSlashGivesTheBareFileName();
-    void resultIsSentFromTheWorkersOwnThread();
-    void usbDriveWhoseFlashFailsIsStillUnmounted();
-    void fireWireDriveIsNeverUnmounted_data();
-    void fireWireDriveIsNeverUnmounted();
-    void textsReachTheLibraryWhole();
+    void textsReachTheLibraryByteByByte_data();
+    void textsReachTheLibraryByteByByte();
+    void doesNothingBeforeItIsStarted();
+    void doesNotPause();
+    void isNotDeletedByItsEnd();
 };
 
 void tst_UpdateDeviceThread::init()
@@ -79,55 +115,61 @@ void tst_UpdateDeviceThread::hasOneSignalAndNoSlots()
     QCOMPARE(method.methodSignature(), QByteArray("updateResult(bool)"));
     QCOMPARE(method.parameterNames(), QList<QByteArray>{"result"});
     QCOMPARE(meta.propertyCount(), meta.propertyOffset());
+    QCOMPARE(meta.enumeratorCount(), meta.enumeratorOffset());
     QVERIFY(UpdateDeviceThread(usbDrive(), Program).parent() == nullptr);
 }
 
 void tst_UpdateDeviceThread::bridgeDecidesTheUpdaterAndTheUnmount_data()
 {
-    QTest::addColumn<int>("chipsetType");
-    QTest::addColumn<QStringList>("calls");
-    const QString flash = "updateDevice(/opt/tarvo/pebble.tfw)";
-    const QString unmount = "unmountDisk(SN-1)";
-    QTest::newRow("1") << 1 << QStringList{"Asm1051(SN-1)", flash, unmount, "~Asm1051()"};
-    QTest::newRow("2") << 2 << QStringList{"Asm1051E(SN-1)", flash, unmount, "~Asm1051E()"};
-    QTest::newRow("3") << 3 << QStringList{"Asm1053(SN-1)", flash, unmount, "~Asm1053()"};
-    QTest::newRow("5") << 5 << QStringList{"OxSemiFireWire934(SN-1)", flash, "~OxSemiFireWire934()"};
-    QTest::newRow("6") << 6 << QStringList{"OxSemiFireWire944(SN-1)", flash, "~OxSemiFireWire944()"};
+    addBridges();
 }
 
 void tst_UpdateDeviceThread::bridgeDecidesTheUpdaterAndTheUnmount()
 {
     QFETCH(int, chipsetType);
-    QFETCH(QStringList, calls);
-    QCOMPARE(run(driveBehind(chipsetType)), true);
-    QCOMPARE(ScriptedPlatform::calls(), calls);
+    const Update update(driveBehind(chipsetType));
+    QVERIFY(update.ended);
+    QCOMPARE(update.results, QVector<bool>{true});
+    QVERIFY(update.sentByItself);
+    // The drive has been released when the result is sent.
+    QCOMPARE(update.callsBefore, callsFor(chipsetType));
+    QCOMPARE(ScriptedPlatform::calls(), callsFor(chipsetType));
 }
 
-void tst_UpdateDeviceThread::resultCombinesFlashAndUnmount_data()
+void tst_UpdateDeviceThread::usbResultCombinesFlashAndUnmount_data()
 {
+    QTest::addColumn<int>("chipsetType");
     QTest::addColumn<bool>("flashed");
     QTest::addColumn<int>("unmounted");
     QTest::addColumn<bool>("result");
-    QTest::newRow("both succeed") << true << 1 << true;
-    QTest::newRow("unmount fails") << true << 0 << false;
-    QTest::newRow("flash fails") << false << 1 << false;
-    QTest::newRow("both fail") << false << 0 << false;
-    QTest::newRow("unmount returns 2: bit 0 is clear") << true << 2 << false;
-    QTest::newRow("unmount returns 3: bit 0 is set") << true << 3 << true;
-    QTest::newRow("unmount returns -1: bit 0 is set") << true << -1 << true;
-    QTest::newRow("flash fails, unmount returns -1") << false << -1 << false;
+    for (const int chipsetType : {1, 2, 3}) {
+        const auto row = [chipsetType](const char *name, bool flashed, int unmounted, bool result) {
+            QTest::addRow("%d: %s", chipsetType, name) << chipsetType << flashed << unmounted << result;
+        };
+        row("both succeed", true, 1, true);
+        row("unmount fails", true, 0, false);
+        row("flash fails", false, 1, false);
+        row("both fail", false, 0, false);
+        row("unmount returns 2: bit 0 is clear", true, 2, false);
+        row("unmount returns 3: bit 0 is set", true, 3, true);
+        row("unmount returns 256: bit 0 is clear", true, 256, false);
+        row("unmount returns -1: bit 0 is set", true, -1, true);
+        row("unmount returns -2: bit 0 is clear", true, -2, false);
+        row("flash fails, unmount returns -1", false, -1, false);
+    }
 }
 
-void tst_UpdateDeviceThread::resultCombinesFlashAndUnmount()
+void tst_UpdateDeviceThread::usbResultCombinesFlashAndUnmount()
 {
+    QFETCH(int, chipsetType);
     QFETCH(bool, flashed);
     QFETCH(int, unmounted);
     QFETCH(bool, result);
     ScriptedPlatform::setFlashResult(flashed);
     ScriptedPlatform::setUnmountResult(unmounted);
-    for (const std::int32_t chipsetType : {1, 2, 3}) {
-        QCOMPARE(run(driveBehind(chipsetType)), result);
-    }
+    QCOMPARE(Update(driveBehind(chipsetType)).results, QVector<bool>{result});
+    // Flashed once and unmounted once, whatever comes of it.
+    QCOMPARE(ScriptedPlatform::calls(), callsFor(chipsetType));
 }
 
 void tst_UpdateDeviceThread::fireWireResultIsTheFlashResult_data()
@@ -145,118 +187,123 @@ void tst_UpdateDeviceThread::fireWireResultIsTheFlashResult()
     QFETCH(int, chipsetType);
     QFETCH(bool, flashed);
     ScriptedPlatform::setFlashResult(flashed);
-    QCOMPARE(run(driveBehind(chipsetType)), flashed);
+    ScriptedPlatform::setUnmountResult(0);
+    DeviceInfo drive = fireWireDrive("SN-1");
+    drive.chipsetType = chipsetType;
+    QCOMPARE(Update(drive).results, QVector<bool>{flashed});
+    QCOMPARE(ScriptedPlatform::calls(), callsFor(chipsetType, "SN-1", "/opt/tarvo/harbour-firewire.tfw"));
 }
 
-void tst_UpdateDeviceThread::chipsetZeroOrFourFailsWithoutAnyLibraryCall_data()
+void tst_UpdateDeviceThread::otherChipsetFailsWithoutAnyLibraryCall_data()
 {
     QTest::addColumn<int>("chipsetType");
-    QTest::newRow("0") << 0;
-    QTest::newRow("4") << 4;
+    for (const int chipsetType : {0, 4, 7, 8, 9, -1, -2, -3, -5, -6, std::numeric_limits<int>::max(),
+             std::numeric_limits<int>::min()}) {
+        QTest::addRow("%d", chipsetType) << chipsetType;
+    }
+    // Codes that are known by their low bits alone.
+    for (const int chipsetType : {1, 2, 3, 5, 6}) {
+        for (const int above : {8, 16, 0x100, 0x10000, 0x1000000, std::numeric_limits<int>::min()}) {
+            QTest::addRow("%d and %#x", chipsetType, uint(above)) << (chipsetType | above);
+        }
+    }
 }
 
-void tst_UpdateDeviceThread::chipsetZeroOrFourFailsWithoutAnyLibraryCall()
+void tst_UpdateDeviceThread::otherChipsetFailsWithoutAnyLibraryCall()
 {
     QFETCH(int, chipsetType);
-    QCOMPARE(run(driveBehind(chipsetType)), false);
+    const Update update(driveBehind(chipsetType));
+    QCOMPARE(update.results, QVector<bool>{false});
+    QVERIFY(update.sentByItself);
     QVERIFY(ScriptedPlatform::calls().isEmpty());
-}
-
-void tst_UpdateDeviceThread::chipsetSevenOrMinusOneFailsWithoutAnyLibraryCall_data()
-{
-    QTest::addColumn<int>("chipsetType");
-    QTest::newRow("7") << 7;
-    QTest::newRow("-1") << -1;
-    QTest::newRow("largest") << std::numeric_limits<int>::max();
-    QTest::newRow("smallest") << std::numeric_limits<int>::min();
-}
-
-void tst_UpdateDeviceThread::chipsetSevenOrMinusOneFailsWithoutAnyLibraryCall()
-{
-    chipsetZeroOrFourFailsWithoutAnyLibraryCall();
 }
 
 void tst_UpdateDeviceThread::imageLiesInTheExecutablesFolder_data()
 {
     QTest::addColumn<QString>("executablePath");
     QTest::addColumn<QString>("imagePath");
-    QTest::newRow("absolute") << "/opt/tarvo/updater"
-                              << "/opt/tarvo/pebble.tfw";
-    QTest::newRow("in the root") << "/updater"
-                                 << "/pebble.tfw";
-    QTest::newRow("relative") << "./updater"
-                              << "./pebble.tfw";
-    QTest::newRow("relative, deeper") << "build/bin/updater"
-                                      << "build/bin/pebble.tfw";
-    QTest::newRow("with blanks") << "/Volumes/My Tools/updater"
-                                 << "/Volumes/My Tools/pebble.tfw";
-    QTest::newRow("doubled slash stays as it is") << "/opt//updater"
-                                                  << "/opt//pebble.tfw";
-    QTest::newRow("slash at the end") << "/opt/tarvo/"
-                                      << "/opt/tarvo/pebble.tfw";
-    QTest::newRow("empty") << ""
-                           << "pebble.tfw";
+    const auto row = [](const char *name, const char *executablePath, const char *imagePath) {
+        QTest::newRow(name) << executablePath << imagePath;
+    };
+    row("absolute", "/opt/tarvo/updater", "/opt/tarvo/pebble.tfw");
+    row("in the root", "/updater", "/pebble.tfw");
+    row("relative", "./updater", "./pebble.tfw");
+    row("relative, deeper", "build/bin/updater", "build/bin/pebble.tfw");
+    row("parent folder", "../updater", "../pebble.tfw");
+    row("with blanks", "/Volumes/My Tools/updater", "/Volumes/My Tools/pebble.tfw");
+    row("with a backslash", "/opt/tar\\vo/upd\\ater", "/opt/tar\\vo/pebble.tfw");
+    row("doubled slash stays as it is", "/opt//updater", "/opt//pebble.tfw");
+    row("doubled slash at the end", "/opt/tarvo//", "/opt/tarvo//pebble.tfw");
+    row("slash at the end", "/opt/tarvo/", "/opt/tarvo/pebble.tfw");
+    row("slash alone", "/", "/pebble.tfw");
+    row("without a slash: the bare file name", "tarvo-firmware-updater", "pebble.tfw");
+    row("empty", "", "pebble.tfw");
 }
 
 void tst_UpdateDeviceThread::imageLiesInTheExecutablesFolder()
 {
     QFETCH(QString, executablePath);
     QFETCH(QString, imagePath);
-    run(usbDrive(), executablePath.toStdString());
-    QCOMPARE(ScriptedPlatform::calls().at(1), "updateDevice(" + imagePath + ")");
+    const Update update(usbDrive("SN-1"), executablePath.toStdString());
+    QCOMPARE(ScriptedPlatform::calls(), callsFor(Chipset::Asm1051, "SN-1", imagePath));
 }
 
-void tst_UpdateDeviceThread::executablePathWithoutSlashGivesTheBareFileName()
+void tst_UpdateDeviceThread::textsReachTheLibraryByteByByte_data()
 {
-    run(usbDrive(), "tarvo-firmware-updater");
-    QCOMPARE(ScriptedPlatform::calls().at(1), QString("updateDevice(pebble.tfw)"));
+    addBridges();
 }
 
-void tst_UpdateDeviceThread::resultIsSentFromTheWorkersOwnThread()
-{
-    UpdateDeviceThread worker(driveBehind(Chipset::Asm1051), Program);
-    std::promise<QThread *> sender;
-    QObject::connect(&worker, &UpdateDeviceThread::updateResult,
-        [&sender] { sender.set_value(QThread::currentThread()); });
-    worker.start(QThread::InheritPriority);
-    QThread *const found = sender.get_future().get();
-    worker.wait();
-    QCOMPARE(found, static_cast<QThread *>(&worker));
-}
-
-void tst_UpdateDeviceThread::usbDriveWhoseFlashFailsIsStillUnmounted()
-{
-    ScriptedPlatform::setFlashResult(false);
-    QCOMPARE(run(usbDrive("SN-1")), false);
-    const QStringList calls = ScriptedPlatform::calls();
-    QVERIFY(calls.indexOf("unmountDisk(SN-1)") > calls.indexOf("updateDevice(/opt/tarvo/pebble.tfw)"));
-    QVERIFY(calls.indexOf("unmountDisk(SN-1)") < calls.indexOf("~Asm1051()"));
-}
-
-void tst_UpdateDeviceThread::fireWireDriveIsNeverUnmounted_data()
-{
-    fireWireResultIsTheFlashResult_data();
-}
-
-void tst_UpdateDeviceThread::fireWireDriveIsNeverUnmounted()
+void tst_UpdateDeviceThread::textsReachTheLibraryByteByByte()
 {
     QFETCH(int, chipsetType);
-    QFETCH(bool, flashed);
-    ScriptedPlatform::setFlashResult(flashed);
-    DeviceInfo drive = fireWireDrive();
-    drive.chipsetType = chipsetType;
-    run(drive);
-    QCOMPARE(ScriptedPlatform::count("updateDevice"), 1);
-    QCOMPARE(ScriptedPlatform::count("unmountDisk"), 0);
+    DeviceInfo drive = driveBehind(chipsetType);
+    const auto text = [](const std::string &bytes) {
+        return QString::fromLatin1(bytes.data(), int(bytes.size()));
+    };
+
+    drive.serialNumber = std::string(" S\0N\xE9%1/ ", 9);
+    drive.firmwareFileName = std::string(" im\0\xE4ge \xC3\xA9 %1.tfw ", 18);
+    const std::string folder("/o p\xDF\0%2/", 9);
+    const Update update(drive, folder + "updater");
+    QCOMPARE(ScriptedPlatform::calls(),
+        callsFor(chipsetType, text(drive.serialNumber), text(folder + drive.firmwareFileName)));
+
+    // A file name is not resolved again.
+    ScriptedPlatform::reset();
+    drive.serialNumber = "";
+    drive.firmwareFileName = "/else where/../x.tfw";
+    const Update another(drive, "/opt/updater");
+    QCOMPARE(ScriptedPlatform::calls(), callsFor(chipsetType, "", "/opt//else where/../x.tfw"));
 }
 
-void tst_UpdateDeviceThread::textsReachTheLibraryWhole()
+void tst_UpdateDeviceThread::doesNothingBeforeItIsStarted()
 {
-    DeviceInfo drive = usbDrive(std::string("S\0N\xE9", 4));
-    drive.firmwareFileName = "im\xE4ge.tfw";
-    run(drive, "/op\xDF/updater");
-    QCOMPARE(ScriptedPlatform::calls().at(0), "Asm1051(" + QString::fromLatin1("S\0N\xE9", 4) + ")");
-    QCOMPARE(ScriptedPlatform::calls().at(1), QString::fromLatin1("updateDevice(/op\xDF/im\xE4ge.tfw)"));
+    const UpdateDeviceThread worker(usbDrive(), Program);
+    QVERIFY(!worker.isRunning());
+    QVERIFY(ScriptedPlatform::calls().isEmpty());
+}
+
+void tst_UpdateDeviceThread::doesNotPause()
+{
+    // A busy machine may hold up one update, hardly each of five.
+    for (const int chipsetType : {Chipset::NoUpdater, Chipset::Asm1053, Chipset::OxSemiFireWire944}) {
+        qint64 fastest = std::numeric_limits<qint64>::max();
+        for (int update = 0; update < 5; ++update) {
+            fastest = qMin(fastest, Update(driveBehind(chipsetType)).milliseconds);
+        }
+        QVERIFY2(fastest < 100, qPrintable(QString::number(fastest)));
+    }
+}
+
+void tst_UpdateDeviceThread::isNotDeletedByItsEnd()
+{
+    const QPointer<UpdateDeviceThread> worker(new UpdateDeviceThread(usbDrive(), Program));
+    worker->start(QThread::InheritPriority);
+    QVERIFY(worker->wait(30000));
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(!worker.isNull());
+    delete worker;
 }
 
 QTEST_GUILESS_MAIN(tst_UpdateDeviceThread)
