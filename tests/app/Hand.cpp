@@ -8,7 +8,6 @@
 #include <QImageReader>
 #include <QMessageBox>
 #include <QPushButton>
-#include <QStyle>
 #include <QTest>
 #include <QTimer>
 
@@ -16,18 +15,17 @@
 
 /**
  * Uses the program as a person does, in the program's own process: carries out the steps named in the
- * environment variable HAND, separated by ";", each as soon as it is possible, and prints what it is asked
- * to print on standard output.
+ * environment variable HAND, separated by ";", each as soon as it is possible. Says on standard output which
+ * steps it has done, and what it is asked to print.
  *
  *     attach usb|firewire|none   what the scripted platform finds from now on
- *     flash fails|hangs          what the scripted platform does with a flash
- *     query hangs                discovery does not come back from the library
+ *     flash fails|hangs|throws   what the scripted platform does with a flash
+ *     query hangs|throws         what it does when discovery asks it
  *     click TEXT                 press the button
  *     see TEXT                   wait until a line on screen holds the text
  *     ok                         press the message box's button
  *     close                      close the window
- *     exit CODE                  end the event loop with that code
- *     print WHAT                 arguments, style, formats, plug-ins
+ *     print WHAT                 formats, plug-ins
  */
 class Hand : public QObject
 {
@@ -37,7 +35,7 @@ public:
     {
         // What the platform is like is settled before the program has looked at it.
         while (!steps.isEmpty() && setUpPlatform(steps.first())) {
-            steps.removeFirst();
+            finishStep();
         }
         startTimer(2);
     }
@@ -46,7 +44,7 @@ protected:
     void timerEvent(QTimerEvent *) override
     {
         if (!steps.isEmpty() && carryOut(steps.first())) {
-            steps.removeFirst();
+            finishStep();
         }
     }
 
@@ -67,6 +65,8 @@ private:
         std::fflush(stdout);
     }
 
+    void finishStep() { print("done: " + steps.takeFirst()); }
+
     static bool setUpPlatform(const QString &step)
     {
         if (step == "attach usb") {
@@ -79,8 +79,12 @@ private:
             ScriptedPlatform::setFlashResult(false);
         } else if (step == "flash hangs") {
             ScriptedPlatform::holdFlashes();
+        } else if (step == "flash throws") {
+            ScriptedPlatform::throwFromFlashes();
         } else if (step == "query hangs") {
             ScriptedPlatform::holdQueries();
+        } else if (step == "query throws") {
+            ScriptedPlatform::throwFromQueries();
         } else {
             return false;
         }
@@ -113,14 +117,8 @@ private:
         if (step.startsWith("see ")) {
             return !WindowProbe::texts(*mainWindow).filter(argument).isEmpty();
         }
-        if (step.startsWith("exit ")) {
-            QCoreApplication::exit(argument.toInt());
-        } else if (step == "close") {
+        if (step == "close") {
             mainWindow->close();
-        } else if (step == "print arguments") {
-            print("arguments: " + QCoreApplication::arguments().mid(1).join('|'));
-        } else if (step == "print style") {
-            print("style: " + QApplication::style()->objectName().toLower());
         } else if (step == "print formats") {
             print("formats: " + QImageReader::supportedImageFormats().join('|'));
         } else if (step == "print plug-ins") {

@@ -1,8 +1,10 @@
+#include "tests/app/Run.h"
 #include "tests/support/StandInTools.h"
 
 #include <QImageReader>
 #include <QtTest>
 
+#include <csignal>
 #include <memory>
 
 namespace {
@@ -10,33 +12,35 @@ namespace {
 const QString SubmitCall = "sudo|launchctl|submit|-l|com.tarvo.quaydesk.service|-p|/Library/Application "
                            "Support/Tarvo/Quaydesk/tarvo_qd_service";
 
-/// One run of the program, from its start to its end.
-class Run
+/// One run of the program in which the hand carries out the steps.
+class HandledRun : public Run
 {
 public:
-    Run(const QString &steps, const QStringList &arguments = {}, const QStringList &environment = {})
+    explicit HandledRun(const QString &steps, const QStringList &environment = {})
+        : Run(UPDATER_WITH_HAND, {}, environment + QStringList{"HAND=" + steps}),
+          asked(steps.split(';', Qt::SkipEmptyParts))
     {
-        QProcess program;
-        QStringList variables = QProcess::systemEnvironment();
-        variables += environment;
-        variables.append("HAND=" + steps);
-        program.setEnvironment(variables);
-        program.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        QElapsedTimer timer;
-        timer.start();
-        program.start(UPDATER_WITH_HAND, arguments);
-        ended = program.waitForFinished();
-        milliseconds = timer.elapsed();
-        crashed = program.exitStatus() == QProcess::CrashExit;
-        exitCode = program.exitCode();
-        output = QString::fromUtf8(program.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+        for (const QString &line : output) {
+            if (line.startsWith("done: ")) {
+                done.append(line.mid(6));
+            } else {
+                printed.append(line);
+            }
+        }
     }
 
-    bool ended = false;
-    bool crashed = false;
-    int exitCode = -1;
-    qint64 milliseconds = 0;
-    QStringList output;
+    /// What is wrong with a run that should have ended with status 0 after every step.
+    QString fault() const
+    {
+        if (done != asked) {
+            return "the hand only did " + done.join(';');
+        }
+        return Run::fault();
+    }
+
+    QStringList asked;
+    QStringList done;
+    QStringList printed;
 };
 
 } // namespace
@@ -51,10 +55,11 @@ private slots:
 
     void companionAtStartIsRefusedWithStatusZeroAndNoServiceCall();
     void closingTheWindowRunsTheExitHookOnceAndEndsWithStatusZero();
+    void exitTakesASecond();
     void exitInEveryStateHasStatusZero_data();
     void exitInEveryStateHasStatusZero();
-    void exitStatusIsThatOfTheEventLoop();
-    void toolkitOptionsAreRemovedBeforeTheWindowSeesThem();
+    void exceptionFromALibraryEndsTheProcess_data();
+    void exceptionFromALibraryEndsTheProcess();
     void noPluginIsLoadedThoughOneLiesBesideTheProgramAndInTheToolkitsFolders();
     void companionInstalledLaterDoesNotEndTheProgram();
 
@@ -77,10 +82,9 @@ void tst_Main::cleanup()
 void tst_Main::companionAtStartIsRefusedWithStatusZeroAndNoServiceCall()
 {
     tools->installCompanion();
-    const Run run("ok");
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.output,
+    const HandledRun run("ok");
+    QCOMPARE(run.fault(), QString());
+    QCOMPARE(run.printed,
         QStringList{
             "box: Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before using "
             "Tarvo Firmware Updater."});
@@ -89,12 +93,23 @@ void tst_Main::companionAtStartIsRefusedWithStatusZeroAndNoServiceCall()
 
 void tst_Main::closingTheWindowRunsTheExitHookOnceAndEndsWithStatusZero()
 {
-    const Run run("close");
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.exitCode, 0);
+    const HandledRun run("close");
+    QCOMPARE(run.fault(), QString());
     QCOMPARE(submissions(), 1);
-    QVERIFY2(run.milliseconds >= 1000, qPrintable(QString::number(run.milliseconds)));
     QVERIFY(tools->calls().filter("open|").isEmpty());
+}
+
+void tst_Main::exitTakesASecond()
+{
+    // A busy machine may hold up the end of one run, hardly of three.
+    QList<qint64> endings;
+    do {
+        const HandledRun run("close");
+        QCOMPARE(run.fault(), QString());
+        QVERIFY2(run.milliseconds >= 1000, qPrintable(QString::number(run.milliseconds)));
+        endings.append(run.endingMilliseconds);
+    } while (endings.last() >= 1600 && endings.size() < 3);
+    QVERIFY2(endings.last() < 1600, qPrintable(QString::number(endings.last())));
 }
 
 void tst_Main::exitInEveryStateHasStatusZero_data()
@@ -117,28 +132,28 @@ void tst_Main::exitInEveryStateHasStatusZero_data()
 void tst_Main::exitInEveryStateHasStatusZero()
 {
     QFETCH(QString, steps);
-    const Run run(steps);
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.exitCode, 0);
+    const HandledRun run(steps);
+    QCOMPARE(run.fault(), QString());
     QCOMPARE(submissions(), 1);
     QVERIFY(!QFile::exists("temp.txt"));
 }
 
-void tst_Main::exitStatusIsThatOfTheEventLoop()
+void tst_Main::exceptionFromALibraryEndsTheProcess_data()
 {
-    const Run run("exit 7");
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.exitCode, 7);
-    QCOMPARE(submissions(), 1);
+    QTest::addColumn<QString>("steps");
+    QTest::newRow("discovery") << "query throws";
+    QTest::newRow("flash")
+        << "attach usb;flash throws;click Update Firmware and Configuration;click Update Firmware";
 }
 
-void tst_Main::toolkitOptionsAreRemovedBeforeTheWindowSeesThem()
+void tst_Main::exceptionFromALibraryEndsTheProcess()
 {
-    const Run run(
-        "print arguments;print style;close", {"-style", "windows", "one", "-platform", "offscreen", "two"});
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.output, (QStringList{"arguments: one|two", "style: windows"}));
+    QFETCH(QString, steps);
+    // The window does not outlive its threads: the last steps are not reached.
+    const HandledRun run(steps + ";see Error while;close");
+    QVERIFY(run.ended && run.crashed);
+    QCOMPARE(run.exitCode, SIGABRT);
+    QCOMPARE(submissions(), 0);
 }
 
 void tst_Main::noPluginIsLoadedThoughOneLiesBesideTheProgramAndInTheToolkitsFolders()
@@ -156,23 +171,22 @@ void tst_Main::noPluginIsLoadedThoughOneLiesBesideTheProgramAndInTheToolkitsFold
     QFile::remove(beside);
     QVERIFY(QFile::link(folder + "/imageformats", beside));
 
-    const Run run("print formats;print plug-ins;close", {}, {"QT_PLUGIN_PATH=" + folder});
+    const HandledRun run("print formats;print plug-ins;close", {"QT_PLUGIN_PATH=" + folder});
     QFile::remove(beside);
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.output.size(), 2);
-    QVERIFY(run.output[0].contains("png"));
-    QVERIFY2(!run.output[0].contains("jpeg"), qPrintable(run.output[0]));
-    QCOMPARE(run.output[1], QString("plug-ins: 0"));
+    QCOMPARE(run.fault(), QString());
+    QCOMPARE(int(run.printed.size()), 2);
+    QVERIFY(run.printed[0].contains("png"));
+    QVERIFY2(!run.printed[0].contains("jpeg"), qPrintable(run.printed[0]));
+    QCOMPARE(run.printed[1], QString("plug-ins: 0"));
 }
 
 void tst_Main::companionInstalledLaterDoesNotEndTheProgram()
 {
     // The service's property list appears with the second check.
     tools->replace("ls", "[ -f checked ] && echo com.tarvo.quaydesk.service.plist\n: > checked");
-    const Run run("attach usb;ok;attach firewire;see Tarvo Harbour FireWire;close");
-    QVERIFY(run.ended && !run.crashed);
-    QCOMPARE(run.exitCode, 0);
-    QCOMPARE(run.output.size(), 1);
+    const HandledRun run("attach usb;ok;attach firewire;see Tarvo Harbour FireWire;close");
+    QCOMPARE(run.fault(), QString());
+    QCOMPARE(int(run.printed.size()), 1);
     QCOMPARE(submissions(), 1);
 }
 

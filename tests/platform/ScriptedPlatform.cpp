@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
@@ -23,6 +24,8 @@ struct Script
     std::vector<ScriptedPlatform::DeviceList> answers = {{}};
     bool queriesHeld = false;
     bool flashesHeld = false;
+    bool queriesThrow = false;
+    bool flashesThrow = false;
     bool flashResult = true;
     int unmountResult = 1;
     // Not Qt's lists: their copies share one buffer beyond the lock.
@@ -61,6 +64,13 @@ void waitWhile(const bool &held, std::unique_lock<std::mutex> &lock)
     script().released.wait(lock, [&held] { return !held || callersGeneration != script().generation; });
 }
 
+void throwIf(bool throws)
+{
+    if (throws) {
+        throw std::runtime_error("from the scripted platform");
+    }
+}
+
 QString text(const std::string &bytes)
 {
     return QString::fromLatin1(bytes.data(), static_cast<int>(bytes.size()));
@@ -71,6 +81,7 @@ bool flash(const std::string &imagePath)
     remember("updateDevice(" + text(imagePath) + ")");
     std::unique_lock<std::mutex> lock(script().mutex);
     waitWhile(script().flashesHeld, lock);
+    throwIf(script().flashesThrow);
     return script().flashResult;
 }
 
@@ -101,6 +112,8 @@ void ScriptedPlatform::reset()
         s.answers = {{}};
         s.queriesHeld = false;
         s.flashesHeld = false;
+        s.queriesThrow = false;
+        s.flashesThrow = false;
         s.flashResult = true;
         s.unmountResult = 1;
         s.calls.clear();
@@ -136,6 +149,12 @@ void ScriptedPlatform::releaseQueries()
     script().released.notify_all();
 }
 
+void ScriptedPlatform::throwFromQueries()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().queriesThrow = true;
+}
+
 void ScriptedPlatform::setFlashResult(bool result)
 {
     const std::lock_guard<std::mutex> lock(script().mutex);
@@ -161,6 +180,12 @@ void ScriptedPlatform::releaseFlashes()
         script().flashesHeld = false;
     }
     script().released.notify_all();
+}
+
+void ScriptedPlatform::throwFromFlashes()
+{
+    const std::lock_guard<std::mutex> lock(script().mutex);
+    script().flashesThrow = true;
 }
 
 QStringList ScriptedPlatform::calls()
@@ -203,6 +228,7 @@ void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
     }
     s.sinceLastQuery.start();
     waitWhile(s.queriesHeld, lock);
+    throwIf(s.queriesThrow);
     devices = s.answers.front();
     if (s.answers.size() > 1) {
         s.answers.erase(s.answers.begin());

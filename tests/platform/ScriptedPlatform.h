@@ -25,12 +25,16 @@ void attachInTurn(const std::vector<DeviceList> &answers);
 /// Queries from now on do not return before releaseQueries().
 void holdQueries();
 void releaseQueries();
+/// Queries from now on throw.
+void throwFromQueries();
 
 void setFlashResult(bool result);
 void setUnmountResult(int result);
 /// Flashes from now on do not return before releaseFlashes().
 void holdFlashes();
 void releaseFlashes();
+/// Flashes from now on throw.
+void throwFromFlashes();
 
 /// What was called, in order, as "updateDevice(/path/image.tfw)", "~Asm1051()" and the like. A query is
 /// remembered as "getTarvoDevice(N)" with the N records that the vector held on entry.
