@@ -2,13 +2,21 @@
 #include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
+#include <QGuiApplication>
 #include <QImage>
 #include <QImageReader>
 #include <QLocale>
 #include <QPixmap>
+#include <QProcess>
 #include <QResource>
 #include <QTest>
 #include <QtEndian>
+
+#include <cstdio>
+#include <cstdlib>
+
+int qInitResources_TarvoFirmwareUpdater();
+int qCleanupResources_TarvoFirmwareUpdater();
 
 namespace {
 
@@ -72,6 +80,22 @@ QByteArray content(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+bool isRegistered()
+{
+    return QResource(":/firmwareUpdater").isValid();
+}
+
+bool registeredBeforeMain = false;
+
+/// Runs before the collection registers itself, so what it asks for runs after the collection's own end.
+__attribute__((constructor(101))) void reportAtExit()
+{
+    if (qEnvironmentVariableIsSet("REPORT_AT_EXIT")) {
+        isRegistered(); // the toolkit's list of collections is made by its first use, and ends later then
+        std::atexit([] { std::puts(isRegistered() ? "still registered" : "unregistered"); });
+    }
+}
+
 } // namespace
 
 class tst_Resources : public QObject
@@ -81,6 +105,8 @@ class tst_Resources : public QObject
 private slots:
     void initTestCase();
     void collectionIsRegisteredBeforeMain();
+    void collectionIsUnregisteredAtExit();
+    void registeringAndUnregisteringReturnOne();
     void collectionHoldsTheseFilesAndNoOthers();
     void picture_data();
     void picture();
@@ -105,7 +131,25 @@ void tst_Resources::initTestCase()
 // Neither this test nor the program registers the collection by a call.
 void tst_Resources::collectionIsRegisteredBeforeMain()
 {
-    QVERIFY(QResource(":/firmwareUpdater").isValid());
+    QVERIFY(registeredBeforeMain);
+}
+
+void tst_Resources::collectionIsUnregisteredAtExit()
+{
+    QProcess process;
+    process.setEnvironment(QProcess::systemEnvironment() + QStringList{"REPORT_AT_EXIT=1"});
+    process.start(QCoreApplication::applicationFilePath(), {"collectionIsRegisteredBeforeMain"});
+    QVERIFY(process.waitForFinished());
+    QCOMPARE(process.exitCode(), 0);
+    QVERIFY(process.readAllStandardOutput().endsWith("\nunregistered\n"));
+}
+
+void tst_Resources::registeringAndUnregisteringReturnOne()
+{
+    QCOMPARE(qCleanupResources_TarvoFirmwareUpdater(), 1);
+    QVERIFY(!isRegistered());
+    QCOMPARE(qInitResources_TarvoFirmwareUpdater(), 1);
+    QVERIFY(isRegistered());
 }
 
 void tst_Resources::collectionHoldsTheseFilesAndNoOthers()
@@ -289,5 +333,12 @@ void tst_Resources::usbNameIsAlwaysFourUpperCaseDigits()
     }
 }
 
-QTEST_MAIN(tst_Resources)
+int main(int argc, char **argv)
+{
+    registeredBeforeMain = isRegistered();
+    QGuiApplication application(argc, argv);
+    tst_Resources test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 #include "tst_Resources.moc"
