@@ -4,6 +4,7 @@
 #include "ui/MainWindow.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QImageReader>
 #include <QMessageBox>
@@ -16,7 +17,7 @@
 /**
  * Uses the program as a person does, in the program's own process: carries out the steps named in the
  * environment variable HAND, separated by ";", each as soon as it is possible. Says on standard output which
- * steps it has done, and what it is asked to print.
+ * steps it has done, what it is asked to print, and at the application's end how long ago the last step was.
  *
  *     attach usb|firewire|none   what the scripted platform finds from now on
  *     flash fails|hangs|throws   what the scripted platform does with a flash
@@ -39,6 +40,7 @@ public:
         }
         startTimer(2);
     }
+    ~Hand() override { print(QString("ended after %1 ms").arg(sinceLastStep.elapsed())); }
 
 protected:
     void timerEvent(QTimerEvent *) override
@@ -65,7 +67,11 @@ private:
         std::fflush(stdout);
     }
 
-    void finishStep() { print("done: " + steps.takeFirst()); }
+    void finishStep()
+    {
+        print("done: " + steps.takeFirst());
+        sinceLastStep.start();
+    }
 
     static bool setUpPlatform(const QString &step)
     {
@@ -133,6 +139,7 @@ private:
     }
 
     QStringList steps;
+    QElapsedTimer sinceLastStep;
 };
 
 static void raiseHand()

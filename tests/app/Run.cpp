@@ -1,6 +1,5 @@
 #include "tests/app/Run.h"
 
-#include <QElapsedTimer>
 #include <QProcess>
 
 Run::Run(const QString &program, const QStringList &arguments, const QStringList &environment)
@@ -8,22 +7,11 @@ Run::Run(const QString &program, const QStringList &arguments, const QStringList
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + environment);
     process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    QElapsedTimer sinceStart;
-    sinceStart.start();
-    QElapsedTimer sinceLastLine;
-    sinceLastLine.start();
     process.start(program, arguments);
-    QByteArray bytes;
-    while (process.waitForReadyRead()) {
-        bytes += process.readAllStandardOutput();
-        sinceLastLine.start();
-    }
-    ended = process.state() == QProcess::NotRunning || process.waitForFinished();
-    milliseconds = sinceStart.elapsed();
-    endingMilliseconds = sinceLastLine.elapsed();
+    ended = process.waitForFinished();
     crashed = process.exitStatus() == QProcess::CrashExit;
     exitCode = process.exitCode();
-    output = QString::fromUtf8(bytes + process.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
+    output = QString::fromUtf8(process.readAllStandardOutput()).split('\n', Qt::SkipEmptyParts);
 }
 
 QString Run::fault(int expectedExitCode) const

@@ -16,6 +16,4 @@ public:
     bool crashed = false;
     int exitCode = -1;
     QStringList output; ///< the lines on standard output
-    qint64 milliseconds = 0; ///< from the start to the end
-    qint64 endingMilliseconds = 0; ///< from the last line to the end
 };

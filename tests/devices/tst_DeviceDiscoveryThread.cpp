@@ -33,6 +33,8 @@ public:
 
 } // namespace
 
+Q_DECLARE_METATYPE(DeviceInfo)
+
 class tst_DeviceDiscoveryThread : public QObject
 {
     Q_OBJECT
