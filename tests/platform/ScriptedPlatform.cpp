@@ -260,7 +260,7 @@ struct Asmedia105X::Session
     {
         enter();
         remember(updaterName(chipset) + "(" + text(serialNumber) + ")");
-        return std::unique_ptr<Session>(new Session{std::move(serialNumber), chipset});
+        return std::make_unique<Session>(Session{std::move(serialNumber), chipset});
     }
 };
 
@@ -310,7 +310,7 @@ struct OxSemiFireWire::Session
     {
         enter();
         remember(updaterName(chipset) + "(" + text(serialNumber) + ")");
-        return std::unique_ptr<Session>(new Session{std::move(serialNumber), chipset});
+        return std::make_unique<Session>(Session{std::move(serialNumber), chipset});
     }
 };
 

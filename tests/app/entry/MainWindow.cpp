@@ -1,7 +1,6 @@
 #include "ui/MainWindow.h"
 
 #include <QApplication>
-#include <QTimer>
 
 #include <cstdio>
 #include <stdexcept>
@@ -25,22 +24,18 @@ QStringList list(char **arguments)
 
 } // namespace
 
-MainWindow::MainWindow(int argc, char **argv)
+MainWindow::MainWindow(int argc, char **argv) : task(qEnvironmentVariable("WINDOW"))
 {
     say("argc: " + QString::number(argc));
     say("argv: " + list(argv).mid(1).join('|'));
     say("library paths: " + QString::number(QCoreApplication::libraryPaths().size()));
     say(QString("quits on last window closed: ") + (QApplication::quitOnLastWindowClosed() ? "yes" : "no"));
 
-    const QString task = qEnvironmentVariable("WINDOW");
     quitAtStartup = task == "refuse";
-    if (task.startsWith("exit ")) {
-        QTimer::singleShot(0, this, [task] { QCoreApplication::exit(task.section(' ', 1).toInt()); });
-    } else if (task == "throw") {
-        QTimer::singleShot(0, this, [] { throw std::runtime_error("from the event loop"); });
-    } else if (task == "throw at once") {
+    if (task == "throw at once") {
         throw std::runtime_error("from the constructor");
     }
+    startTimer(0);
 }
 
 MainWindow::~MainWindow()
@@ -51,6 +46,14 @@ MainWindow::~MainWindow()
 void MainWindow::onExit()
 {
     say("exit hook");
+}
+
+void MainWindow::timerEvent(QTimerEvent *)
+{
+    if (task == "throw") {
+        throw std::runtime_error("from the event loop");
+    }
+    QCoreApplication::exit(task.section(' ', 1).toInt());
 }
 
 void MainWindow::showEvent(QShowEvent *)

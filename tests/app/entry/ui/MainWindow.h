@@ -25,5 +25,9 @@ public slots:
     void onExit();
 
 protected:
+    void timerEvent(QTimerEvent *event) override;
     void showEvent(QShowEvent *event) override;
+
+private:
+    const QString task;
 };
