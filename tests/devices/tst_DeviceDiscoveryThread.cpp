@@ -27,7 +27,9 @@ public:
     {
         stop();
         Pauses::endAll();
-        thread.wait();
+        if (!thread.wait(30000)) {
+            qFatal("the discovery thread does not end");
+        }
     }
 };
 
