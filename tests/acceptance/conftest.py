@@ -1,8 +1,8 @@
-"""What the stories stand on: a desktop for each test process, a bench and programs for each story.
+"""Fixtures: a desktop for each test process, a bench and programs for each test.
 
-The folder that holds the program comes from --program-dir or $TARVO_PROGRAM_DIR; otherwise it is that of the
-release build. What was on screen when a story failed is left in $TARVO_ACCEPTANCE_OUTPUT, and where that is not set
-in the story's temporary folder.
+The directory that holds the program comes from --program-dir or $TARVO_PROGRAM_DIR; otherwise it is that of the
+release build. When a test fails, a screenshot and the tree of accessible objects are saved in $TARVO_ACCEPTANCE_OUTPUT,
+and where that is not set in the test's temporary directory.
 """
 
 import os
@@ -10,14 +10,16 @@ import pathlib
 import shutil
 
 import pytest
-from driver import PROGRAM_DIR, Bench, Desktop, Program
+from bench import Bench
+from desktop import Desktop
+from updater import PROGRAM_DIR, Program
 
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 SLOW = 10_000  # bytes a second: a flash takes about five seconds
 
 
 def pytest_addoption(parser):
-    parser.addoption("--program-dir", default=PROGRAM_DIR, help="folder of tarvo-firmware-updater and drive-bench")
+    parser.addoption("--program-dir", default=PROGRAM_DIR, help="directory of tarvo-firmware-updater and drive-bench")
 
 
 def pytest_collection_modifyitems(items):
@@ -33,10 +35,10 @@ def pytest_runtest_makereport(item, call):
 
 @pytest.fixture(scope="session")
 def bin_dir(request):
-    folder = pathlib.Path(request.config.getoption("--program-dir")).resolve()
-    if not (folder / "tarvo-firmware-updater").exists():
-        pytest.exit(f"there is no program in {folder}; name its folder with --program-dir", 2)
-    return folder
+    directory = pathlib.Path(request.config.getoption("--program-dir")).resolve()
+    if not (directory / "tarvo-firmware-updater").exists():
+        pytest.exit(f"there is no program in {directory}; name its directory with --program-dir", 2)
+    return directory
 
 
 @pytest.fixture(scope="session")
@@ -46,29 +48,29 @@ def desktop():
 
 
 @pytest.fixture
-def folder(request, tmp_path):
-    """A folder for one story; it stays only when the story fails."""
+def directory(request, tmp_path):
+    """A directory for one test; it is kept only when the test fails."""
     yield tmp_path
     if not getattr(request.node, "has_failed", True):
         shutil.rmtree(tmp_path, ignore_errors=True)
 
 
 @pytest.fixture
-def bench(bin_dir, folder):
+def bench(bin_dir, directory):
     """A bench without drives."""
-    return Bench(bin_dir / "drive-bench", folder / "bench").init("--empty")
+    return Bench(bin_dir / "drive-bench", directory / "bench").init("--empty")
 
 
 @pytest.fixture
-def start(request, desktop, bin_dir, bench, folder):
-    """Starts the program on the bench; whatever runs when the story ends is stopped."""
+def start(request, desktop, bin_dir, bench, directory):
+    """Starts the program on the bench; what still runs at the end of the test is stopped."""
     programs = []
 
     def start_program(*arguments, command=bin_dir / "tarvo-firmware-updater", cwd=None, environment=()):
         if cwd is None:
-            cwd = folder / f"cwd{len(programs)}"
+            cwd = directory / f"cwd{len(programs)}"
             cwd.mkdir()
-        with open(folder / f"output{len(programs)}.txt", "w", encoding="utf-8") as log:
+        with open(directory / f"output{len(programs)}.txt", "w", encoding="utf-8") as log:
             program = Program(desktop, command, bench, cwd, arguments, environment, log)
         programs.append(program)
         return program
@@ -76,6 +78,6 @@ def start(request, desktop, bin_dir, bench, folder):
     yield start_program
     for number, program in enumerate(programs):
         if getattr(request.node, "has_failed", True):
-            evidence = os.environ.get("TARVO_ACCEPTANCE_OUTPUT", str(folder))
-            program.keep_evidence(evidence, f"{request.node.name}-{number}".replace("/", "-"))
+            output = os.environ.get("TARVO_ACCEPTANCE_OUTPUT", str(directory))
+            program.save_diagnostics(output, f"{request.node.name}-{number}".replace("/", "-"))
         program.stop()

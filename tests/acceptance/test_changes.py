@@ -3,7 +3,7 @@
 import time
 
 from conftest import FAST, SLOW
-from driver import GLANCE
+from waiting import POLL_INTERVAL
 
 
 def paths(screen):
@@ -54,7 +54,7 @@ def test_list_changes_during_the_confirmation(bench, start):
     before = program.see_confirmation("Pebble")
     bench.add("Skiff", serial="TV2")
     program.wait_for(
-        lambda screen: screen.pages and paths(screen) != paths(before), "the confirmation page built anew"
+        lambda screen: screen.pages and paths(screen) != paths(before), "the confirmation page rebuilt"
     )
     after = program.see_confirmation("Pebble")
     assert after.page("Pebble").texts == before.page("Pebble").texts
@@ -69,7 +69,7 @@ def test_two_changes_during_the_confirmation(bench, start):
     program.press("Update Firmware", "Pebble")
     before = program.see_confirmation("Pebble")
     bench.add("Skiff", serial="TV2")
-    program.wait_for(lambda screen: screen.pages and paths(screen) != paths(before), "the page built anew")
+    program.wait_for(lambda screen: screen.pages and paths(screen) != paths(before), "the page rebuilt")
     bench.add("Lamina", serial="TV3")
     program.see_models("Pebble", "Skiff", "Lamina")
 
@@ -99,7 +99,7 @@ def test_list_changes_during_the_flash(bench, start):
     bench.fault("TV2", "text", "modelName=Skiff", "--once")
     bench.add("Lamina", serial="TV3")
     while bench.drive("TV1")["state"] == "being written":
-        time.sleep(GLANCE)
+        time.sleep(POLL_INTERVAL)
         asked = not bench.drive("TV2")["faults"]
         screen = program.look()
         if bench.drive("TV1")["state"] == "being written":

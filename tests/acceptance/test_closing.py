@@ -6,7 +6,7 @@ import time
 
 import pytest
 from conftest import FAST, SLOW
-from driver import wait_until
+from waiting import wait_until
 
 SUBMIT = (
     "sudo launchctl submit -l com.tarvo.quaydesk.service "
@@ -26,7 +26,7 @@ def end_by(bench, program, action):
     ended_at = time.time()
     assert submissions(bench) == [SUBMIT]
     assert bench.calls()[-1] == SUBMIT
-    assert ended_at - (pathlib.Path(bench.folder) / "calls.log").stat().st_mtime >= 1
+    assert ended_at - (pathlib.Path(bench.directory) / "calls.log").stat().st_mtime >= 1
 
 
 def in_no_drive(bench, start):
@@ -71,7 +71,7 @@ def in_success(bench, start):
     program = start()
     program.begin_update("Pebble Triple")
     program.see_success("Pebble Triple")
-    # The next list has the drive up to date and builds the page anew; a press in that moment would be lost.
+    # The next list has the drive up to date and rebuilds the page; a press before that would be lost.
     program.wait_for(lambda screen: "Firmware: Up to date." in screen.texts, "the updated drive is listed")
     return program
 
@@ -133,7 +133,7 @@ def test_killed_while_it_flashes(bench, start, percent):
     wait_until(is_at_that_point, f"{percent} % of the image are written")
     program.process.kill()
     assert program.wait_for_end() == -signal.SIGKILL
-    assert bench.drive(serial)["torn"], "the kill came before the end of the flash"
+    assert bench.is_incomplete(serial), "the kill came before the end of the flash"
     assert others(bench, serial) == before
 
     again = start()
@@ -153,21 +153,21 @@ def others(bench, serial):
     """Every file of the bench but those of that drive and the log of calls."""
     return {
         path: path.read_bytes()
-        for path in pathlib.Path(bench.folder).rglob("*")
+        for path in pathlib.Path(bench.directory).rglob("*")
         if path.is_file() and path.stem != serial and path.name != "calls.log"
     }
 
 
-def test_scratch_file_is_removed(bench, start, folder):
+def test_scratch_file_is_removed(bench, start, directory):
     program = in_list(bench, start)
-    assert list((folder / "cwd0").iterdir()) == []
+    assert list((directory / "cwd0").iterdir()) == []
     program.press("Close")
     assert program.wait_for_end() == 0
-    assert list((folder / "cwd0").iterdir()) == []
+    assert list((directory / "cwd0").iterdir()) == []
 
 
-def test_nothing_is_printed(bench, start, folder):
+def test_nothing_is_printed(bench, start, directory):
     program = in_success(bench, start)
     program.press("Finish")
     assert program.wait_for_end() == 0
-    assert (folder / "output0.txt").read_text() == ""
+    assert (directory / "output0.txt").read_text() == ""

@@ -2,7 +2,7 @@
 
 import shutil
 
-from driver import Bench
+from bench import Bench
 
 
 def test_what_each_command_shows(bench, start):
@@ -39,7 +39,7 @@ def test_what_each_command_shows(bench, start):
     bench.run("init", "--force")
     program.see_models("Pebble", "Bollard USB3", "Lamina Slim", "Harbour (FireWire 800)", "Skiff", "Harbour Duo")
 
-    # The companion product is looked for whenever the window is built anew.
+    # The companion product is looked for at each refresh of the window.
     bench.run("companion", "install")
     bench.run("unplug", "TV0005SKIFF")
     program.see_warning()
@@ -50,9 +50,9 @@ def test_what_each_command_shows(bench, start):
     program.see("Tarvo Skiff")
 
 
-def test_newer_image_makes_a_drive_outdated(bench, start, bin_dir, folder):
-    # A build folder of its own, since everybody's drives are measured by the images in it.
-    own = folder / "bin"
+def test_newer_image_makes_a_drive_outdated(bench, start, bin_dir, directory):
+    # A copy of the build directory, since the images in it decide for all tests what is up to date.
+    own = directory / "bin"
     own.mkdir()
     for file in [bin_dir / "tarvo-firmware-updater", bin_dir / "drive-bench", *bin_dir.glob("*.tfw")]:
         shutil.copy(file, own)
@@ -63,7 +63,7 @@ def test_newer_image_makes_a_drive_outdated(bench, start, bin_dir, folder):
     program.see(f"(firmware version: {newest} )")
 
     (own / "skiff.tfw").unlink()
-    Bench(own / "drive-bench", bench.folder).run("image", "build", "Skiff", "--firmware", "9.99")
+    Bench(own / "drive-bench", bench.directory).run("image", "build", "Skiff", "--firmware", "9.99")
     program.see(f"(firmware version: {newest} => 9.99 )", "Firmware: Update required!")
     program.begin_update("Skiff")
     program.see_restart("Skiff")

@@ -7,7 +7,7 @@ import select
 import time
 
 import pytest
-from driver import PATIENCE
+from waiting import TIMEOUT
 
 SCRIPT = pathlib.Path(__file__).resolve().parents[2] / "bench/completions/drive-bench.bash"
 END = "that was all"
@@ -16,8 +16,8 @@ TAB, LINE_START = b"\t", b"\x01"
 
 def words_after_tab(typed, bench, bin_dir):
     """The words of the command line in which that was typed and then Tab."""
-    environment = {"PATH": f"{bin_dir}:{os.environ['PATH']}", "TARVO_BENCH": bench.folder, "TERM": "dumb",
-                   "HOME": bench.folder, "LC_ALL": "C.UTF-8"}
+    environment = {"PATH": f"{bin_dir}:{os.environ['PATH']}", "TARVO_BENCH": bench.directory, "TERM": "dumb",
+                   "HOME": bench.directory, "LC_ALL": "C.UTF-8"}
     process, terminal = pty.fork()
     if process == 0:
         os.execvpe("bash", ["bash", "--norc", "--noprofile", "-i"], environment)
@@ -35,7 +35,7 @@ def words_after_tab(typed, bench, bin_dir):
 
 
 def read_until(terminal, text):
-    deadline = time.monotonic() + PATIENCE
+    deadline = time.monotonic() + TIMEOUT
     read = ""
     while text not in read:
         assert time.monotonic() < deadline, f"no {text!r} in {read!r}"

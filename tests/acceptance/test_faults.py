@@ -169,49 +169,49 @@ def test_serial_of_another_drive(bench, start):
     assert screen.models == ["Pebble", "Skiff"]
 
 
-def test_malformed_drive(bench, start, folder):
+def test_malformed_drive(bench, start, directory):
     bench.add("Pebble", serial="TV1")
     bench.add("Skiff", serial="TV2")
-    (folder / "bench/drives/TV1.json").write_text('{"serial": "TV1",\n')
+    (directory / "bench/drives/TV1.json").write_text('{"serial": "TV1",\n')
     program = start()
     program.see_models("Skiff")
     bench.wait_for_query("TV2")
-    assert "/drives/TV1.json:2:" in one_line(folder)
+    assert "/drives/TV1.json:2:" in one_line(directory)
 
 
-def test_missing_bench(bench, start, folder):
-    bench.folder += "-that-is-not-there"
+def test_missing_bench(bench, start, directory):
+    bench.directory += "-that-is-not-there"
     program = start()
     program.see_no_drive()
     program.close_window()
     assert program.wait_for_end() == 0
-    assert bench.folder in one_line(folder)
+    assert bench.directory in one_line(directory)
 
 
-def one_line(folder):
+def one_line(directory):
     """What the program printed, which must be one line."""
-    (line,) = (folder / "output0.txt").read_text().splitlines()
+    (line,) = (directory / "output0.txt").read_text().splitlines()
     return line
 
 
 # Faults of a flash -----------------------------------------------------------------------------------------
 
-TORN, OLD, NEW = "torn", "old", "new"
+INCOMPLETE, OLD, NEW = "incomplete", "old", "new"
 
 
 @pytest.mark.parametrize("model", ["Pebble", "Lamina", "Harbour", "Pebble Triple", "Harbour (FireWire 800)"])
 def test_flash_error(bench, start, model):
-    fail_an_update(bench, start, model, ("flash-error", 9000), TORN)
+    fail_an_update(bench, start, model, ("flash-error", 9000), INCOMPLETE)
 
 
 @pytest.mark.parametrize(
     "model, fault, left",
     [
-        ("Pebble", ("flash-error", 0), TORN),
-        ("Pebble", ("verify-error",), TORN),
-        ("Harbour FireWire", ("verify-error",), TORN),
-        ("Pebble", ("pulled-out", 12000), TORN),
-        ("Harbour FireWire", ("pulled-out", 12000), TORN),
+        ("Pebble", ("flash-error", 0), INCOMPLETE),
+        ("Pebble", ("verify-error",), INCOMPLETE),
+        ("Harbour FireWire", ("verify-error",), INCOMPLETE),
+        ("Pebble", ("pulled-out", 12000), INCOMPLETE),
+        ("Harbour FireWire", ("pulled-out", 12000), INCOMPLETE),
         ("Pebble", ("wrong-image",), OLD),
         ("Harbour FireWire", ("wrong-image",), OLD),
         ("Pebble", ("truncated-image",), OLD),
@@ -237,9 +237,9 @@ def fail_an_update(bench, start, model, fault, left):
     program.begin_update(model)
     failed = program.see_failure(model)
 
-    expected = {TORN: (None, None), OLD: ("1.00", "1"), NEW: bench.newest(model)}[left]
+    expected = {INCOMPLETE: (None, None), OLD: ("1.00", "1"), NEW: bench.newest(model)}[left]
     assert bench.flash(serial) == expected
-    assert bench.drive(serial)["torn"] == (left == TORN)
+    assert bench.is_incomplete(serial) == (left == INCOMPLETE)
 
     # The list is frozen: nothing that is pulled out or plugged in is noticed any more.
     bench.add("Lamina Slim", serial="TV3")
@@ -256,7 +256,7 @@ def fail_an_update(bench, start, model, fault, left):
     bench.plug(serial)
     again = start()
     screen = again.see_models(model, "Skiff", "Lamina Slim")
-    if left == TORN:
+    if left == INCOMPLETE:
         assert "Unknown firmware version !" in screen.page(model).texts
     if left != NEW:
         again.begin_update(model)

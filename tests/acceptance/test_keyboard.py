@@ -1,8 +1,8 @@
 """The keyboard alone: Tab reaches every button of every look, Space presses it, and focus can be seen."""
 
 from conftest import FAST
-from driver import wait_until
 from PIL import ImageChops
+from waiting import wait_until
 
 
 def focused(program):
@@ -34,7 +34,7 @@ def walk(program, desktop):
     """Presses Tab until every button had the focus, and checks that each looks different with it."""
     buttons = {button.path: button for button in window_in_front(program).root.buttons}
     at_first = focused(program)
-    without_focus = {path: desktop.picture(button.box) for path, button in buttons.items()
+    without_focus = {path: desktop.screenshot(button.box) for path, button in buttons.items()
                      if at_first is None or path != at_first.path}
     reached = set(buttons) - set(without_focus)
     for _ in range(2 * len(buttons) + 2):
@@ -43,7 +43,7 @@ def walk(program, desktop):
         path = tab(program, desktop).path
         if path in buttons and path not in reached:
             wait_until(
-                lambda: ImageChops.difference(desktop.picture(buttons[path].box), without_focus[path]).getbbox(),
+                lambda: ImageChops.difference(desktop.screenshot(buttons[path].box), without_focus[path]).getbbox(),
                 f"the focus to be seen on {buttons[path].name!r}",
             )
             reached.add(path)
@@ -64,7 +64,7 @@ def press(program, desktop, name, model=None):
     raise AssertionError(f"Tab does not reach {name!r}")
 
 
-def test_a_whole_update(bench, desktop, start):
+def test_a_complete_update(bench, desktop, start):
     bench.add("Pebble", serial="TV1", firmware="1.00", configuration="1", rate=FAST)
     bench.add("Lamina", serial="TV2", firmware="1.00")
     bench.add("Skiff", serial="TV3", configuration="1")

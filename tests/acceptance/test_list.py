@@ -7,14 +7,14 @@ MODELS = ["Pebble", "Lamina", "Skiff", "Harbour", "Bollard", "Breakwater", "Pebb
 
 
 def add_drives(bench, count):
-    """Puts that many different drives on the bench, in the order in which they are listed."""
+    """Adds that many different drives, in the order in which they are listed."""
     for number, model in enumerate(MODELS[:count]):
         bench.add(model, serial=f"TV{number:04}", firmware="1.00")
     return MODELS[:count]
 
 
 def rows(screen):
-    """The models row by row, as they stand on screen."""
+    """The models row by row, as they are on screen."""
     lines = {}
     for page in screen.pages:
         lines.setdefault(page.box[1], []).append((page.box[0], page.texts[0].removeprefix("Tarvo ")))

@@ -1,4 +1,4 @@
-"""A whole update by the mouse alone, in the program's window and in the panel of the drive bench beside it."""
+"""A complete update by the mouse alone, in the program's window and in the panel of the drive bench beside it."""
 
 from conftest import FAST
 

@@ -16,7 +16,7 @@ def serial(bench):
 
 
 def update(program, bench, serial):
-    """The firmware image is looked for in the folder by which the program was started."""
+    """The firmware image is looked for in the directory by which the program was started."""
     program.begin_update("Pebble")
     program.see_restart("Pebble")
     assert bench.flash(serial) == bench.newest("Pebble")
@@ -33,19 +33,19 @@ def test_relative_path(bench, start, bin_dir, serial):
     update(program, bench, serial)
 
 
-def test_relative_path_upwards(bench, start, bin_dir, folder, serial):
-    program = start(command=os.path.relpath(bin_dir / NAME, folder), cwd=folder)
+def test_relative_path_upwards(bench, start, bin_dir, directory, serial):
+    program = start(command=os.path.relpath(bin_dir / NAME, directory), cwd=directory)
     update(program, bench, serial)
 
 
-def test_path_with_blanks(bench, start, bin_dir, folder, serial):
-    place = folder / "a folder  with blanks"
+def test_path_with_blanks(bench, start, bin_dir, directory, serial):
+    place = directory / "a directory  with blanks"
     place.symlink_to(bin_dir)
     update(start(command=place / NAME), bench, serial)
 
 
-def test_symbolic_link(bench, start, bin_dir, folder, serial):
-    place = folder / "links"
+def test_symbolic_link(bench, start, bin_dir, directory, serial):
+    place = directory / "links"
     place.mkdir()
     (place / "updater").symlink_to(bin_dir / NAME)
     program = start(command=place / "updater")
@@ -81,7 +81,7 @@ def test_working_directory_that_cannot_be_written(bench, start, serial):
     update(program, bench, serial)
 
 
-def test_toolkit_options(bench, start, serial):
+def test_qt_options(bench, start, serial):
     program = start("-style", "fusion", "-geometry", "400x400+20+20")
     program.see_models("Pebble")
     update(program, bench, serial)
@@ -92,14 +92,14 @@ def mapped_files(program):
         return {line.split(maxsplit=5)[5].strip() for line in maps if "/" in line}
 
 
-def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, folder, serial):
+def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, directory, serial):
     before = start()
     before.see_models("Pebble")
-    plugins = plugin_folder(mapped_files(before))
+    plugins = plugin_directory(mapped_files(before))
     before.stop()
 
-    # Plug-ins that the toolkit would take for its pictures, beside the program and where the environment says.
-    beside, named = folder / "beside", folder / "named"
+    # Plug-ins that Qt would take for its pictures, beside the program and where the environment says.
+    beside, named = directory / "beside", directory / "named"
     for place in (beside, named):
         for kind in ("imageformats", "iconengines"):
             if (plugins / kind).is_dir():
@@ -121,7 +121,7 @@ def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, folder, ser
     assert {file for file in mapped - at_start if "/plugins/" in file} == set()
 
 
-def plugin_folder(mapped):
-    """Where the toolkit's own plug-ins lie, by the one that every program needs."""
+def plugin_directory(mapped):
+    """Where Qt's own plug-ins lie, by the one that every program needs."""
     (platform,) = [file for file in mapped if file.endswith("/platforms/libqxcb.so")]
     return pathlib.Path(platform).parent.parent

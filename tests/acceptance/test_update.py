@@ -1,4 +1,4 @@
-"""A whole update of each kind of bridge, from the list to the success page and the flash that was written."""
+"""A complete update of each kind of bridge, from the list to the success page and the flash that was written."""
 
 import pytest
 from conftest import FAST

@@ -1,0 +1,174 @@
+"""The accessibility bus, read as a screen reader reads it: the tree of a program's objects."""
+
+from gi.repository import Gio, GLib
+from waiting import TIMEOUT
+
+ACCESSIBLE = "org.a11y.atspi.Accessible"
+REGISTRY = "org.a11y.atspi.Registry"
+ROOT = "/org/a11y/atspi/accessible/root"
+
+CALL_TIMEOUT = 10_000  # milliseconds
+
+STATES = {"active": 1, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}  # bits of an object's state set
+
+
+class StaleObject(Exception):
+    """An object was destroyed while it was being read."""
+
+
+class AccessibilityBus:
+    """A connection to the accessibility bus of a session."""
+
+    def __init__(self, session_address):
+        try:
+            (address,) = connect(session_address).call_sync(
+                "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None, 0, TIMEOUT * 1000, None
+            ).unpack()
+            self.connection = connect(address)
+        except GLib.Error as error:
+            raise RuntimeError(f"no accessibility bus, is at-spi2-core installed? {error.message}") from None
+
+    def call_all(self, calls):
+        """Makes many calls (owner, path, interface, method, arguments) at once and returns the replies."""
+        replies = [None] * len(calls)
+        pending = len(calls)
+
+        def replied(connection, result, index):
+            nonlocal pending
+            pending -= 1
+            try:
+                replies[index] = connection.call_finish(result).unpack()
+            except GLib.Error:
+                replies[index] = StaleObject()
+
+        for index, (owner, path, interface, method, arguments) in enumerate(calls):
+            self.connection.call(owner, path, interface, method, arguments, None, 0, CALL_TIMEOUT, None, replied, index)
+        while pending:
+            GLib.MainContext.default().iteration(True)
+        if any(isinstance(reply, StaleObject) for reply in replies):
+            raise StaleObject
+        return replies
+
+    def call(self, owner, path, interface, method, arguments=None):
+        return self.call_all([(owner, path, interface, method, arguments)])[0]
+
+    def owner_of_process(self, process_id):
+        """The name on the bus of the program with that process ID; None as long as it has none."""
+        try:
+            (programs,) = self.call(REGISTRY, ROOT, ACCESSIBLE, "GetChildren")
+        except StaleObject:
+            return None
+        for owner, _ in programs:
+            try:
+                (found,) = self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                                     "GetConnectionUnixProcessID", GLib.Variant("(s)", (owner,)))
+            except StaleObject:
+                continue
+            if found == process_id:
+                return owner
+        return None
+
+    def read_tree(self, owner):
+        """The objects of a program, level by level; hidden ones are left out with all their descendants."""
+        root = Node(self, owner, ROOT, None)
+        level = [root]
+        while level:
+            calls = []
+            for node in level:
+                name = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
+                calls += [
+                    (owner, node.path, ACCESSIBLE, "GetRoleName", None),
+                    (owner, node.path, "org.freedesktop.DBus.Properties", "Get", name),
+                    (owner, node.path, ACCESSIBLE, "GetState", None),
+                    (owner, node.path, ACCESSIBLE, "GetChildren", None),
+                ]
+            replies = self.call_all(calls)
+            below = []
+            for number, node in enumerate(level):
+                (node.role,), (node.name,), (state,), (children,) = replies[4 * number : 4 * number + 4]
+                node.state = state[0] | state[1] << 32
+                if node.parent is not None:
+                    if not node.showing:
+                        continue
+                    node.parent.children.append(node)
+                below += [Node(self, owner, path, node) for _, path in children]
+            level = below
+        return root
+
+    def generate_input(self, method, signature, *arguments):
+        """Has the registry send a key or mouse event to the display, as a device would."""
+        self.call(REGISTRY, "/org/a11y/atspi/registry/deviceeventcontroller",
+                  "org.a11y.atspi.DeviceEventController", method, GLib.Variant(signature, arguments))
+
+
+def connect(address):
+    flags = Gio.DBusConnectionFlags
+    connection = Gio.DBusConnection.new_for_address_sync(
+        address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None
+    )
+    connection.set_exit_on_close(False)
+    return connection
+
+
+class Node:
+    """One object on the accessibility bus as it was when it was read. The path identifies it for its lifetime."""
+
+    def __init__(self, bus, owner, path, parent):
+        self.bus, self.owner, self.path, self.parent = bus, owner, path, parent
+        self.children = []
+        self.role = self.name = ""
+        self.state = 0
+
+    def __getattr__(self, name):
+        if name in STATES:
+            return bool(self.state >> STATES[name] & 1)
+        raise AttributeError(name)
+
+    def all(self):
+        """This node and its descendants, in reading order."""
+        yield self
+        for child in self.children:
+            yield from child.all()
+
+    @property
+    def texts(self):
+        return [node.name for node in self.all() if node.role == "label" and node.name]
+
+    @property
+    def buttons(self):
+        return [node for node in self.all() if node.role in ("push button", "button") and node.name]
+
+    @property
+    def button_names(self):
+        return [node.name for node in self.buttons]
+
+    @property
+    def bars(self):
+        return [node for node in self.all() if node.role == "progress bar"]
+
+    @property
+    def box(self):
+        """Left, top, right and bottom edge on the display."""
+        screen = GLib.Variant("(u)", (0,))
+        ((x, y, width, height),) = self.bus.call(
+            self.owner, self.path, "org.a11y.atspi.Component", "GetExtents", screen
+        )
+        return x, y, x + width, y + height
+
+    @property
+    def size(self):
+        left, top, right, bottom = self.box
+        return right - left, bottom - top
+
+    def press(self):
+        """Does the object's action "Press"."""
+        action = "org.a11y.atspi.Action"
+        (actions,) = self.bus.call(self.owner, self.path, action, "GetActions")
+        names = [name for name, _, _ in actions]
+        self.bus.call(self.owner, self.path, action, "DoAction", GLib.Variant("(i)", (names.index("Press"),)))
+
+    def dump(self, depth=0):
+        """The tree below this node as indented lines."""
+        states = " ".join(name for name in STATES if getattr(self, name) and name != "showing")
+        line = f"{'  ' * depth}{self.role} {self.name!r} ({states}) {self.path.rsplit('/', 1)[1]}"
+        return "\n".join([line] + [child.dump(depth + 1) for child in self.children])
