@@ -3,6 +3,7 @@
 import hashlib
 import json
 import os
+import pathlib
 import subprocess
 
 from waiting import wait_until
@@ -48,11 +49,6 @@ class Bench:
         """Everything about one drive, as the command tells it."""
         return json.loads(self.run("show", serial, "--json"))
 
-    def file(self, serial):
-        """What the drive's file says: for what is looked at often, since the command is a process each time."""
-        with open(os.path.join(self.directory, "drives", serial + ".json"), encoding="utf-8") as file:
-            return json.load(file)
-
     def is_incomplete(self, serial):
         """Whether the drive's last flash was interrupted."""
         return self.drive(serial)["torn"]
@@ -84,8 +80,35 @@ class Bench:
         """Waits until the drive has been queried once more, without anything about it having changed."""
         model = self.drive(serial)["model"]
         self.fault(serial, "text", "modelName=" + model, "--once")
-        wait_until(lambda: not any(fault["fault"] == "text" for fault in self.file(serial)["faults"]),
-                   f"a query of {serial}")
+        wait_until(lambda: not self.has_fault(serial, "text"), f"a query of {serial}")
+
+    # What is read without the command, which is too slow for polling ---------------------------------------
+
+    def progress(self, serial):
+        """Bytes written in the drive's last flash, and bytes to write."""
+        drive = self._read(serial)
+        return drive["bytesWritten"], drive["bytesToWrite"]
+
+    def has_fault(self, serial, kind):
+        return any(fault["fault"] == kind for fault in self._read(serial)["faults"])
+
+    def _read(self, serial):
+        with open(os.path.join(self.directory, "drives", serial + ".json"), encoding="utf-8") as file:
+            return json.load(file)
+
+    def all_but(self, serial):
+        """Everything that is stored about the host and about the drives but that one."""
+        return {
+            path: path.read_bytes()
+            for path in pathlib.Path(self.directory).rglob("*")
+            if path.is_file() and path.stem != serial and path.name != "calls.log"
+        }
+
+    def make_invalid(self, serial):
+        """Spoils what is stored about a drive; returns how the drive is then named."""
+        path = os.path.join(self.directory, "drives", serial + ".json")
+        pathlib.Path(path).write_text('{"serial": "TV1",\n', encoding="utf-8")
+        return f"/drives/{serial}.json:2:"
 
     def calls(self):
         """The calls of the host's tools so far, one line each."""

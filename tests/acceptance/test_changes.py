@@ -100,7 +100,7 @@ def test_list_changes_during_the_flash(bench, start):
     bench.add("Lamina", serial="TV3")
     while bench.drive("TV1")["state"] == "being written":
         time.sleep(POLL_INTERVAL)
-        asked = not bench.drive("TV2")["faults"]
+        asked = not bench.has_fault("TV2", "text")
         screen = program.look()
         if bench.drive("TV1")["state"] == "being written":
             assert not asked, "the drives were queried during a flash"

@@ -10,7 +10,7 @@ class ExpectationFailed(AssertionError):
     """What was expected did not come; the message says what was there instead."""
 
 
-def wait_until(condition, what, timeout=TIMEOUT):
+def wait_until(condition, what, timeout=TIMEOUT, poll_interval=POLL_INTERVAL):
     """Returns the first true value of condition(), polled until the timeout."""
     deadline = time.monotonic() + timeout
     while True:
@@ -19,4 +19,4 @@ def wait_until(condition, what, timeout=TIMEOUT):
             return value
         if time.monotonic() > deadline:
             raise ExpectationFailed(f"timeout after {timeout} seconds: {what}")
-        time.sleep(POLL_INTERVAL)
+        time.sleep(poll_interval)
