@@ -15,6 +15,11 @@ class Bench:
     def __init__(self, command, directory):
         self.command, self.directory = str(command), str(directory)
 
+    @property
+    def environment(self):
+        """What a program needs to find this bench."""
+        return {"TARVO_BENCH": self.directory}
+
     def run(self, *arguments):
         """Runs one drive-bench command and returns what it printed."""
         where = [] if arguments[0] == "models" else ["--bench", self.directory]

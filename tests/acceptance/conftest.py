@@ -66,12 +66,12 @@ def start(request, desktop, bin_dir, bench, directory):
     """Starts the program on the bench; what still runs at the end of the test is stopped."""
     programs = []
 
-    def start_program(*arguments, command=bin_dir / "tarvo-firmware-updater", cwd=None, environment=()):
+    def start_program(*arguments, command=bin_dir / "tarvo-firmware-updater", cwd=None, environment=None):
         if cwd is None:
             cwd = directory / f"cwd{len(programs)}"
             cwd.mkdir()
         with open(directory / f"output{len(programs)}.txt", "w", encoding="utf-8") as log:
-            program = Program(desktop, command, bench, cwd, arguments, environment, log)
+            program = Program(desktop, command, cwd, {**bench.environment, **(environment or {})}, arguments, log)
         programs.append(program)
         return program
 

@@ -64,12 +64,11 @@ class Screen:
 
 
 class Program:
-    """The updater, started on a bench."""
+    """A running updater, or any other program on the desktop."""
 
-    def __init__(self, desktop, command, bench, directory, arguments=(), environment=(), log=None):
+    def __init__(self, desktop, command, directory, environment, arguments=(), log=None):
         self.desktop = desktop
-        self.bench = bench
-        variables = {**desktop.environment, "TARVO_BENCH": str(bench.directory), **dict(environment)}
+        variables = {**desktop.environment, **environment}
         self.started_at = time.monotonic()
         self.process = subprocess.Popen([str(command), *arguments], cwd=directory, env=variables, stdout=log,
                                         stderr=log, preexec_fn=end_with_parent)
