@@ -87,15 +87,10 @@ def test_qt_options(bench, start, serial):
     update(program, bench, serial)
 
 
-def mapped_files(program):
-    with open(f"/proc/{program.process.pid}/maps", encoding="utf-8") as maps:
-        return {line.split(maxsplit=5)[5].strip() for line in maps if "/" in line}
-
-
 def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, directory, serial):
     before = start()
     before.see_models("Pebble")
-    plugins = plugin_directory(mapped_files(before))
+    plugins = plugin_directory(before.mapped_files())
     before.stop()
 
     # Plug-ins that Qt would take for its pictures, beside the program and where the environment says.
@@ -112,11 +107,11 @@ def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, directory, 
 
     program = start(command=beside / NAME, environment={"QT_PLUGIN_PATH": str(named)})
     program.see_models("Pebble")
-    at_start = mapped_files(program)
+    at_start = program.mapped_files()
     update(program, bench, serial)
     bench.run("replug", serial)
     program.see_success("Pebble")
-    mapped = mapped_files(program)
+    mapped = program.mapped_files()
     assert not [file for file in mapped if file.startswith((str(beside / "i"), str(named)))]
     assert {file for file in mapped - at_start if "/plugins/" in file} == set()
 

@@ -64,15 +64,26 @@ class Screen:
 
 
 class Program:
-    """A running updater, or any other program on the desktop."""
+    """A running updater, or any other program on the desktop.
+
+    Its environment is that of the desktop and the given variables; None removes one.
+    """
 
     def __init__(self, desktop, command, directory, environment, arguments=(), log=None):
         self.desktop = desktop
-        variables = {**desktop.environment, **environment}
+        variables = {name: value for name, value in {**desktop.environment, **environment}.items() if value is not None}
         self.started_at = time.monotonic()
         self.process = subprocess.Popen([str(command), *arguments], cwd=directory, env=variables, stdout=log,
                                         stderr=log, preexec_fn=end_with_parent)
         self.owner = None
+
+    def has_loaded(self, library):
+        """Whether a file with that text in its path, a plug-in for example, is mapped into the process."""
+        return any(library in file for file in self.mapped_files())
+
+    def mapped_files(self):
+        with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as maps:
+            return {line.split(maxsplit=5)[5].strip() for line in maps if "/" in line}
 
     # What is on screen -------------------------------------------------------------------------------------
 
@@ -220,7 +231,7 @@ class Program:
                 difference.paste(0, bar.box)  # a busy bar is animated
             lefts, tops, rights, bottoms = zip(*boxes)
             picture = after.crop((min(lefts), min(tops), max(rights), max(bottoms)))
-            is_painted = len(picture.getcolors(maxcolors=1 << 24)) > 1
+            is_painted = len(picture.getcolors(picture.width * picture.height)) > 1
             return is_painted and not difference.getbbox()
 
         self.wait_for(settled, "a screenshot that stays the same")
