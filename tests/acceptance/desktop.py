@@ -11,7 +11,7 @@ from accessibility import AccessibilityBus
 from PIL import ImageGrab
 from waiting import wait_until
 
-KEYS = {"Tab": 0xFF09, "Space": 0x20, "F4": 0xFFC1}  # key symbols of the display
+KEYS = {"Tab": 0xFF09, "Enter": 0xFF0D, "Escape": 0xFF1B, "Space": 0x20, "F4": 0xFFC1}  # key symbols of the display
 MODIFIERS = {"Alt": 64}  # key codes of the display
 KEY_PRESS, KEY_RELEASE, KEY_SYMBOL = 0, 1, 3
 

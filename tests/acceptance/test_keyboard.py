@@ -117,3 +117,134 @@ def test_the_companion_warning(bench, desktop, start):
     walk(program, desktop)
     press(program, desktop, "Ok")
     assert program.wait_for_end() == 0
+
+
+# Where the focus goes --------------------------------------------------------------------------------------
+
+
+def see_focus(program, name, model=None):
+    """Waits until the button of that name has the focus, on the page of that model where there are several."""
+
+    def has_focus(screen):
+        place = screen.page(model) if model else screen.root
+        return place and [button for button in place.buttons if button.name == name and button.focused]
+
+    return program.wait_for(has_focus, f"the focus on {name!r}" + (f" of {model}" if model else ""), timeout=10)
+
+
+def test_focus_in_every_look(bench, desktop, start):
+    """An update without the Tab key but for the one that chooses to flash."""
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
+    program = start()
+    window_in_front(program)
+    see_focus(program, "Update Firmware", "Pebble")
+    desktop.type_key("Enter")
+    program.see_confirmation("Pebble")
+    see_focus(program, "Cancel")
+    while tab(program, desktop).name != "Update Firmware":
+        pass
+    desktop.type_key("Enter")
+    program.see_restart("Pebble")
+    bench.run("replug", "TV1")
+    program.see_success("Pebble")
+    see_focus(program, "Finish")
+    desktop.type_key("Enter")
+    assert program.wait_for_end() == 0
+
+
+def test_focus_after_a_failure(bench, desktop, start):
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
+    bench.fault("TV1", "verify-error")
+    program = start()
+    window_in_front(program)
+    program.begin_update("Pebble")
+    program.see_failure("Pebble")
+    see_focus(program, "Finish")
+
+
+def test_focus_is_kept_by_a_refresh(bench, desktop, start):
+    bench.add("Pebble", serial="TV1", firmware="1.00")
+    bench.add("Lamina", serial="TV2", firmware="1.00")
+    program = start()
+    window_in_front(program)
+    while not see_models_focused(program, "Lamina"):
+        tab(program, desktop)
+    bench.add("Skiff", serial="TV3")
+    program.see_models("Pebble", "Lamina", "Skiff")
+    see_focus(program, "Update Firmware", "Lamina")
+    # The drive that is gone had not the focus.
+    bench.unplug("TV1")
+    program.see_models("Lamina", "Skiff")
+    see_focus(program, "Update Firmware", "Lamina")
+
+
+def see_models_focused(program, model):
+    """Whether a button of that model has the focus."""
+    screen = program.look()
+    page = screen and screen.page(model)
+    return page and any(button.focused for button in page.buttons)
+
+
+def test_focus_scrolls_and_stays_in_view(bench, desktop, start):
+    models = ["Pebble", "Lamina", "Skiff", "Harbour", "Bollard", "Breakwater", "Pebble Mini", "Harbour Duo",
+              "Pebble Triple", "Harbour FireWire"]
+    for number, model in enumerate(models):
+        bench.add(model, serial=f"TV{number:04}", firmware="1.00")
+    program = start()
+    program.see_models(*models)
+    window_in_front(program)
+
+    def last_is_in_view(screen):
+        page = screen.page(models[-1])
+        return page and page.buttons and page.buttons[0].focused and page.box[3] <= screen.window.box[3]
+
+    for _ in models:
+        if see_models_focused(program, models[-1]):
+            break
+        tab(program, desktop)
+    before = program.wait_for(last_is_in_view, "the last drive in view", timeout=10)
+    bench.fault("TV0000", "firmware-status", 2)
+    program.wait_for(lambda screen: screen.pages and screen.pages[0].path != before.pages[0].path, "a refresh")
+    program.wait_for(last_is_in_view, "the last drive still in view", timeout=10)
+
+
+def test_two_presses_of_space(bench, desktop, start):
+    """The second press cancels, so that nobody flashes a drive by holding a key."""
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
+    program = start()
+    window_in_front(program)
+    press(program, desktop, "Update Firmware")
+    program.see_confirmation("Pebble")
+    see_focus(program, "Cancel")
+    desktop.type_key("Space")
+    program.wait_for(lambda screen: screen.buttons == ["Update Firmware"], "the list of drives")
+    bench.wait_for_query("TV1")
+    assert bench.progress("TV1") == (0, 0)
+    assert bench.flash("TV1")[0] == "1.00"
+
+
+def test_escape(bench, desktop, start):
+    """Escape cancels the confirmation, and does nothing elsewhere."""
+    bench.add("Pebble", serial="TV1", firmware="1.00", rate=10_000)
+    program = start()
+    listed = window_in_front(program)
+    desktop.type_key("Escape")
+    bench.wait_for_query("TV1")
+    assert [page.path for page in program.look().pages] == [page.path for page in listed.pages]
+
+    program.press("Update Firmware")
+    program.see_confirmation("Pebble")
+    desktop.type_key("Escape")
+    program.wait_for(lambda screen: screen.buttons == ["Update Firmware"], "the list of drives", timeout=10)
+
+    program.begin_update("Pebble")
+    program.see_progress("Pebble")
+    desktop.type_key("Escape")
+    program.see_restart("Pebble")
+    desktop.type_key("Escape")
+    bench.run("replug", "TV1")
+    program.see_success("Pebble")
+    desktop.type_key("Escape")
+    bench.wait_for_query("TV1")
+    program.see_success("Pebble")
+    assert bench.flash("TV1") == bench.newest("Pebble")
