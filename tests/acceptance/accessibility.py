@@ -143,8 +143,18 @@ class Node:
         return [node.name for node in self.buttons]
 
     @property
+    def pictures(self):
+        return [node for node in self.all() if node.role in ("graphic", "image", "icon")]
+
+    @property
     def bars(self):
         return [node for node in self.all() if node.role == "progress bar"]
+
+    @property
+    def description(self):
+        """What a screen reader says beside the name."""
+        name = GLib.Variant("(ss)", (ACCESSIBLE, "Description"))
+        return self.bus.call(self.owner, self.path, "org.freedesktop.DBus.Properties", "Get", name)[0]
 
     @property
     def box(self):
