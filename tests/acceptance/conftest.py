@@ -18,6 +18,11 @@ FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 SLOW = 10_000  # bytes a second: a flash takes about five seconds
 
 
+def outdated(bench, model, serial="TV1"):
+    """Adds a drive that needs both updates."""
+    return bench.add(model, serial=serial, firmware="1.00", configuration="1", rate=FAST)
+
+
 def pytest_addoption(parser):
     parser.addoption("--program-dir", default=PROGRAM_DIR, help="directory of tarvo-firmware-updater and drive-bench")
 

@@ -50,18 +50,23 @@ def walk(program, desktop):
     raise AssertionError(f"Tab reaches only {[buttons[path].name for path in reached]}")
 
 
-def press(program, desktop, name, model=None):
-    """Moves the focus to the button with Tab and presses it with Space."""
+def move_to(program, desktop, name, model=None):
+    """Moves the focus to the button with Tab."""
     program.see(name)
     window_in_front(program)
     for _ in range(20):
         screen = program.look()
         place = screen and (screen.page(model) if model else screen.root)
         if place and any(button.focused and button.name == name for button in place.buttons):
-            desktop.type_key("Space")
             return
         tab(program, desktop)
     raise AssertionError(f"Tab does not reach {name!r}")
+
+
+def press(program, desktop, name, model=None):
+    """Moves the focus to the button with Tab and presses it with Space."""
+    move_to(program, desktop, name, model)
+    desktop.type_key("Space")
 
 
 def test_a_complete_update(bench, desktop, start):
@@ -141,8 +146,7 @@ def test_focus_in_every_look(bench, desktop, start):
     desktop.type_key("Enter")
     program.see_confirmation("Pebble")
     see_focus(program, "Cancel")
-    while tab(program, desktop).name != "Update Firmware":
-        pass
+    move_to(program, desktop, "Update Firmware")
     desktop.type_key("Enter")
     program.see_restart("Pebble")
     bench.run("replug", "TV1")
@@ -166,23 +170,13 @@ def test_focus_is_kept_by_a_refresh(bench, desktop, start):
     bench.add("Pebble", serial="TV1", firmware="1.00")
     bench.add("Lamina", serial="TV2", firmware="1.00")
     program = start()
-    window_in_front(program)
-    while not see_models_focused(program, "Lamina"):
-        tab(program, desktop)
+    move_to(program, desktop, "Update Firmware", "Lamina")
     bench.add("Skiff", serial="TV3")
     program.see_models("Pebble", "Lamina", "Skiff")
     see_focus(program, "Update Firmware", "Lamina")
-    # The drive that is gone had not the focus.
     bench.unplug("TV1")
     program.see_models("Lamina", "Skiff")
     see_focus(program, "Update Firmware", "Lamina")
-
-
-def see_models_focused(program, model):
-    """Whether a button of that model has the focus."""
-    screen = program.look()
-    page = screen and screen.page(model)
-    return page and any(button.focused for button in page.buttons)
 
 
 def test_focus_scrolls_and_stays_in_view(bench, desktop, start):
@@ -192,16 +186,12 @@ def test_focus_scrolls_and_stays_in_view(bench, desktop, start):
         bench.add(model, serial=f"TV{number:04}", firmware="1.00")
     program = start()
     program.see_models(*models)
-    window_in_front(program)
 
     def last_is_in_view(screen):
         page = screen.page(models[-1])
         return page and page.buttons and page.buttons[0].focused and page.box[3] <= screen.window.box[3]
 
-    for _ in models:
-        if see_models_focused(program, models[-1]):
-            break
-        tab(program, desktop)
+    move_to(program, desktop, "Update Firmware", models[-1])
     before = program.wait_for(last_is_in_view, "the last drive in view", timeout=10)
     bench.fault("TV0000", "firmware-status", 2)
     program.wait_for(lambda screen: screen.pages and screen.pages[0].path != before.pages[0].path, "a refresh")
