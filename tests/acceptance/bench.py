@@ -1,12 +1,14 @@
 """The drive bench: simulated drives, changed through the drive-bench command."""
 
+import contextlib
 import hashlib
 import json
-import os
 import pathlib
+import sqlite3
 import subprocess
+import urllib.parse
 
-from waiting import wait_until
+from waiting import TIMEOUT, wait_until
 
 
 class Bench:
@@ -14,6 +16,10 @@ class Bench:
 
     def __init__(self, command, directory):
         self.command, self.directory = str(command), str(directory)
+
+    @property
+    def database(self):
+        return pathlib.Path(self.directory, "bench.sqlite")
 
     @property
     def environment(self):
@@ -56,15 +62,15 @@ class Bench:
 
     def is_incomplete(self, serial):
         """Whether the drive's last flash was interrupted."""
-        return self.drive(serial)["torn"]
+        return self.drive(serial)["incomplete"]
 
     def drives(self):
         return {drive["serial"]: drive for drive in json.loads(self.run("list", "--json"))["drives"]}
 
     def flash(self, serial):
         """Firmware version and configuration revision in the drive's flash chip; None for an incomplete one."""
-        with open(os.path.join(self.directory, "drives", serial + ".flash"), "rb") as file:
-            chip = file.read()
+        ((chip,),) = self._read("SELECT content FROM chips JOIN drives ON chips.drive = drives.id WHERE serial = ?",
+                                serial)
         return tuple(self._version_at(chip, start) for start in (0, 120 * 1024))
 
     @staticmethod
@@ -91,34 +97,55 @@ class Bench:
 
     def progress(self, serial):
         """Bytes written in the drive's last flash, and bytes to write."""
-        drive = self._read(serial)
-        return drive["bytesWritten"], drive["bytesToWrite"]
+        ((written, to_write),) = self._read("SELECT bytesWritten, bytesToWrite FROM drives WHERE serial = ?", serial)
+        return written, to_write
 
     def has_fault(self, serial, kind):
-        return any(fault["fault"] == kind for fault in self._read(serial)["faults"])
-
-    def _read(self, serial):
-        with open(os.path.join(self.directory, "drives", serial + ".json"), encoding="utf-8") as file:
-            return json.load(file)
+        return bool(self._read("SELECT 1 FROM faults JOIN drives ON faults.drive = drives.id "
+                               "WHERE serial = ? AND kind = ?", serial, kind))
 
     def all_but(self, serial):
-        """Everything that is stored about the host and about the drives but that one."""
+        """What is stored about the host and about every drive but that one, without the count of its queries."""
+        other = "(SELECT id FROM drives WHERE serial <> ?)"
+        drives = [dict(row) for row in self._read(f"SELECT * FROM drives WHERE id IN {other}", serial)]
+        for drive in drives:
+            del drive["queries"]
         return {
-            path: path.read_bytes()
-            for path in pathlib.Path(self.directory).rglob("*")
-            if path.is_file() and path.stem != serial and path.name != "calls.log"
+            "drives": drives,
+            "faults": [tuple(row) for row in self._read(f"SELECT * FROM faults WHERE drive IN {other}", serial)],
+            "chips": [tuple(row) for row in self._read(f"SELECT * FROM chips WHERE drive IN {other}", serial)],
+            "host": [tuple(row) for row in self._read("SELECT * FROM host")],
         }
 
-    def make_invalid(self, serial):
-        """Spoils what is stored about a drive; returns how the drive is then named."""
-        path = os.path.join(self.directory, "drives", serial + ".json")
-        pathlib.Path(path).write_text('{"serial": "TV1",\n', encoding="utf-8")
-        return f"/drives/{serial}.json:2:"
+    def wait_for_no_writer(self, serial):
+        """Waits until the drive can be flashed again: it is known only after a second that its writer was killed."""
+        wait_until(lambda: self.drive(serial)["state"] != "being written", f"nobody writes {serial}")
 
     def calls(self):
         """The calls of the host's tools so far, one line each."""
-        try:
-            with open(os.path.join(self.directory, "calls.log"), encoding="utf-8") as file:
-                return file.read().splitlines()
-        except FileNotFoundError:
-            return []
+        return [line for (line,) in self._read("SELECT line FROM calls ORDER BY id")]
+
+    def _read(self, query, serial=None, *values):
+        """The rows that a query finds, which names the serial number first."""
+        parameters = [] if serial is None else [serial.encode("latin-1"), *values]
+        with contextlib.closing(self._connect("ro")) as database:
+            return database.execute(query, parameters).fetchall()
+
+    def _connect(self, mode):
+        address = f"file:{urllib.parse.quote(str(self.database))}?mode={mode}"
+        database = sqlite3.connect(address, uri=True, timeout=TIMEOUT, isolation_level=None)
+        database.row_factory = sqlite3.Row
+        return database
+
+    # What no command does ----------------------------------------------------------------------------------
+
+    def make_invalid(self, serial):
+        """Gives a drive a model that there is not."""
+        with contextlib.closing(self._connect("rw")) as database:
+            database.execute("UPDATE drives SET model = ? WHERE serial = ?", [b"Nonesuch", serial.encode("latin-1")])
+
+    def damage(self):
+        """Overwrites the beginning of the database; returns what is then in its file."""
+        content = bytes(100) + self.database.read_bytes()[100:]
+        self.database.write_bytes(content)
+        return content

@@ -115,6 +115,7 @@ def test_termination(bench, start, state):
     program.process.terminate()
     assert program.wait_for_end() == -signal.SIGTERM
     assert submissions(bench) == []
+    bench.wait_for_no_writer("TV1")
 
     # Nothing is left that the next start would stumble over.
     again = start()
@@ -144,6 +145,7 @@ def test_killed_while_it_flashes(bench, start, percent):
     assert program.wait_for_end() == -signal.SIGKILL
     assert bench.is_incomplete(serial), "the kill came before the end of the flash"
     assert bench.all_but(serial) == before
+    bench.wait_for_no_writer(serial)
 
     again = start()
     screen = again.see_models(model, "Skiff")

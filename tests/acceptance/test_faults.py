@@ -159,11 +159,24 @@ def test_serial_of_another_drive(bench, start):
 def test_invalid_drive(bench, start, directory):
     bench.add("Pebble", serial="TV1")
     bench.add("Skiff", serial="TV2")
-    name = bench.make_invalid("TV1")
+    bench.make_invalid("TV1")
     program = start()
+    program.see_no_drive()
+    bench.run("remove", "TV1")
     program.see_models("Skiff")
-    bench.wait_for_query("TV2")
-    assert name in one_line(directory)
+    line = one_line(directory)
+    assert "TV1" in line and "Nonesuch" in line
+
+
+def test_damaged_bench(bench, start, directory):
+    bench.add("Pebble", serial="TV1")
+    damaged = bench.damage()
+    program = start()
+    program.see_no_drive()
+    program.close_window()
+    assert program.wait_for_end() == 0
+    assert str(bench.database) in one_line(directory)
+    assert bench.database.read_bytes() == damaged
 
 
 def test_missing_bench(bench, start, directory):
