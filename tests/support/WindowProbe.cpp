@@ -1,10 +1,13 @@
 #include "tests/support/WindowProbe.h"
 
 #include <QLabel>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QStackedWidget>
 #include <QTest>
+#include <QWindow>
 
 #include <algorithm>
 
@@ -26,6 +29,23 @@ QList<Widget *> onScreen(const QWidget &window)
         return a.y() != b.y() ? a.y() < b.y() : a.x() < b.x();
     });
     return widgets;
+}
+
+/// The middle of a widget in its window.
+QPoint placeOf(const QWidget &widget)
+{
+    return widget.mapTo(widget.window(), widget.rect().center());
+}
+
+/// True when the widget is what lies in its place in the window; it is scrolled there if need be.
+bool isReachable(QWidget &widget)
+{
+    for (QWidget *parent = widget.parentWidget(); parent != nullptr; parent = parent->parentWidget()) {
+        if (auto *area = qobject_cast<QScrollArea *>(parent)) {
+            area->ensureWidgetVisible(&widget);
+        }
+    }
+    return widget.window()->childAt(placeOf(widget)) == &widget;
 }
 
 } // namespace
@@ -83,7 +103,18 @@ bool WindowProbe::click(const QWidget &window, const QString &text)
     if (target == nullptr) {
         return false;
     }
-    QTest::mouseClick(target, Qt::LeftButton);
+    return press(*target);
+}
+
+bool WindowProbe::press(QWidget &widget)
+{
+    const QPointer<QWidget> target = &widget;
+    // A page that was just put in place is laid out by events that are still waiting.
+    if (!QTest::qWaitFor([&target] { return target.isNull() || isReachable(*target); }, 1000)
+        || target.isNull()) {
+        return false;
+    }
+    QTest::mouseClick(widget.window()->windowHandle(), Qt::LeftButton, Qt::NoModifier, placeOf(widget));
     return true;
 }
 

@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
 
 #include <QProgressBar>
@@ -196,8 +197,7 @@ void tst_DevicePage::upToDateDriveOffersCloseWithoutIconWhichQuits()
     PageFixture fixture(driveWith(2, 2));
     QCOMPARE(fixture.buttons(), QStringList{"Close"});
     QVERIFY(WindowProbe::button(fixture.window, "Close")->icon().isNull());
-    QTimer::singleShot(0, &fixture.receiver, [&fixture] { fixture.click("Close"); });
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(exitCodeAfter([&fixture] { fixture.click("Close"); }), 0);
     QVERIFY(fixture.receiver.received.isEmpty());
 }
 

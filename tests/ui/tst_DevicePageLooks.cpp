@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
 
 #include <QtTest>
@@ -146,8 +147,7 @@ void tst_DevicePageLooks::successAndFailureOfferOnlyFinishWhichQuits()
     PageFixture fixture(usbDrive(), stateFunction);
     QCOMPARE(fixture.buttons(), QStringList{"Finish"});
     QVERIFY(WindowProbe::button(fixture.window, "Finish")->isEnabled());
-    QTimer::singleShot(0, &fixture.receiver, [&fixture] { fixture.click("Finish"); });
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(exitCodeAfter([&fixture] { fixture.click("Finish"); }), 0);
     QVERIFY(fixture.receiver.received.isEmpty());
 }
 

@@ -1,3 +1,4 @@
+#include "tests/support/EventLoop.h"
 #include "tests/ui/WindowFixture.h"
 
 #include <QtTest>
@@ -66,8 +67,7 @@ void tst_ExitHook::runsOnceWhenTheEventLoopEnds()
     WindowFixture fixture;
     QVERIFY(connect(qApp, SIGNAL(aboutToQuit()), &fixture.window, SLOT(onExit())));
     fixture.tools.forgetCalls();
-    QTimer::singleShot(0, &fixture.window, SLOT(close()));
-    QCOMPARE(QApplication::exec(), 0);
+    QCOMPARE(exitCodeAfter([&fixture] { fixture.window.close(); }), 0);
     QCOMPARE(fixture.tools.calls(), SubmitCalls);
 }
 

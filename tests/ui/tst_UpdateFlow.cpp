@@ -391,10 +391,10 @@ void tst_UpdateFlow::clicksOnPagesThatTheRefreshDeletesAreSound()
     for (int turn = 0; turn < 5; ++turn) {
         const QPointer<QPushButton> update =
             WindowProbe::button(fixture.window, "Update Firmware and Configuration");
-        QTest::mouseClick(update, Qt::LeftButton);
+        QVERIFY(WindowProbe::press(*update));
         QVERIFY(update.isNull());
         const QPointer<QPushButton> cancel = WindowProbe::button(fixture.window, "Cancel");
-        QTest::mouseClick(cancel, Qt::LeftButton);
+        QVERIFY(WindowProbe::press(*cancel));
         QVERIFY(cancel.isNull());
         QCoreApplication::processEvents();
     }
@@ -404,7 +404,7 @@ void tst_UpdateFlow::clicksOnPagesThatTheRefreshDeletesAreSound()
     QTest::keyClick(update, Qt::Key_Space);
     const QPointer<QPushButton> start = WindowProbe::button(fixture.window, "Update Firmware");
     QVERIFY(!start.isNull());
-    QTest::mouseClick(start, Qt::LeftButton);
+    QVERIFY(WindowProbe::press(*start));
     QVERIFY(start.isNull());
     QCOMPARE(lookOf(fixture), Look::InProgress);
     QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);

@@ -59,7 +59,7 @@ void verifyVersion(MainWindow &window)
 
 void pressOk(QMessageBox &box)
 {
-    QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
+    WindowProbe::press(*box.button(QMessageBox::Ok));
 }
 
 /// Answers the companion's box as soon as it is open, and keeps what it showed.
@@ -476,7 +476,7 @@ void tst_WindowRefresh::clickThatOpensTheBoxSurvivesARefreshInsideIt()
         QVERIFY(page.isNull());
         pressOk(box);
     });
-    QTest::mouseClick(button, Qt::LeftButton);
+    QVERIFY(WindowProbe::press(*button));
     QCOMPARE(answerer.boxesSeen, 1);
     QVERIFY(fixture.page() != nullptr);
     fixture.deliver({usbDrive("A")});
