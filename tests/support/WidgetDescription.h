@@ -12,8 +12,8 @@ namespace WidgetDescription {
 /// Margins, spacing, alignments and stretch factors are named where they are not the default.
 QStringList linesOf(const QLayout &layout);
 
-/// The names of the properties in which the widget is not set up like the reference. Left out: where it stands, whether
-/// it is on screen, its picture, and what serves the keyboard and screen readers.
+/// The names of the properties in which the widget is not set up like the reference. Left out: where it
+/// stands, whether it is on screen, its picture, and what serves the keyboard and screen readers.
 QString differences(const QWidget &widget, const QWidget &reference);
 
 } // namespace WidgetDescription

@@ -22,8 +22,8 @@ bool showsBusyBar(const QWidget &window);
 QPushButton *button(const QWidget &window, const QString &text);
 /// Presses and releases the left mouse button over it. False when it is not there.
 bool click(const QWidget &window, const QString &text);
-/// The same for a widget. The click is the windowing system's: it reaches what lies in that place of the window.
-/// False when something else lies there.
+/// The same for a widget. The click is the windowing system's: it reaches what lies in that place of the
+/// window. False when something else lies there.
 bool press(QWidget &widget);
 
 /// The text, so many times: what several equal buttons or labels read.

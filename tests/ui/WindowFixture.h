@@ -1,12 +1,14 @@
 #pragma once
 
 #include "tests/platform/ScriptedPlatform.h"
+#include "tests/support/DeviceRecords.h"
 #include "tests/support/StandInTools.h"
 #include "tests/support/WindowProbe.h"
 #include "ui/MainWindow.h"
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QLabel>
 #include <QMetaObject>
 #include <QTest>
 #include <QVector>
@@ -71,3 +73,29 @@ public:
     Arguments arguments;
     MainWindow window{arguments.count, arguments.vector};
 };
+
+/// That many drives, numbered from 1 in their serial numbers and model names.
+inline QVector<DeviceInfo> drives(int count)
+{
+    QVector<DeviceInfo> list;
+    for (int number = 1; number <= count; ++number) {
+        DeviceInfo drive = DeviceRecords::usbDrive("SN-" + std::to_string(number));
+        drive.modelName = "Pebble " + std::to_string(number);
+        list.append(drive);
+    }
+    return list;
+}
+
+/// The program's version stands once in the window, at its bottom, in small italics.
+inline void verifyVersion(MainWindow &window)
+{
+    QCOMPARE(WindowProbe::texts(window).count("Orvi: 1.1.6"), 1);
+    for (const QLabel *label : window.findChildren<QLabel *>()) {
+        if (label->text() == "Orvi: 1.1.6") {
+            QVERIFY(label->font().italic());
+            QCOMPARE(label->font().pixelSize(), 10);
+            QCOMPARE(label->height(), 12);
+            QVERIFY(label->mapTo(&window, QPoint()).y() > window.height() - 40);
+        }
+    }
+}

@@ -1,5 +1,4 @@
 #include "tests/support/DeviceRecords.h"
-#include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
 
 #include <QProgressBar>
@@ -11,24 +10,6 @@ namespace {
 
 const QString UpdatePicture = ":/firmwareUpdater/Update.png";
 const QString WarningPicture = ":/firmwareUpdater/Warning.png";
-
-DeviceInfo driveWith(std::int32_t firmwareStatus, std::int32_t configurationStatus)
-{
-    DeviceInfo drive = usbDrive();
-    drive.firmwareStatus = firmwareStatus;
-    drive.configurationStatus = configurationStatus;
-    return drive;
-}
-
-QImage iconOf(const PageFixture &fixture, const QString &buttonText)
-{
-    return WindowProbe::button(fixture.window, buttonText)->icon().pixmap(16, 16).toImage();
-}
-
-QImage iconAt(const QString &path)
-{
-    return path.isEmpty() ? QImage() : QIcon(path).pixmap(16, 16).toImage();
-}
 
 DeviceInfo driveNamed(std::uint16_t vendorId, std::uint16_t productId, const std::string &modelName)
 {
@@ -65,15 +46,6 @@ private slots:
     void methodsHaveTheirIndex_data();
     void methodsHaveTheirIndex();
     void initialLook();
-    void statusesDecideTheFirstButton_data();
-    void statusesDecideTheFirstButton();
-    void statusesDecideTheConfirmButton_data();
-    void statusesDecideTheConfirmButton();
-    void upToDateDriveOffersCloseWithoutIconWhichQuits();
-    void driveThatNeedsBothIsConfirmedWithUpdateFirmware();
-    void driveThatNeedsConfigurationReadsUpdateConfigurationOnBothButtons();
-    void driveOfUnknownStatusReadsUpdateWithTheWarningIconOnBothButtons_data();
-    void driveOfUnknownStatusReadsUpdateWithTheWarningIconOnBothButtons();
     void unsupportedBridgeHasNoFirstButtonButItsIconTextsAndRows();
     void vendorDecidesTheDrivePicture_data();
     void vendorDecidesTheDrivePicture();
@@ -83,9 +55,6 @@ private slots:
     void pictureIsScaledIntoItsBoxKeepingItsRatio();
     void progressBarIsWideAndBusyAndNeverShowsAPercentage();
     void progressBarSitsOffCentreToTheRight();
-    void buttonsRelayTheSerialNumber();
-    void slotCalledTwiceReachesTheWindowThreeTimes();
-    void serialNumberIsReadAsLatin1UpToAZeroByte();
     void confirmationLook();
     void backgroundIsWhite();
     void pageLivesExactlyAsLongAsItsContent();
@@ -130,110 +99,6 @@ void tst_DevicePage::initialLook()
     QVERIFY(!fixture.page->isVisible());
     QVERIFY(fixture.page->parentWidget() == nullptr);
     QVERIFY(fixture.page->layout() == nullptr);
-}
-
-void tst_DevicePage::statusesDecideTheFirstButton_data()
-{
-    QTest::addColumn<int>("firmwareStatus");
-    QTest::addColumn<int>("configurationStatus");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("icon");
-    QTest::newRow("1, 1") << 1 << 1 << "Update Firmware and Configuration" << UpdatePicture;
-    QTest::newRow("1, 2") << 1 << 2 << "Update Firmware" << UpdatePicture;
-    QTest::newRow("1, 0") << 1 << 0 << "Update Firmware" << UpdatePicture;
-    QTest::newRow("1, 3") << 1 << 3 << "Update Firmware" << UpdatePicture;
-    QTest::newRow("2, 1") << 2 << 1 << "Update Configuration" << UpdatePicture;
-    QTest::newRow("0, 1") << 0 << 1 << "Update Configuration" << UpdatePicture;
-    QTest::newRow("3, 1") << 3 << 1 << "Update Configuration" << UpdatePicture;
-    QTest::newRow("2, 2") << 2 << 2 << "Close"
-                          << "";
-    QTest::newRow("0, 0") << 0 << 0 << "Update" << WarningPicture;
-    QTest::newRow("2, 3") << 2 << 3 << "Update" << WarningPicture;
-    QTest::newRow("-1, 2") << -1 << 2 << "Update" << WarningPicture;
-}
-
-void tst_DevicePage::statusesDecideTheFirstButton()
-{
-    QFETCH(int, firmwareStatus);
-    QFETCH(int, configurationStatus);
-    QFETCH(QString, text);
-    QFETCH(QString, icon);
-    PageFixture fixture(driveWith(firmwareStatus, configurationStatus));
-    QCOMPARE(fixture.buttons(), QStringList{text});
-    QCOMPARE(iconOf(fixture, text), iconAt(icon));
-    QVERIFY(iconOf(fixture, text).isNull() == icon.isEmpty());
-}
-
-void tst_DevicePage::statusesDecideTheConfirmButton_data()
-{
-    QTest::addColumn<int>("firmwareStatus");
-    QTest::addColumn<int>("configurationStatus");
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QString>("icon");
-    QTest::newRow("2, 2") << 2 << 2 << "Update Firmware and Configuration" << UpdatePicture;
-    QTest::newRow("1, 1") << 1 << 1 << "Update Firmware" << UpdatePicture;
-    QTest::newRow("1, 2") << 1 << 2 << "Update Firmware" << UpdatePicture;
-    QTest::newRow("1, 0") << 1 << 0 << "Update Firmware" << UpdatePicture;
-    QTest::newRow("2, 1") << 2 << 1 << "Update Configuration" << UpdatePicture;
-    QTest::newRow("3, 1") << 3 << 1 << "Update Configuration" << UpdatePicture;
-    QTest::newRow("0, 0") << 0 << 0 << "Update" << WarningPicture;
-    QTest::newRow("2, 3") << 2 << 3 << "Update" << WarningPicture;
-}
-
-void tst_DevicePage::statusesDecideTheConfirmButton()
-{
-    QFETCH(int, firmwareStatus);
-    QFETCH(int, configurationStatus);
-    QFETCH(QString, text);
-    QFETCH(QString, icon);
-    PageFixture fixture(driveWith(firmwareStatus, configurationStatus), &DeviceLayout::deviceSelected);
-    QCOMPARE(fixture.buttons(), (QStringList{text, "Cancel"}));
-    QCOMPARE(iconOf(fixture, text), iconAt(icon));
-    QVERIFY(iconOf(fixture, "Cancel").isNull());
-}
-
-void tst_DevicePage::upToDateDriveOffersCloseWithoutIconWhichQuits()
-{
-    PageFixture fixture(driveWith(2, 2));
-    QCOMPARE(fixture.buttons(), QStringList{"Close"});
-    QVERIFY(WindowProbe::button(fixture.window, "Close")->icon().isNull());
-    QCOMPARE(exitCodeAfter([&fixture] { fixture.click("Close"); }), 0);
-    QVERIFY(fixture.receiver.received.isEmpty());
-}
-
-void tst_DevicePage::driveThatNeedsBothIsConfirmedWithUpdateFirmware()
-{
-    PageFixture listed(driveWith(1, 1));
-    QCOMPARE(listed.buttons(), QStringList{"Update Firmware and Configuration"});
-    PageFixture selected(driveWith(1, 1), &DeviceLayout::deviceSelected);
-    QCOMPARE(selected.buttons(), (QStringList{"Update Firmware", "Cancel"}));
-}
-
-void tst_DevicePage::driveThatNeedsConfigurationReadsUpdateConfigurationOnBothButtons()
-{
-    PageFixture listed(driveWith(2, 1));
-    QCOMPARE(listed.buttons(), QStringList{"Update Configuration"});
-    PageFixture selected(driveWith(2, 1), &DeviceLayout::deviceSelected);
-    QCOMPARE(selected.buttons(), (QStringList{"Update Configuration", "Cancel"}));
-}
-
-void tst_DevicePage::driveOfUnknownStatusReadsUpdateWithTheWarningIconOnBothButtons_data()
-{
-    QTest::addColumn<int>("firmwareStatus");
-    QTest::newRow("0") << 0;
-    QTest::newRow("3") << 3;
-    QTest::newRow("-1") << -1;
-}
-
-void tst_DevicePage::driveOfUnknownStatusReadsUpdateWithTheWarningIconOnBothButtons()
-{
-    QFETCH(int, firmwareStatus);
-    PageFixture listed(driveWith(firmwareStatus, 0));
-    QCOMPARE(listed.buttons(), QStringList{"Update"});
-    QCOMPARE(iconOf(listed, "Update"), iconAt(WarningPicture));
-    PageFixture selected(driveWith(firmwareStatus, 0), &DeviceLayout::deviceSelected);
-    QCOMPARE(selected.buttons(), (QStringList{"Update", "Cancel"}));
-    QCOMPARE(iconOf(selected, "Update"), iconAt(WarningPicture));
 }
 
 void tst_DevicePage::unsupportedBridgeHasNoFirstButtonButItsIconTextsAndRows()
@@ -347,37 +212,6 @@ void tst_DevicePage::progressBarSitsOffCentreToTheRight()
     const int left = bar->mapTo(content, QPoint()).x();
     const int right = content->width() - left - bar->width();
     QVERIFY2(qAbs(left - right - 25) <= 1, qPrintable(QString("%1 %2").arg(left).arg(right)));
-}
-
-void tst_DevicePage::buttonsRelayTheSerialNumber()
-{
-    PageFixture listed(usbDrive("SN-1"));
-    QVERIFY(listed.click("Update Firmware and Configuration"));
-    QCOMPARE(listed.receiver.received, QStringList{"updateDevice SN-1"});
-    PageFixture selected(usbDrive("SN-2"), &DeviceLayout::deviceSelected);
-    QVERIFY(selected.click("Cancel"));
-    QVERIFY(selected.click("Update Firmware"));
-    QCOMPARE(selected.receiver.received, (QStringList{"cancelUpdate", "startUpdate SN-2"}));
-}
-
-void tst_DevicePage::slotCalledTwiceReachesTheWindowThreeTimes()
-{
-    // Each call connects anew, so the second emission arrives twice.
-    PageFixture listed(usbDrive("SN"));
-    listed.click("Update Firmware and Configuration");
-    listed.click("Update Firmware and Configuration");
-    QCOMPARE(listed.receiver.received, WindowProbe::repeated(3, "updateDevice SN"));
-    PageFixture selected(usbDrive("SN"), &DeviceLayout::deviceSelected);
-    selected.click("Update Firmware");
-    selected.click("Update Firmware");
-    QCOMPARE(selected.receiver.received, WindowProbe::repeated(3, "startUpdate SN"));
-}
-
-void tst_DevicePage::serialNumberIsReadAsLatin1UpToAZeroByte()
-{
-    PageFixture fixture(usbDrive(std::string("S\xE9\xFF\0hidden", 10)));
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QCOMPARE(fixture.receiver.received, QStringList{"updateDevice S" + QString(QChar(0xE9)) + QChar(0xFF)});
 }
 
 void tst_DevicePage::confirmationLook()

@@ -21,6 +21,44 @@ DeviceInfo updatedDrive()
     return drive;
 }
 
+/// The page's widgets, from top to bottom and left to right.
+const QStringList WidgetNames = {"icon", "model", "version", "firmware status", "firmware icon",
+    "configuration status", "configuration icon", "update", "start", "cancel", "bar", "finish"};
+
+QList<QWidget *> widgetsOf(const QLayout &layout)
+{
+    QList<QWidget *> widgets;
+    for (int index = 0; index < layout.count(); ++index) {
+        if (QWidget *widget = layout.itemAt(index)->widget()) {
+            widgets.append(widget);
+        } else if (const QLayout *nested = layout.itemAt(index)->layout()) {
+            widgets += widgetsOf(*nested);
+        }
+    }
+    return widgets;
+}
+
+/// What happens to the widgets that it is installed on.
+class EventLog : public QObject
+{
+public:
+    QStringList changes;
+    int paintings = 0;
+
+protected:
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        if (event->type() == QEvent::HideToParent) {
+            changes.append("hide " + object->objectName());
+        } else if (event->type() == QEvent::ShowToParent) {
+            changes.append("show " + object->objectName());
+        } else if (event->type() == QEvent::Paint) {
+            ++paintings;
+        }
+        return false;
+    }
+};
+
 } // namespace
 
 Q_DECLARE_METATYPE(StateFunction)
@@ -38,7 +76,13 @@ private slots:
     void failureLookKeepsTheModelLineAndShowsTheErrorImage();
     void successAndFailureOfferOnlyFinishWhichQuits_data();
     void successAndFailureOfferOnlyFinishWhichQuits();
+    void successKeepsTheIconsOfTheConstructionOnScreen_data();
     void successKeepsTheIconsOfTheConstructionOnScreen();
+    void looksHideAndShowInOrder_data();
+    void looksHideAndShowInOrder();
+    void looksAreDrawnAgain_data();
+    void looksAreDrawnAgain();
+    void onlySuccessEnablesFinish();
 };
 
 void tst_DevicePageLooks::eachLookShowsItsWidgets_data()
@@ -151,20 +195,130 @@ void tst_DevicePageLooks::successAndFailureOfferOnlyFinishWhichQuits()
     QVERIFY(fixture.receiver.received.isEmpty());
 }
 
+void tst_DevicePageLooks::successKeepsTheIconsOfTheConstructionOnScreen_data()
+{
+    QTest::addColumn<int>("chipsetType");
+    QTest::addColumn<int>("firmwareStatus");
+    QTest::addColumn<int>("configurationStatus");
+    QTest::newRow("both required") << 1 << 1 << 1;
+    QTest::newRow("both up to date") << 1 << 2 << 2;
+    QTest::newRow("both unknown") << 1 << 3 << 3;
+    QTest::newRow("firmware up to date") << 1 << 2 << 1;
+    QTest::newRow("configuration up to date") << 1 << 1 << 2;
+    QTest::newRow("not supported") << 0 << 1 << 1;
+}
+
 void tst_DevicePageLooks::successKeepsTheIconsOfTheConstructionOnScreen()
 {
+    DeviceInfo drive = usbDrive();
+    QFETCH(int, chipsetType);
+    QFETCH(int, firmwareStatus);
+    QFETCH(int, configurationStatus);
+    drive.chipsetType = chipsetType;
+    drive.firmwareStatus = firmwareStatus;
+    drive.configurationStatus = configurationStatus;
+    const QList<QImage> constructed = PageFixture(drive).pictures();
+    {
+        const PageFixture fixture(drive, &DeviceLayout::updateSuccess);
+        QCOMPARE(fixture.pictures(), constructed);
+    }
+
     PageReceiver receiver;
-    QPointer<DeviceLayout> page = new DeviceLayout(&receiver, usbDrive());
-    const QList<QLabel *> onScreen = page->contentWidget->findChildren<QLabel *>();
+    const QPointer<DeviceLayout> page = new DeviceLayout(&receiver, drive);
+    const QList<QWidget *> onScreen = widgetsOf(*page->contentWidget->layout());
     const auto widgets = QApplication::allWidgets().size();
     page->updateSuccess();
-    QCOMPARE(page->contentWidget->findChildren<QLabel *>(), onScreen);
+    QCOMPARE(widgetsOf(*page->contentWidget->layout()), onScreen);
     // The two new icons are on no screen, and they go with the page.
     QCOMPARE(QApplication::allWidgets().size(), widgets + 2);
     delete page->contentWidget;
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     QVERIFY(page.isNull());
     QVERIFY(QApplication::allWidgets().isEmpty());
+}
+
+void tst_DevicePageLooks::looksHideAndShowInOrder_data()
+{
+    QTest::addColumn<StateFunction>("stateFunction");
+    QTest::addColumn<QStringList>("changes");
+    QTest::newRow("confirmation") << StateFunction(&DeviceLayout::deviceSelected)
+                                  << QStringList{"hide firmware icon", "hide configuration status",
+                                         "hide configuration icon", "hide update", "show start",
+                                         "show cancel", "hide bar", "hide finish"};
+    QTest::newRow("in progress") << StateFunction(&DeviceLayout::updateInProgess)
+                                 << QStringList{"hide firmware icon", "hide configuration status",
+                                        "hide configuration icon", "hide update", "hide start", "hide cancel",
+                                        "show bar", "hide finish"};
+    QTest::newRow("success") << StateFunction(&DeviceLayout::updateSuccess)
+                             << QStringList{"hide version", "hide update", "hide start", "hide cancel",
+                                    "hide bar", "show finish"};
+    QTest::newRow("restart") << StateFunction(&DeviceLayout::restartDevice)
+                             << QStringList{"hide version", "hide firmware status", "hide configuration icon",
+                                    "show bar", "hide update", "hide start", "hide cancel", "hide finish"};
+    QTest::newRow("failure") << StateFunction(&DeviceLayout::updateFailure)
+                             << QStringList{"hide version", "hide firmware status", "hide configuration icon",
+                                    "hide update", "hide start", "hide cancel", "hide bar", "show finish"};
+}
+
+void tst_DevicePageLooks::looksHideAndShowInOrder()
+{
+    QFETCH(StateFunction, stateFunction);
+    QFETCH(QStringList, changes);
+    const PageFixture fixture(usbDrive());
+    const QList<QWidget *> widgets = widgetsOf(*fixture.page->contentWidget->layout());
+    QCOMPARE(widgets.size(), WidgetNames.size());
+    EventLog log;
+    for (int index = 0; index < widgets.size(); ++index) {
+        const QString &name = WidgetNames[index];
+        // Each change is one, whatever the widget was before.
+        if (changes.contains("hide " + name)) {
+            widgets[index]->show();
+        } else if (changes.contains("show " + name)) {
+            widgets[index]->hide();
+        }
+        widgets[index]->setObjectName(name);
+        widgets[index]->installEventFilter(&log);
+    }
+    (fixture.page->*stateFunction)();
+    QCOMPARE(log.changes, changes);
+}
+
+void tst_DevicePageLooks::looksAreDrawnAgain_data()
+{
+    QTest::addColumn<StateFunction>("stateFunction");
+    QTest::newRow("confirmation") << StateFunction(&DeviceLayout::deviceSelected);
+    QTest::newRow("in progress") << StateFunction(&DeviceLayout::updateInProgess);
+    QTest::newRow("success") << StateFunction(&DeviceLayout::updateSuccess);
+    QTest::newRow("restart") << StateFunction(&DeviceLayout::restartDevice);
+    QTest::newRow("failure") << StateFunction(&DeviceLayout::updateFailure);
+}
+
+void tst_DevicePageLooks::looksAreDrawnAgain()
+{
+    QFETCH(StateFunction, stateFunction);
+    const PageFixture fixture(usbDrive());
+    EventLog log;
+    fixture.page->installEventFilter(&log);
+    fixture.page->show();
+    QTRY_VERIFY(log.paintings > 0);
+    QCoreApplication::processEvents();
+    log.paintings = 0;
+    (fixture.page->*stateFunction)();
+    // Not at once, but by the event loop.
+    QCOMPARE(log.paintings, 0);
+    QTRY_COMPARE(log.paintings, 1);
+}
+
+void tst_DevicePageLooks::onlySuccessEnablesFinish()
+{
+    for (const StateFunction stateFunction : {&DeviceLayout::updateSuccess, &DeviceLayout::updateFailure}) {
+        const PageFixture fixture(usbDrive());
+        QWidget *finish = widgetsOf(*fixture.page->contentWidget->layout()).last();
+        QVERIFY(finish->isEnabled());
+        finish->setEnabled(false);
+        (fixture.page->*stateFunction)();
+        QCOMPARE(finish->isEnabled(), stateFunction == &DeviceLayout::updateSuccess);
+    }
 }
 
 QTEST_MAIN(tst_DevicePageLooks)

@@ -1,11 +1,8 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/ui/WindowFixture.h"
-#include "ui/DeviceLayout.h"
 
 #include <QLabel>
 #include <QLayout>
-#include <QMessageBox>
-#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QtTest>
@@ -17,17 +14,6 @@ namespace {
 
 const QString NoDriveText =
     "<b>No compatible Tarvo device were found.</b><br/><br/><b>Please plug a compatible Tarvo device.</b>";
-
-QVector<DeviceInfo> drives(int count)
-{
-    QVector<DeviceInfo> list;
-    for (int number = 1; number <= count; ++number) {
-        DeviceInfo drive = usbDrive("SN-" + std::to_string(number));
-        drive.modelName = "Pebble " + std::to_string(number);
-        list.append(drive);
-    }
-    return list;
-}
 
 /// The text that names a drive's page, and where that page stands.
 QList<QPoint> placesOf(const WindowFixture &fixture, int count)
@@ -42,56 +28,6 @@ QList<QPoint> placesOf(const WindowFixture &fixture, int count)
     }
     return places;
 }
-
-/// The program's version stands once in the window, at its bottom, in small italics.
-void verifyVersion(MainWindow &window)
-{
-    QCOMPARE(WindowProbe::texts(window).count("Orvi: 1.1.6"), 1);
-    for (const QLabel *label : window.findChildren<QLabel *>()) {
-        if (label->text() == "Orvi: 1.1.6") {
-            QVERIFY(label->font().italic());
-            QCOMPARE(label->font().pixelSize(), 10);
-            QCOMPARE(label->height(), 12);
-            QVERIFY(label->mapTo(&window, QPoint()).y() > window.height() - 40);
-        }
-    }
-}
-
-void pressOk(QMessageBox &box)
-{
-    WindowProbe::press(*box.button(QMessageBox::Ok));
-}
-
-/// Answers the companion's box as soon as it is open, and keeps what it showed.
-class BoxAnswerer : public QObject
-{
-public:
-    explicit BoxAnswerer(std::function<void(QMessageBox &)> answer) : answer(std::move(answer))
-    {
-        startTimer(1);
-    }
-
-    int boxesSeen = 0;
-
-protected:
-    void timerEvent(QTimerEvent *) override
-    {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (box != nullptr && box->isVisible() && box != lastBox) {
-            lastBox = box;
-            ++boxesSeen;
-            answer(*box);
-            // Also after a check in the answer has failed: an open box would hold up the test for ever.
-            if (box->isVisible()) {
-                pressOk(*box);
-            }
-        }
-    }
-
-private:
-    std::function<void(QMessageBox &)> answer;
-    QPointer<QMessageBox> lastBox;
-};
 
 } // namespace
 
@@ -115,13 +51,6 @@ private slots:
     void versionStandsInSmallItalicsAtTheBottom_data();
     void versionStandsInSmallItalicsAtTheBottom();
     void layoutsHaveTheirMargins();
-    void companionIsCheckedOnEveryRefresh();
-    void companionAtStartIsWarnedOfOnceDuringConstruction();
-    void companionBoxSaysWhatToDo();
-    void companionBoxClosedOtherwiseStillMeansOk();
-    void companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndOkDoesNotEndTheProgram();
-    void listsAndResultsArriveWhileTheBoxIsOpen();
-    void clickThatOpensTheBoxSurvivesARefreshInsideIt();
     void refreshesLeaveNoWidgetBehind();
     void unchangedListOfAThousandDrivesRebuildsNothing();
 };
@@ -341,146 +270,6 @@ void tst_WindowRefresh::layoutsHaveTheirMargins()
     QVERIFY(qobject_cast<QScrollArea *>(page->layout()->itemAt(0)->widget())->widgetResizable());
     QCOMPARE(page->layout()->itemAt(1)->layout()->contentsMargins(), QMargins());
     QCOMPARE(page->layout()->itemAt(1)->layout()->count(), 1);
-}
-
-void tst_WindowRefresh::companionIsCheckedOnEveryRefresh()
-{
-    WindowFixture fixture;
-    QCOMPARE(fixture.tools.calls(), QStringList{"ls|/Library/LaunchDaemons"});
-    fixture.window.updateWindow();
-    fixture.deliver({usbDrive()});
-    QCOMPARE(fixture.tools.calls(), WindowProbe::repeated(3, "ls|/Library/LaunchDaemons"));
-    QVERIFY(!QFile::exists("temp.txt"));
-}
-
-void tst_WindowRefresh::companionAtStartIsWarnedOfOnceDuringConstruction()
-{
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
-    BoxAnswerer answerer(pressOk);
-    MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
-    QVERIFY(window.quitAtStartup);
-    QVERIFY(window.isVisible());
-    // No content but the version; the column has its leading stretch and nothing else.
-    QCOMPARE(WindowProbe::texts(window), QStringList{"Orvi: 1.1.6"});
-    verifyVersion(window);
-    QCOMPARE(window.findChild<QScrollArea *>()->widget()->layout()->count(), 1);
-    // Later refreshes check again but show the drives.
-    tools.forgetCalls();
-    window.updateWindow();
-    QCOMPARE(tools.calls(), QStringList{"ls|/Library/LaunchDaemons"});
-    QCOMPARE(answerer.boxesSeen, 1);
-    QCOMPARE(WindowProbe::texts(window), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
-}
-
-void tst_WindowRefresh::companionBoxSaysWhatToDo()
-{
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
-    BoxAnswerer answerer([](QMessageBox &box) {
-        QCOMPARE(box.windowTitle(), QString("Tarvo Quaydesk installed and running"));
-        QCOMPARE(box.text(),
-            QString("Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before "
-                    "using Tarvo "
-                    "Firmware Updater."));
-        QCOMPARE(box.icon(), QMessageBox::Warning);
-        QCOMPARE(box.standardButtons(), QMessageBox::StandardButtons(QMessageBox::Ok));
-        QCOMPARE(box.button(QMessageBox::Ok)->text(), QString("Ok"));
-        QCOMPARE(box.defaultButton(), qobject_cast<QPushButton *>(box.button(QMessageBox::Ok)));
-        QCOMPARE(
-            box.windowIcon().pixmap(32, 32).toImage(), QPixmap(":/firmwareUpdater/TarvoLogo.png").toImage());
-        QVERIFY(box.windowFlags().testFlag(Qt::Dialog));
-        QVERIFY(box.isModal());
-        QVERIFY(box.parent() == nullptr);
-        QVERIFY(box.windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
-        pressOk(box);
-    });
-    const MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
-}
-
-void tst_WindowRefresh::companionBoxClosedOtherwiseStillMeansOk()
-{
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
-    BoxAnswerer answerer([](QMessageBox &box) { box.close(); });
-    const MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
-    QVERIFY(window.quitAtStartup);
-}
-
-void tst_WindowRefresh::companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndOkDoesNotEndTheProgram()
-{
-    WindowFixture fixture;
-    fixture.tools.installCompanion();
-    BoxAnswerer answerer(pressOk);
-    fixture.deliver({usbDrive()});
-    QCOMPARE(answerer.boxesSeen, 1);
-    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
-    fixture.deliver({usbDrive(), usbDrive("B")});
-    QCOMPARE(answerer.boxesSeen, 1);
-    QVERIFY(fixture.texts().contains("Tarvo Pebble"));
-    QVERIFY(fixture.window.isVisible());
-}
-
-void tst_WindowRefresh::listsAndResultsArriveWhileTheBoxIsOpen()
-{
-    WindowFixture fixture;
-    fixture.deliver({usbDrive("A"), usbDrive("A")});
-    fixture.tools.installCompanion();
-    ScriptedPlatform::holdFlashes();
-    BoxAnswerer answerer([&fixture](QMessageBox &box) {
-        // The list that the refresh was walking is replaced under it.
-        fixture.deliver({});
-        QVERIFY(fixture.texts().contains(NoDriveText));
-        fixture.deliver(drives(4));
-        fixture.finish(false);
-        QVERIFY(fixture.page() != nullptr);
-        pressOk(box);
-    });
-    QMetaObject::invokeMethod(&fixture.window, "startUpdate", Q_ARG(QString, "A"));
-    QCOMPARE(answerer.boxesSeen, 1);
-    QVERIFY(fixture.page() != nullptr);
-    QTRY_COMPARE(ScriptedPlatform::count("Asm1051(A)"), 1);
-}
-
-void tst_WindowRefresh::clickThatOpensTheBoxSurvivesARefreshInsideIt()
-{
-    WindowFixture fixture;
-    fixture.deliver({usbDrive("A")});
-    fixture.tools.installCompanion();
-    const QPointer<QPushButton> button =
-        WindowProbe::button(fixture.window, "Update Firmware and Configuration");
-    QPointer<DeviceLayout> page;
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *candidate = qobject_cast<DeviceLayout *>(widget)) {
-            page = candidate;
-        }
-    }
-    QVERIFY(!page.isNull());
-    BoxAnswerer answerer([&](QMessageBox &box) {
-        fixture.deliver({usbDrive("A"), fireWireDrive("B")});
-        // The page of the pressed button goes while the press is still being handled.
-        QVERIFY(button.isNull());
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(page.isNull());
-        pressOk(box);
-    });
-    QVERIFY(WindowProbe::press(*button));
-    QCOMPARE(answerer.boxesSeen, 1);
-    QVERIFY(fixture.page() != nullptr);
-    fixture.deliver({usbDrive("A")});
-    QVERIFY(fixture.texts().contains("Tarvo Pebble"));
 }
 
 void tst_WindowRefresh::refreshesLeaveNoWidgetBehind()
