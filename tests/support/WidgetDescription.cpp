@@ -98,7 +98,7 @@ bool isLeftOut(const QByteArray &name)
         "accessibleIdentifier", "focus", "focusPolicy", "autoDefault", "isActiveWindow", "visible",
         "minimized", "maximized", "fullScreen", "pos", "x", "y", "size", "width", "height", "rect",
         "geometry", "frameGeometry", "normalGeometry", "frameSize", "childrenRect", "childrenRegion",
-        "frameRect", "sizeHint", "minimumSizeHint", "pixmap", "icon", "windowIcon"};
+        "frameRect", "sizeHint", "minimumSizeHint", "pixmap", "iconPixmap", "icon", "windowIcon"};
     return names.contains(name);
 }
 

@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/WidgetDescription.h"
 #include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/WindowFixture.h"
 #include "ui/DeviceLayout.h"
@@ -7,6 +8,7 @@
 #include <QLayout>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStackedWidget>
 #include <QtTest>
 
 using DeviceRecords::fireWireDrive;
@@ -16,6 +18,29 @@ namespace {
 
 const QString NoDriveText =
     "<b>No compatible Tarvo device were found.</b><br/><br/><b>Please plug a compatible Tarvo device.</b>";
+
+void verifyBox(QMessageBox &box)
+{
+    QMessageBox expected(QMessageBox::Warning, "Tarvo Quaydesk installed and running",
+        "Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before using Tarvo "
+        "Firmware Updater.",
+        QMessageBox::Ok);
+    expected.setDefaultButton(QMessageBox::Ok);
+    expected.button(QMessageBox::Ok)->setText("Ok");
+    expected.setModal(true);
+    // A box settles its size when it is shown.
+    expected.show();
+    QCOMPARE(WidgetDescription::differences(box, expected), QString());
+    QCOMPARE(WidgetDescription::differences(*box.button(QMessageBox::Ok), *expected.button(QMessageBox::Ok)),
+        QString());
+    QCOMPARE(box.buttons().size(), 1);
+    QCOMPARE(box.defaultButton(), qobject_cast<QPushButton *>(box.button(QMessageBox::Ok)));
+    QCOMPARE(box.windowIcon().pixmap(32, 32).toImage(), QPixmap(":/firmwareUpdater/TarvoLogo.png").toImage());
+    QVERIFY(box.parent() == nullptr);
+    QCOMPARE(box.windowFlags(), expected.windowFlags());
+    QVERIFY(box.windowFlags().testFlag(Qt::Dialog));
+    QVERIFY(box.windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
+}
 
 } // namespace
 
@@ -28,8 +53,10 @@ private slots:
     void companionAtStartIsWarnedOfOnceDuringConstruction();
     void companionBoxSaysWhatToDo();
     void companionBoxClosedOtherwiseStillMeansOk();
+    void companionBoxEndsTheProgramOnlyWithOk();
     void companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndOkDoesNotEndTheProgram();
     void listsAndResultsArriveWhileTheBoxIsOpen();
+    void listsArriveWhileTheBoxIsOpenOverASuccess();
     void clickThatOpensTheBoxSurvivesARefreshInsideIt();
 };
 
@@ -73,26 +100,14 @@ void tst_CompanionWarning::companionBoxSaysWhatToDo()
     tools.installCompanion();
     HeldPlatform platform;
     Arguments arguments;
-    BoxAnswerer answerer([](QMessageBox &box) {
-        QCOMPARE(box.windowTitle(), QString("Tarvo Quaydesk installed and running"));
-        QCOMPARE(box.text(),
-            QString("Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before "
-                    "using Tarvo "
-                    "Firmware Updater."));
-        QCOMPARE(box.icon(), QMessageBox::Warning);
-        QCOMPARE(box.standardButtons(), QMessageBox::StandardButtons(QMessageBox::Ok));
-        QCOMPARE(box.button(QMessageBox::Ok)->text(), QString("Ok"));
-        QCOMPARE(box.defaultButton(), qobject_cast<QPushButton *>(box.button(QMessageBox::Ok)));
-        QCOMPARE(
-            box.windowIcon().pixmap(32, 32).toImage(), QPixmap(":/firmwareUpdater/TarvoLogo.png").toImage());
-        QVERIFY(box.windowFlags().testFlag(Qt::Dialog));
-        QVERIFY(box.isModal());
-        QVERIFY(box.parent() == nullptr);
-        QVERIFY(box.windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
+    bool compared = false;
+    BoxAnswerer answerer([&compared](QMessageBox &box) {
+        verifyBox(box);
+        compared = true;
         pressOk(box);
     });
     const MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
+    QVERIFY(compared);
     QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
@@ -107,6 +122,19 @@ void tst_CompanionWarning::companionBoxClosedOtherwiseStillMeansOk()
     QCOMPARE(answerer.boxesSeen, 1);
     QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
     QVERIFY(window.quitAtStartup);
+}
+
+void tst_CompanionWarning::companionBoxEndsTheProgramOnlyWithOk()
+{
+    StandInTools tools;
+    tools.installCompanion();
+    HeldPlatform platform;
+    Arguments arguments;
+    BoxAnswerer answerer([](QMessageBox &box) { box.done(QMessageBox::Cancel); });
+    const MainWindow window(arguments.count, arguments.vector);
+    QCOMPARE(answerer.boxesSeen, 1);
+    QVERIFY(!window.quitAtStartup);
+    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
 void tst_CompanionWarning::companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndOkDoesNotEndTheProgram()
@@ -129,19 +157,58 @@ void tst_CompanionWarning::listsAndResultsArriveWhileTheBoxIsOpen()
     fixture.deliver({usbDrive("A"), usbDrive("A")});
     fixture.tools.installCompanion();
     ScriptedPlatform::holdFlashes();
-    BoxAnswerer answerer([&fixture](QMessageBox &box) {
+    int refreshes = 0;
+    connect(fixture.window.findChild<QStackedWidget *>(), &QStackedWidget::widgetRemoved, this,
+        [&refreshes] { ++refreshes; });
+    bool answered = false;
+    BoxAnswerer answerer([&](QMessageBox &box) {
         // The list that the refresh was walking is replaced under it.
         fixture.deliver({});
-        QVERIFY(fixture.texts().contains(NoDriveText));
+        QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
         fixture.deliver(drives(4));
+        QCOMPARE(fixture.buttons().size(), 4);
+        // Nothing that is attached is selected.
         fixture.finish(false);
-        QVERIFY(fixture.page() != nullptr);
+        QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+        QCOMPARE(refreshes, 3);
+        answered = true;
         pressOk(box);
     });
-    QMetaObject::invokeMethod(&fixture.window, "startUpdate", Q_ARG(QString, "A"));
+    fixture.window.startUpdate("A");
+    QVERIFY(answered);
     QCOMPARE(answerer.boxesSeen, 1);
-    QVERIFY(fixture.page() != nullptr);
+    // One more for each record that the list held when the update was started.
+    QCOMPARE(refreshes, 5);
+    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(fixture.window.size(), QSize(850, 520));
     QTRY_COMPARE(ScriptedPlatform::count("Asm1051(A)"), 1);
+    // The drive is being flashed, and its page is there as soon as it is.
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(WindowProbe::showsBusyBar(fixture.window));
+}
+
+void tst_CompanionWarning::listsArriveWhileTheBoxIsOpenOverASuccess()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A"), usbDrive("A")});
+    fixture.window.updateDevice("A");
+    fixture.tools.installCompanion();
+    int refreshes = 0;
+    connect(fixture.window.findChild<QStackedWidget *>(), &QStackedWidget::widgetRemoved, this,
+        [&refreshes] { ++refreshes; });
+    BoxAnswerer answerer([&](QMessageBox &box) {
+        fixture.deliver(drives(4));
+        fixture.deliver({});
+        pressOk(box);
+    });
+    fixture.finish(true);
+    QCOMPARE(answerer.boxesSeen, 1);
+    // One for each record that the list held when the result came, and the last one of a success.
+    QCOMPARE(refreshes, 3);
+    QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
+    // The second record has made the drive one that is still attached.
+    fixture.deliver({usbDrive("A")});
+    QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
 }
 
 void tst_CompanionWarning::clickThatOpensTheBoxSurvivesARefreshInsideIt()

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/ui/WindowFixture.h"
+#include "tests/ui/WindowMembers.h"
 
 #include <QPushButton>
 #include <QtTest>
@@ -67,6 +68,8 @@ private slots:
     void serialNumberWithHighBytesStillMatches();
     void duplicateSerialNumbersEachCount();
     void unpluggedFlagIsClearedByTheNextRestart();
+    void unpluggedFlagSurvivesTheReturn();
+    void serialNumberInOtherLettersIsAnotherDrive();
     void changeDuringConfirmationKeepsThePageAndItsButtonsWork_data();
     void changeDuringConfirmationKeepsThePageAndItsButtonsWork();
 };
@@ -93,14 +96,28 @@ void tst_DeviceListReconciliation::emptyListOnAnEmptyWindowRebuildsNothing()
 void tst_DeviceListReconciliation::changeOfTheListRebuilds_data()
 {
     QTest::addColumn<QVector<DeviceInfo>>("next");
-    DeviceInfo changed = usbDrive("B");
-    changed.auxiliaryText1 = "other";
     QTest::newRow("longer") << QVector<DeviceInfo>{usbDrive("A"), usbDrive("B"), usbDrive("C")};
     QTest::newRow("shorter") << QVector<DeviceInfo>{usbDrive("A")};
     QTest::newRow("empty") << QVector<DeviceInfo>{};
     QTest::newRow("another order") << QVector<DeviceInfo>{usbDrive("B"), usbDrive("A")};
-    QTest::newRow("only an auxiliary text of the last drive") << QVector<DeviceInfo>{usbDrive("A"), changed};
     QTest::newRow("another drive") << QVector<DeviceInfo>{usbDrive("A"), usbDrive("C")};
+    const auto changed = [](const char *field, auto DeviceInfo::*member, auto value) {
+        DeviceInfo drive = usbDrive("B");
+        drive.*member = value;
+        QTest::newRow(field) << QVector<DeviceInfo>{usbDrive("A"), drive};
+    };
+    changed("auxiliary text 1 of the last drive", &DeviceInfo::auxiliaryText1, "other");
+    changed("product ID", &DeviceInfo::productId, 0x1A21);
+    changed("model name", &DeviceInfo::modelName, "pebble");
+    changed("serial number", &DeviceInfo::serialNumber, "b");
+    changed("vendor ID", &DeviceInfo::vendorId, 0);
+    changed("auxiliary text 2", &DeviceInfo::auxiliaryText2, "other");
+    changed("firmware version", &DeviceInfo::firmwareVersion, "1.2 ");
+    changed("image", &DeviceInfo::firmwareFileName, "other.tfw");
+    changed("new firmware version", &DeviceInfo::newFirmwareVersion, "");
+    changed("chipset", &DeviceInfo::chipsetType, 2);
+    changed("firmware status", &DeviceInfo::firmwareStatus, 2);
+    changed("configuration status", &DeviceInfo::configurationStatus, 0);
 }
 
 void tst_DeviceListReconciliation::changeOfTheListRebuilds()
@@ -295,6 +312,32 @@ void tst_DeviceListReconciliation::unpluggedFlagIsClearedByTheNextRestart()
     fixture.deliver({usbDrive("A"), fixture.other});
     QVERIFY(fixture.texts().contains(RestartLine));
     QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 2);
+}
+
+void tst_DeviceListReconciliation::unpluggedFlagSurvivesTheReturn()
+{
+    RestartFixture fixture;
+    bool &unplugged = WindowMembers::updatedDeviceUnplugged(fixture.window);
+    QVERIFY(!unplugged);
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(!unplugged);
+    fixture.deliver({});
+    QVERIFY(unplugged);
+    fixture.deliver({usbDrive("A")});
+    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(unplugged);
+}
+
+void tst_DeviceListReconciliation::serialNumberInOtherLettersIsAnotherDrive()
+{
+    RestartFixture fixture;
+    fixture.deliver({});
+    for (const char *serialNumber : {"a", "A ", " A", "AA", ""}) {
+        fixture.deliver({usbDrive(serialNumber)});
+        QVERIFY(fixture.texts().contains(RestartLine));
+    }
+    fixture.deliver({usbDrive(std::string("A\0hidden", 8))});
+    QVERIFY(fixture.texts().contains(SuccessLine));
 }
 
 void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsButtonsWork_data()

@@ -1,5 +1,6 @@
 #include "tests/support/EventLoop.h"
 #include "tests/ui/WindowFixture.h"
+#include "tests/ui/WindowMembers.h"
 
 #include <QtTest>
 
@@ -8,9 +9,9 @@ class tst_ExitHook : public QObject
     Q_OBJECT
 
 private slots:
-    void serviceIsResubmittedWhetherOrNotTheCompanionIsInstalled_data();
-    void serviceIsResubmittedWhetherOrNotTheCompanionIsInstalled();
-    void exitTakesAtLeastASecondAndRelaunchesNothing();
+    void serviceIsResubmittedThoughTheCompanionIsInstalled();
+    void exitTakesASecondAfterTheServiceAndThenRelaunches_data();
+    void exitTakesASecondAfterTheServiceAndThenRelaunches();
     void failureOfTheShellCommandIsNotNoticed();
     void runsOnceWhenTheEventLoopEnds();
 };
@@ -23,34 +24,49 @@ const QStringList SubmitCalls = {"sudo|" + SubmitCall, SubmitCall};
 
 } // namespace
 
-void tst_ExitHook::serviceIsResubmittedWhetherOrNotTheCompanionIsInstalled_data()
+void tst_ExitHook::serviceIsResubmittedThoughTheCompanionIsInstalled()
 {
-    QTest::addColumn<bool>("installed");
-    QTest::newRow("not installed") << false;
-    QTest::newRow("installed") << true;
-}
-
-void tst_ExitHook::serviceIsResubmittedWhetherOrNotTheCompanionIsInstalled()
-{
-    QFETCH(bool, installed);
     WindowFixture fixture;
-    if (installed) {
-        fixture.tools.installCompanion();
-    }
+    fixture.tools.installCompanion();
     fixture.tools.forgetCalls();
     fixture.window.onExit();
     QCOMPARE(fixture.tools.calls(), SubmitCalls);
 }
 
-void tst_ExitHook::exitTakesAtLeastASecondAndRelaunchesNothing()
+void tst_ExitHook::exitTakesASecondAfterTheServiceAndThenRelaunches_data()
 {
+    QTest::addColumn<bool>("application");
+    QTest::addColumn<bool>("statusItem");
+    QTest::addColumn<QStringList>("calls");
+    const QStringList application{"open|/Applications/Tarvo Quaydesk.app"};
+    const QStringList statusItem{"open|/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app"};
+    QTest::newRow("as in every run") << false << false << SubmitCalls;
+    QTest::newRow("application") << true << false << SubmitCalls + application;
+    QTest::newRow("status item") << false << true << SubmitCalls + statusItem;
+    QTest::newRow("both") << true << true << SubmitCalls + application;
+}
+
+void tst_ExitHook::exitTakesASecondAfterTheServiceAndThenRelaunches()
+{
+    QFETCH(bool, application);
+    QFETCH(bool, statusItem);
+    QFETCH(QStringList, calls);
     WindowFixture fixture;
+    QVERIFY(!WindowMembers::relaunchQuaydeskOnExit(fixture.window));
+    QVERIFY(!WindowMembers::relaunchStatusItemOnExit(fixture.window));
+    WindowMembers::relaunchQuaydeskOnExit(fixture.window) = application;
+    WindowMembers::relaunchStatusItemOnExit(fixture.window) = statusItem;
+    fixture.tools.replace("launchctl", "touch submitted");
+    fixture.tools.replace("open", "touch relaunched");
     fixture.tools.forgetCalls();
-    QElapsedTimer timer;
-    timer.start();
     fixture.window.onExit();
-    QVERIFY2(timer.elapsed() >= 1000, qPrintable(QString::number(timer.elapsed())));
-    QVERIFY(fixture.tools.calls().filter("open|").isEmpty());
+    const QDateTime end = QDateTime::currentDateTime();
+    QCOMPARE(fixture.tools.calls(), calls);
+    const QFileInfo relaunched("relaunched");
+    const qint64 pause =
+        QFileInfo("submitted").lastModified().msecsTo(relaunched.exists() ? relaunched.lastModified() : end);
+    // File times may be a few milliseconds behind the clock.
+    QVERIFY2(pause >= 990 && pause < 1990, qPrintable(QString::number(pause)));
 }
 
 void tst_ExitHook::failureOfTheShellCommandIsNotNoticed()

@@ -1,20 +1,84 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/WindowFixture.h"
+#include "tests/ui/WindowMembers.h"
+#include "update/UpdateDeviceThread.h"
 
+#include <QPaintEvent>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QtTest>
 
 #include <memory>
 
+using DeviceRecords::fireWireDrive;
 using DeviceRecords::usbDrive;
+
+namespace {
+
+QT_WARNING_PUSH
+QT_WARNING_DISABLE_DEPRECATED
+bool isListTypeRegistered()
+{
+    // Qt 6 has another function for it, which Qt 5 has not.
+    return QMetaType::type("QVector<DeviceInfo>") != QMetaType::UnknownType;
+}
+QT_WARNING_POP
+
+MainWindow *findWindow()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (auto *window = qobject_cast<MainWindow *>(widget)) {
+            return window;
+        }
+    }
+    return nullptr;
+}
+
+/// Keeps whether the discovery thread runs when a window is shown.
+class ShowObserver : public QObject
+{
+public:
+    ShowObserver() { qApp->installEventFilter(this); }
+    QList<bool> threadRuns;
+
+protected:
+    bool eventFilter(QObject *object, QEvent *event) override
+    {
+        auto *window = qobject_cast<MainWindow *>(object);
+        if (window != nullptr && event->type() == QEvent::Show) {
+            const DeviceDiscoveryThread *thread = WindowMembers::discoveryThread(*window);
+            threadRuns.append(thread != nullptr && thread->isRunning());
+        }
+        return false;
+    }
+};
+
+/// Keeps what of a window is drawn.
+class PaintObserver : public QObject
+{
+public:
+    QRegion region;
+
+protected:
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint) {
+            region += static_cast<QPaintEvent *>(event)->region();
+        }
+        return false;
+    }
+};
+
+} // namespace
 
 class tst_MainWindow : public QObject
 {
     Q_OBJECT
 
 private slots:
+    void initTestCase();
     void slotsHaveTheirIndexAndAccess_data();
     void slotsHaveTheirIndexAndAccess();
     void hasNoSignalsNoPropertiesAndItsName();
@@ -26,8 +90,24 @@ private slots:
     void updateStatesHaveTheirNumbers_data();
     void updateStatesHaveTheirNumbers();
     void terminateUpdateWorksThroughItsSlotIndex();
+    void windowIsSetUpBeforeTheCompanionIsLookedFor();
+    void threadRunsWhenTheWindowIsShown();
+    void threadsInheritThePriority();
+    void listsAndResultsFromTheSameThreadAreTakenAtOnce();
+    void listsAndResultsFromOtherThreadsAreTakenOnTheWindows();
+    void selectionIsEmptyButNotNull();
+    void refreshPutsTheNewPageBeforeTheOldOne();
+    void refreshDrawsTheWholeWindow();
     void destructionOnlyFlagsTheThreadToStop();
 };
+
+/// Before any test has built a window.
+void tst_MainWindow::initTestCase()
+{
+    QVERIFY(!isListTypeRegistered());
+    const WindowFixture fixture;
+    QVERIFY(isListTypeRegistered());
+}
 
 void tst_MainWindow::slotsHaveTheirIndexAndAccess_data()
 {
@@ -160,6 +240,131 @@ void tst_MainWindow::terminateUpdateWorksThroughItsSlotIndex()
     const QMetaObject &meta = MainWindow::staticMetaObject;
     QVERIFY(meta.method(meta.methodOffset() + 4).invoke(&fixture.window));
     QCOMPARE(fixture.buttons(), WindowProbe::repeated(2, "Update Firmware and Configuration"));
+}
+
+void tst_MainWindow::windowIsSetUpBeforeTheCompanionIsLookedFor()
+{
+    StandInTools tools;
+    tools.installCompanion();
+    const HeldPlatform platform;
+    Arguments arguments;
+    bool looked = false;
+    BoxAnswerer answerer([&looked](QMessageBox &box) {
+        const MainWindow *window = findWindow();
+        QVERIFY(!window->isVisible());
+        QCOMPARE(window->size(), QSize(850, 300));
+        QCOMPARE(window->minimumSize(), QSize(350, 300));
+        QCOMPARE(window->maximumSize(), QSize(850, 700));
+        QCOMPARE(window->windowTitle(), QString("Tarvo Firmware Updater"));
+        QVERIFY(!window->windowIcon().isNull());
+        QCOMPARE(window->palette().window(), QBrush(Qt::white));
+        // The blank page; and nobody looks for drives yet.
+        QCOMPARE(window->findChild<QStackedWidget *>()->count(), 1);
+        QCOMPARE(ScriptedPlatform::calls(), QStringList());
+        QVERIFY(WindowMembers::discoveryThread(*findWindow()) == nullptr);
+        looked = true;
+        pressOk(box);
+    });
+    const MainWindow window(arguments.count, arguments.vector);
+    QVERIFY(looked);
+    QVERIFY(window.isVisible());
+    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+}
+
+void tst_MainWindow::threadRunsWhenTheWindowIsShown()
+{
+    ShowObserver observer;
+    const WindowFixture fixture;
+    QCOMPARE(observer.threadRuns, QList<bool>{true});
+}
+
+void tst_MainWindow::threadsInheritThePriority()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    QCOMPARE(WindowMembers::discoveryThread(fixture.window)->priority(), QThread::InheritPriority);
+    QVERIFY(WindowMembers::updateThread(fixture.window) == nullptr);
+    fixture.deliver({usbDrive("A")});
+    fixture.window.startUpdate("A");
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
+    QCOMPARE(WindowMembers::updateThread(fixture.window)->priority(), QThread::InheritPriority);
+}
+
+void tst_MainWindow::listsAndResultsFromTheSameThreadAreTakenAtOnce()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    emit WindowMembers::discoveryThread(fixture.window)->updateDeviceList({usbDrive("A")});
+    QCOMPARE(fixture.buttons(), QStringList{"Update Firmware and Configuration"});
+    fixture.window.startUpdate("A");
+    QCOMPARE(fixture.buttons(), QStringList());
+    emit WindowMembers::updateThread(fixture.window)->updateResult(false);
+    QCOMPARE(fixture.buttons(), QStringList{"Finish"});
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
+}
+
+void tst_MainWindow::listsAndResultsFromOtherThreadsAreTakenOnTheWindows()
+{
+    WindowFixture fixture;
+    QList<QThread *> threads;
+    const auto *stack = fixture.window.findChild<QStackedWidget *>();
+    connect(
+        stack, &QStackedWidget::widgetRemoved, stack,
+        [&threads] { threads.append(QThread::currentThread()); }, Qt::DirectConnection);
+    ScriptedPlatform::attach({fireWireDrive("A")});
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(threads.size(), 1);
+    fixture.window.startUpdate("A");
+    QTRY_COMPARE(threads.size(), 4);
+    for (const QThread *thread : threads) {
+        QCOMPARE(thread, qApp->thread());
+    }
+}
+
+void tst_MainWindow::selectionIsEmptyButNotNull()
+{
+    WindowFixture fixture;
+    const QString &selection = WindowMembers::selectedSerialNumber(fixture.window);
+    const auto verifyEmpty = [&selection] {
+        QVERIFY(selection.isEmpty());
+        QVERIFY(!selection.isNull());
+    };
+    verifyEmpty();
+    fixture.window.updateDevice("A");
+    QCOMPARE(selection, QString("A"));
+    fixture.window.cancelUpdate();
+    verifyEmpty();
+    fixture.window.updateDevice("A");
+    fixture.window.terminateUpdate();
+    verifyEmpty();
+}
+
+void tst_MainWindow::refreshPutsTheNewPageBeforeTheOldOne()
+{
+    WindowFixture fixture;
+    auto *stack = fixture.window.findChild<QStackedWidget *>();
+    const QPointer<QWidget> previous = stack->currentWidget();
+    QList<int> indices;
+    connect(stack, &QStackedWidget::widgetRemoved, stack, [stack, &indices, &previous](int index) {
+        indices.append(index);
+        QCOMPARE(stack->count(), 1);
+        QVERIFY(!previous.isNull());
+    });
+    fixture.window.updateWindow();
+    QCOMPARE(indices, QList<int>{1});
+    QVERIFY(previous.isNull());
+}
+
+void tst_MainWindow::refreshDrawsTheWholeWindow()
+{
+    WindowFixture fixture;
+    QVERIFY(QTest::qWaitForWindowExposed(&fixture.window));
+    QCoreApplication::processEvents();
+    PaintObserver observer;
+    fixture.window.installEventFilter(&observer);
+    fixture.window.updateWindow();
+    QTRY_VERIFY(observer.region.contains(fixture.window.rect().topLeft()));
+    QVERIFY(observer.region.contains(fixture.window.rect().bottomRight()));
 }
 
 void tst_MainWindow::destructionOnlyFlagsTheThreadToStop()

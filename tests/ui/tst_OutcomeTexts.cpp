@@ -21,7 +21,42 @@ const QString PowerButton = "Please use the power button on your Tarvo <b>Pebble
                             "and power on the device.";
 const QString Ready = "Your drive is now ready for use.";
 
+/// A text of a page for that drive.
+using Text = QString (*)(const DeviceInfo &);
+
+QString modelLine(const DeviceInfo &device)
+{
+    return textOf(device, &DeviceLayout::messageModelName);
+}
+
+QString versionLine(const DeviceInfo &device)
+{
+    return textOf(device, &DeviceLayout::messageFirmwareVersion);
+}
+
+QString confirmationLine(const DeviceInfo &device)
+{
+    return textOf(device, &DeviceLayout::messageWarning);
+}
+
+QString restartLine(const DeviceInfo &device)
+{
+    return textOf(device, &DeviceLayout::messageSuccess);
+}
+
+QString failureLine(const DeviceInfo &device)
+{
+    return textOf(device, &DeviceLayout::messageFailure);
+}
+
+QString successLine(const DeviceInfo &device)
+{
+    return PageFixture(device, &DeviceLayout::updateSuccess).texts().first();
+}
+
 } // namespace
+
+Q_DECLARE_METATYPE(Text)
 
 class tst_OutcomeTexts : public QObject
 {
@@ -39,7 +74,10 @@ private slots:
     void failureIsTheSameForEveryStatus_data();
     void failureIsTheSameForEveryStatus();
     void undefinedTextsAreEmptyLabelsOfTheUsualLook();
-    void placeholderInTheModelNameIsFilledByTheNextSubstitution();
+    void valuesStandInTheTextAsTheyAre_data();
+    void valuesStandInTheTextAsTheyAre();
+    void placeholdersInValuesAreFilledByTheNextSubstitutions_data();
+    void placeholdersInValuesAreFilledByTheNextSubstitutions();
 };
 
 void tst_OutcomeTexts::confirmation_data()
@@ -209,17 +247,104 @@ void tst_OutcomeTexts::undefinedTextsAreEmptyLabelsOfTheUsualLook()
     }
 }
 
-void tst_OutcomeTexts::placeholderInTheModelNameIsFilledByTheNextSubstitution()
+void tst_OutcomeTexts::valuesStandInTheTextAsTheyAre_data()
 {
+    QTest::addColumn<Text>("text");
+    QTest::addColumn<int>("firmwareStatus");
+    QTest::addColumn<int>("productId");
+    QTest::newRow("model line") << Text(modelLine) << 1 << 0x1A20;
+    QTest::newRow("two versions") << Text(versionLine) << 1 << 0x1A20;
+    QTest::newRow("one version") << Text(versionLine) << 2 << 0x1A20;
+    QTest::newRow("confirmation of firmware") << Text(confirmationLine) << 1 << 0x1A20;
+    QTest::newRow("confirmation of configuration") << Text(confirmationLine) << 2 << 0x1A20;
+    QTest::newRow("unplugging") << Text(restartLine) << 1 << 0x1A20;
+    QTest::newRow("power button") << Text(restartLine) << 1 << 0x1A3C;
+    QTest::newRow("failure") << Text(failureLine) << 1 << 0x1A20;
+    QTest::newRow("success") << Text(successLine) << 1 << 0x1A20;
+}
+
+void tst_OutcomeTexts::valuesStandInTheTextAsTheyAre()
+{
+    QFETCH(Text, text);
+    QFETCH(int, firmwareStatus);
+    QFETCH(int, productId);
     DeviceInfo drive = usbDrive();
-    drive.modelName = "X%3";
-    QCOMPARE(textOf(drive, &DeviceLayout::messageFailure),
-        QString("Error while updating your Tarvo <b>X device. Please retry.</b> device. Please retry."));
-    drive.modelName = "%4";
-    QCOMPARE(textOf(drive, &DeviceLayout::messageWarning),
-        QString(
-            "You are about to update your Tarvo <b>1.2</b> firmware and configuration. (\"<b>1.2</b>\" => "
-            "\"<b>1.3</b>\")"));
+    drive.firmwareStatus = firmwareStatus;
+    drive.productId = std::uint16_t(productId);
+    QString expected = text(drive);
+    // Latin-1 up to a zero byte, with every blank and every character of markup.
+    drive.modelName = std::string("  P\xE9  & <i> \0hidden", 19);
+    drive.firmwareVersion = std::string(" 1\xB7 2&amp; \0hidden", 18);
+    drive.newFirmwareVersion = std::string(" <1>\xFC  3 \0hidden", 16);
+    expected.replace("Pebble", "  P" + QString(QChar(0xE9)) + "  & <i> ");
+    expected.replace("1.2", " 1" + QString(QChar(0xB7)) + " 2&amp; ");
+    expected.replace("1.3", " <1>" + QString(QChar(0xFC)) + "  3 ");
+    QCOMPARE(text(drive), expected);
+}
+
+void tst_OutcomeTexts::placeholdersInValuesAreFilledByTheNextSubstitutions_data()
+{
+    QTest::addColumn<Text>("text");
+    QTest::addColumn<int>("firmwareStatus");
+    QTest::addColumn<QByteArray>("modelName");
+    QTest::addColumn<QByteArray>("version");
+    QTest::addColumn<QByteArray>("newVersion");
+    QTest::addColumn<QString>("expected");
+    const QByteArray model = "Pebble";
+    const QByteArray version = "1.2";
+    const QByteArray newVersion = "1.3";
+    QTest::newRow("model line") << Text(modelLine) << 1 << QByteArray("%1 %2") << version << newVersion
+                                << "Tarvo %1 %2";
+    QTest::newRow("two versions, old one") << Text(versionLine) << 1 << model << QByteArray("%3")
+                                           << newVersion << "(firmware version: <b>1.3</b> => <b>1.3</b> )";
+    QTest::newRow("two versions, old one names the last")
+        << Text(versionLine) << 1 << model << QByteArray("%4") << newVersion
+        << "(firmware version: <b>)</b> => <b>1.3</b> )";
+    QTest::newRow("two versions, new one") << Text(versionLine) << 1 << model << version << QByteArray("%4")
+                                           << "(firmware version: <b>1.2</b> => <b>)</b> )";
+    QTest::newRow("one version") << Text(versionLine) << 2 << model << QByteArray("%3") << newVersion
+                                 << "(firmware version: <b>)</b> )";
+    QTest::newRow("one version, lower number") << Text(versionLine) << 2 << model << QByteArray("%2")
+                                               << newVersion << "(firmware version: <b>)</b> %3";
+    QTest::newRow("confirmation, model")
+        << Text(confirmationLine) << 1 << QByteArray("%2") << version << newVersion
+        << "You are about to update your Tarvo <b> firmware and configuration. (\"</b>1.2<b>\" => \"</b>1.3"
+           "<b>\")</b>%7";
+    QTest::newRow("confirmation, old version")
+        << Text(confirmationLine) << 1 << model << QByteArray("%7") << newVersion
+        << "You are about to update your Tarvo <b>Pebble</b> firmware and configuration. (\"<b>\")</b>\" => "
+           "\"<b>1.3</b>\")";
+    QTest::newRow("confirmation, new version")
+        << Text(confirmationLine) << 1 << model << version << QByteArray("%1")
+        << "You are about to update your Tarvo <b>Pebble</b> firmware and configuration. (\"<b>1.2</b>\" => "
+           "\"<b>\")</b>%7";
+    QTest::newRow("confirmation of configuration")
+        << Text(confirmationLine) << 2 << QByteArray("%2") << version << newVersion
+        << "You are about to update your Tarvo <b> configuration.</b>%3";
+    QTest::newRow("restart")
+        << Text(restartLine) << 1 << QByteArray("%2") << version << newVersion
+        << "Please unplug and replug your Tarvo <b> hard drive to power off and power on "
+           "the device.</b>%3";
+    QTest::newRow("failure") << Text(failureLine) << 1 << QByteArray("%2") << version << newVersion
+                             << "Error while updating your Tarvo <b> device. Please retry.</b>%3";
+    QTest::newRow("success") << Text(successLine) << 1 << QByteArray("%2") << version << newVersion
+                             << "Your Tarvo <b> has been successfully updated.</b>%3";
+}
+
+void tst_OutcomeTexts::placeholdersInValuesAreFilledByTheNextSubstitutions()
+{
+    QFETCH(Text, text);
+    QFETCH(int, firmwareStatus);
+    QFETCH(QByteArray, modelName);
+    QFETCH(QByteArray, version);
+    QFETCH(QByteArray, newVersion);
+    QFETCH(QString, expected);
+    DeviceInfo drive = usbDrive();
+    drive.firmwareStatus = firmwareStatus;
+    drive.modelName = modelName.toStdString();
+    drive.firmwareVersion = version.toStdString();
+    drive.newFirmwareVersion = newVersion.toStdString();
+    QCOMPARE(text(drive), expected);
 }
 
 QTEST_MAIN(tst_OutcomeTexts)

@@ -1,10 +1,13 @@
+#include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
 #include "tests/ui/WindowFixture.h"
+#include "tests/ui/WindowMembers.h"
 
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 using DeviceRecords::fireWireDrive;
@@ -42,19 +45,29 @@ bool invoke(WindowFixture &fixture, const char *slot, const QString &serialNumbe
         &fixture.window, slot, Qt::DirectConnection, Q_ARG(QString, serialNumber));
 }
 
+/// Calls the function for each page that a refresh puts in place, while that refresh is still under way.
+class RefreshObserver : public QObject
+{
+public:
+    RefreshObserver(const WindowFixture &fixture, const std::function<void()> &function)
+    {
+        connect(fixture.window.findChild<QStackedWidget *>(), &QStackedWidget::widgetRemoved, this, function);
+    }
+};
+
 /// Hands the window a success; the first line of the page that each refresh then puts in place.
 QStringList firstLinesOfASuccess(WindowFixture &fixture)
 {
     QStringList firstLines;
-    auto *stack = fixture.window.findChild<QStackedWidget *>();
-    QObject::connect(stack, &QStackedWidget::widgetRemoved, stack,
-        [stack, &firstLines] { firstLines.append(WindowProbe::texts(*stack->widget(0)).first()); });
+    const RefreshObserver observer(
+        fixture, [&] { firstLines.append(WindowProbe::texts(*fixture.page()).first()); });
     fixture.finish(true);
-    QObject::disconnect(stack, &QStackedWidget::widgetRemoved, stack, nullptr);
     return firstLines;
 }
 
 } // namespace
+
+Q_DECLARE_METATYPE(QVector<DeviceInfo>)
 
 class tst_UpdateFlow : public QObject
 {
@@ -73,8 +86,15 @@ private slots:
     void afterAFailureAndCancelDrivesAreNotNoticedAnyMore();
     void terminateResumesDiscoveryAfterAFailure();
     void cancelDoesNotTouchDiscovery();
+    void discoveryIsSwitchedBetweenTheRefreshes_data();
+    void discoveryIsSwitchedBetweenTheRefreshes();
     void fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage();
     void usbSuccessRebuildsTwiceBothTimesWithTheRestartPage();
+    void successCountsForEveryRecordOfTheDrive_data();
+    void successCountsForEveryRecordOfTheDrive();
+    void onlyARestartClearsItsFlags_data();
+    void onlyARestartClearsItsFlags();
+    void serialNumberInOtherLettersIsAnotherDrive();
     void startOfADriveThatIsGoneStillStartsAWorkerWhichFails();
     void startOfADriveThatIsGoneOnAnEmptyListShowsTheNoDriveMessage();
     void successOfADriveThatIsGoneOnlyResumesDiscovery();
@@ -265,6 +285,48 @@ void tst_UpdateFlow::cancelDoesNotTouchDiscovery()
     QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
 }
 
+void tst_UpdateFlow::discoveryIsSwitchedBetweenTheRefreshes_data()
+{
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<QByteArray>("slot");
+    QTest::addColumn<QList<bool>>("whileRefreshing");
+    QTest::addColumn<bool>("afterwards");
+    using Flags = QList<bool>;
+    QTest::newRow("update") << true << QByteArray("updateDevice") << Flags{true} << true;
+    QTest::newRow("start") << true << QByteArray("startUpdate") << Flags{false} << false;
+    QTest::newRow("success") << false << QByteArray("success") << Flags{false, true} << true;
+    QTest::newRow("failure") << false << QByteArray("failure") << Flags{false} << false;
+    QTest::newRow("cancel") << false << QByteArray("cancelUpdate") << Flags{false} << false;
+    QTest::newRow("cancel, enabled") << true << QByteArray("cancelUpdate") << Flags{true} << true;
+    QTest::newRow("terminate") << false << QByteArray("terminateUpdate") << Flags{true} << true;
+}
+
+void tst_UpdateFlow::discoveryIsSwitchedBetweenTheRefreshes()
+{
+    QFETCH(bool, enabled);
+    QFETCH(QByteArray, slot);
+    QFETCH(QList<bool>, whileRefreshing);
+    QFETCH(bool, afterwards);
+    WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
+    fixture.deliver({usbDrive("A")});
+    fixture.window.updateDevice("A");
+    std::atomic<bool> &flag = WindowMembers::discoveryThread(fixture.window)->discoveryEnabled;
+    QVERIFY(flag);
+    flag = enabled;
+    QList<bool> seen;
+    const RefreshObserver observer(fixture, [&] { seen.append(flag); });
+    if (slot == "success" || slot == "failure") {
+        fixture.finish(slot == "success");
+    } else if (slot == "updateDevice" || slot == "startUpdate") {
+        QVERIFY(invoke(fixture, slot, "A"));
+    } else {
+        QVERIFY(QMetaObject::invokeMethod(&fixture.window, slot));
+    }
+    QCOMPARE(seen, whileRefreshing);
+    QCOMPARE(bool(flag), afterwards);
+}
+
 void tst_UpdateFlow::fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage()
 {
     WindowFixture fixture;
@@ -281,6 +343,72 @@ void tst_UpdateFlow::usbSuccessRebuildsTwiceBothTimesWithTheRestartPage()
     QVERIFY(invoke(fixture, "updateDevice", "A"));
     QCOMPARE(firstLinesOfASuccess(fixture), WindowProbe::repeated(2, SuccessLine));
     QCOMPARE(lookOf(fixture), Look::Restart);
+}
+
+void tst_UpdateFlow::successCountsForEveryRecordOfTheDrive_data()
+{
+    QTest::addColumn<QVector<DeviceInfo>>("list");
+    QTest::addColumn<QStringList>("firstLines");
+    QTest::addColumn<int>("look");
+    const QVector<DeviceInfo> usbFirst{usbDrive("A"), usbDrive("B"), fireWireDrive("A")};
+    const QVector<DeviceInfo> usbLast{fireWireDrive("A"), usbDrive("B"), usbDrive("A")};
+    // Both records are shown side by side, so the first line is the left page's.
+    QTest::newRow("the last is FireWire")
+        << usbFirst << WindowProbe::repeated(3, SuccessLine) << int(Look::Success);
+    QTest::newRow("the last is USB") << usbLast << WindowProbe::repeated(3, FireWireSuccessLine)
+                                     << int(Look::Restart);
+}
+
+void tst_UpdateFlow::successCountsForEveryRecordOfTheDrive()
+{
+    QFETCH(QVector<DeviceInfo>, list);
+    QFETCH(QStringList, firstLines);
+    QFETCH(int, look);
+    WindowFixture fixture;
+    fixture.deliver(list);
+    fixture.window.updateDevice("A");
+    QCOMPARE(firstLinesOfASuccess(fixture), firstLines);
+    fixture.deliver({list.last()});
+    fixture.window.updateWindow();
+    QCOMPARE(int(lookOf(fixture)), look == int(Look::Success) ? int(Look::List) : look);
+}
+
+void tst_UpdateFlow::onlyARestartClearsItsFlags_data()
+{
+    QTest::addColumn<DeviceInfo>("drive");
+    QTest::addColumn<bool>("result");
+    QTest::addColumn<bool>("flags");
+    QTest::newRow("USB, success") << usbDrive("A") << true << false;
+    QTest::newRow("FireWire, success") << fireWireDrive("A") << true << true;
+    QTest::newRow("USB, failure") << usbDrive("A") << false << true;
+    QTest::newRow("gone, success") << usbDrive("B") << true << true;
+}
+
+void tst_UpdateFlow::onlyARestartClearsItsFlags()
+{
+    QFETCH(DeviceInfo, drive);
+    QFETCH(bool, result);
+    QFETCH(bool, flags);
+    WindowFixture fixture;
+    bool &unplugged = WindowMembers::updatedDeviceUnplugged(fixture.window);
+    bool &second = WindowMembers::restartSecondFlag(fixture.window);
+    QVERIFY(!unplugged && !second);
+    fixture.deliver({drive});
+    fixture.window.updateDevice("A");
+    unplugged = true;
+    second = true;
+    fixture.finish(result);
+    QCOMPARE(unplugged, flags);
+    QCOMPARE(second, flags);
+}
+
+void tst_UpdateFlow::serialNumberInOtherLettersIsAnotherDrive()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("SN-a"), usbDrive("SN-A "), fireWireDrive("SN-A")});
+    fixture.window.updateDevice("SN-A");
+    QCOMPARE(fixture.texts().first(), QString("Tarvo Harbour FireWire"));
+    QCOMPARE(fixture.buttons(), (QStringList{"Update Firmware", "Cancel"}));
 }
 
 void tst_UpdateFlow::startOfADriveThatIsGoneStillStartsAWorkerWhichFails()
