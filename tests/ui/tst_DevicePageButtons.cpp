@@ -56,8 +56,8 @@ private slots:
     void serialNumberIsReadAsLatin1UpToAZeroByte();
     void buttonsActWhenTheyAreReleased_data();
     void buttonsActWhenTheyAreReleased();
-    void choicesReachAReceiverOnItsOwnThread_data();
-    void choicesReachAReceiverOnItsOwnThread();
+    void choicesReachTheReceiverAtOnceOrOnItsOwnThread_data();
+    void choicesReachTheReceiverAtOnceOrOnItsOwnThread();
     void signalsReachNobodyBeforeAButtonIsPressed();
     void cancelDoesNotEmitItsSignal();
 };
@@ -226,7 +226,7 @@ void tst_DevicePageButtons::buttonsActWhenTheyAreReleased()
     QVERIFY(fixture.receiver.received.isEmpty());
 }
 
-void tst_DevicePageButtons::choicesReachAReceiverOnItsOwnThread_data()
+void tst_DevicePageButtons::choicesReachTheReceiverAtOnceOrOnItsOwnThread_data()
 {
     QTest::addColumn<StateFunction>("stateFunction");
     QTest::addColumn<QString>("text");
@@ -239,15 +239,19 @@ void tst_DevicePageButtons::choicesReachAReceiverOnItsOwnThread_data()
                             << "cancelUpdate";
 }
 
-void tst_DevicePageButtons::choicesReachAReceiverOnItsOwnThread()
+void tst_DevicePageButtons::choicesReachTheReceiverAtOnceOrOnItsOwnThread()
 {
     QFETCH(StateFunction, stateFunction);
     QFETCH(QString, text);
     QFETCH(QString, call);
+    PageFixture direct(usbDrive(), stateFunction);
+    WindowProbe::button(direct.window, text)->click();
+    QCOMPARE(direct.receiver.received, QStringList{call});
+
     PageFixture fixture(usbDrive(), stateFunction);
     QThread thread;
     fixture.receiver.moveToThread(&thread);
-    QVERIFY(fixture.click(text));
+    WindowProbe::button(fixture.window, text)->click();
     QVERIFY(fixture.receiver.received.isEmpty());
     QMetaObject::invokeMethod(
         &fixture.receiver, [&thread] { thread.quit(); }, Qt::QueuedConnection);

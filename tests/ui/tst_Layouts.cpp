@@ -85,6 +85,7 @@ private:
 } // namespace
 
 Q_DECLARE_METATYPE(Builder)
+Q_DECLARE_METATYPE(DeviceInfo)
 
 /// What holds the texts, pictures and buttons: an item that is placed or set up otherwise is a fault,
 /// whether or not it shows with the style and the font that the test happens to run with.

@@ -67,7 +67,7 @@ QStringList firstLinesOfASuccess(WindowFixture &fixture)
 
 } // namespace
 
-Q_DECLARE_METATYPE(QVector<DeviceInfo>)
+Q_DECLARE_METATYPE(DeviceInfo)
 
 class tst_UpdateFlow : public QObject
 {
