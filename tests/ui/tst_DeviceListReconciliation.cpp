@@ -126,9 +126,12 @@ void tst_DeviceListReconciliation::changeOfTheListRebuilds()
     WindowFixture fixture;
     fixture.deliver({usbDrive("A"), usbDrive("B")});
     const QPointer<QWidget> page = fixture.page();
+    fixture.tools.forgetCalls();
     fixture.deliver(next);
     QVERIFY(page.isNull());
     QVERIFY(fixture.page() != nullptr);
+    // One refresh, and so one companion check.
+    QCOMPARE(fixture.tools.calls(), QStringList{"ls|/Library/LaunchDaemons"});
 }
 
 void tst_DeviceListReconciliation::statusFromZeroToOneRebuildsTheWholeWindow()

@@ -161,6 +161,9 @@ void tst_MainWindow::rightAfterConstructionTheEmptyWindowIsOnScreen()
     WindowFixture fixture;
     QVERIFY(fixture.window.isVisible());
     QVERIFY(fixture.window.isWindow());
+    QWidget plain;
+    plain.show();
+    QCOMPARE(fixture.window.windowFlags(), plain.windowFlags());
     QCOMPARE(fixture.window.size(), QSize(850, 300));
     QCOMPARE(fixture.window.minimumSize(), QSize(350, 300));
     QCOMPARE(fixture.window.maximumSize(), QSize(850, 700));

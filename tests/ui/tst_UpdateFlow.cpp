@@ -1,5 +1,6 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/ui/Look.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
 
@@ -18,26 +19,6 @@ namespace {
 const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
 const QString FireWireSuccessLine = "Your Tarvo <b>Harbour FireWire</b> has been successfully updated.";
 const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
-const QString InProgressLine = "<b>DO NOT disconnect the device during the firmware update.</b>";
-
-enum class Look { List, Confirmation, InProgress, Success, Restart, Failure, Nothing };
-
-/// The look on screen, told by what a person sees of it.
-Look lookOf(const WindowFixture &fixture)
-{
-    const QStringList buttons = fixture.buttons();
-    const bool busy = WindowProbe::showsBusyBar(fixture.window);
-    if (buttons.contains("Cancel")) {
-        return Look::Confirmation;
-    }
-    if (busy) {
-        return fixture.texts().contains(InProgressLine) ? Look::InProgress : Look::Restart;
-    }
-    if (buttons == QStringList{"Finish"}) {
-        return fixture.texts().first().contains("successfully") ? Look::Success : Look::Failure;
-    }
-    return buttons.isEmpty() ? Look::Nothing : Look::List;
-}
 
 bool invoke(WindowFixture &fixture, const char *slot, const QString &serialNumber)
 {
@@ -82,10 +63,6 @@ private slots:
     void resultDecidesThePage();
     void bridgeIsTakenFromTheListAtTheTimeOfTheResult();
     void startWithSeveralMatchesRebuildsForEachAndFlashesTheLast();
-    void discoveryIsPausedDuringTheFlashAndResumedAfterASuccess();
-    void afterAFailureAndCancelDrivesAreNotNoticedAnyMore();
-    void terminateResumesDiscoveryAfterAFailure();
-    void cancelDoesNotTouchDiscovery();
     void discoveryIsSwitchedBetweenTheRefreshes_data();
     void discoveryIsSwitchedBetweenTheRefreshes();
     void fireWireSuccessRebuildsTwiceBothTimesWithTheSuccessPage();
@@ -103,8 +80,6 @@ private slots:
     void eachUpdateHasAWorkerOfItsOwn();
     void driveWithChipsetFourIsShownLikeASupportedOneButItsUpdateFails();
     void clicksOnPagesThatTheRefreshDeletesAreSound();
-    void windowClosedDuringTheFlashDoesNotWaitForIt();
-    void wholeUsbUpdateOverTheRealThreads();
 };
 
 void tst_UpdateFlow::updateThenCancelReturnsToTheListOfAllDrives()
@@ -216,73 +191,6 @@ void tst_UpdateFlow::startWithSeveralMatchesRebuildsForEachAndFlashesTheLast()
     QCOMPARE(fixture.tools.calls().size(), 2);
     QTRY_COMPARE(ScriptedPlatform::count("updateDevice(/opt/tarvo/second.tfw)"), 1);
     QCOMPARE(ScriptedPlatform::count("updateDevice(/opt/tarvo/pebble.tfw)"), 0);
-}
-
-void tst_UpdateFlow::discoveryIsPausedDuringTheFlashAndResumedAfterASuccess()
-{
-    WindowFixture fixture;
-    ScriptedPlatform::attach({fireWireDrive("A")});
-    ScriptedPlatform::holdFlashes();
-    ScriptedPlatform::releaseQueries();
-    QTRY_COMPARE(lookOf(fixture), Look::List);
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QVERIFY(fixture.click("Update Firmware"));
-    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
-    const int queries = ScriptedPlatform::count("getTarvoDevice");
-    // Longer than the pause between two passes: no pass begins while the drive is being flashed.
-    QTest::qWait(2500);
-    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), queries);
-    ScriptedPlatform::releaseFlashes();
-    QTRY_COMPARE(lookOf(fixture), Look::Success);
-    QTRY_VERIFY(ScriptedPlatform::count("getTarvoDevice") > queries);
-}
-
-void tst_UpdateFlow::afterAFailureAndCancelDrivesAreNotNoticedAnyMore()
-{
-    WindowFixture fixture;
-    ScriptedPlatform::attach({usbDrive("A")});
-    ScriptedPlatform::setFlashResult(false);
-    ScriptedPlatform::releaseQueries();
-    QTRY_COMPARE(lookOf(fixture), Look::List);
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QVERIFY(fixture.click("Update Firmware"));
-    QTRY_COMPARE(lookOf(fixture), Look::Failure);
-    QVERIFY(fixture.texts().contains(FailureLine));
-    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "cancelUpdate"));
-    QCOMPARE(lookOf(fixture), Look::List);
-    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
-    const int queries = ScriptedPlatform::count("getTarvoDevice");
-    QTest::qWait(2500);
-    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), queries);
-    QVERIFY(!fixture.texts().contains("Tarvo Harbour FireWire"));
-}
-
-void tst_UpdateFlow::terminateResumesDiscoveryAfterAFailure()
-{
-    WindowFixture fixture;
-    ScriptedPlatform::attach({usbDrive("A")});
-    ScriptedPlatform::setFlashResult(false);
-    ScriptedPlatform::releaseQueries();
-    QTRY_COMPARE(lookOf(fixture), Look::List);
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QVERIFY(fixture.click("Update Firmware"));
-    QTRY_COMPARE(lookOf(fixture), Look::Failure);
-    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "terminateUpdate"));
-    QCOMPARE(lookOf(fixture), Look::List);
-    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
-    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
-}
-
-void tst_UpdateFlow::cancelDoesNotTouchDiscovery()
-{
-    WindowFixture fixture;
-    ScriptedPlatform::attach({usbDrive("A")});
-    ScriptedPlatform::releaseQueries();
-    QTRY_COMPARE(lookOf(fixture), Look::List);
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QVERIFY(fixture.click("Cancel"));
-    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
-    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
 }
 
 void tst_UpdateFlow::discoveryIsSwitchedBetweenTheRefreshes_data()
@@ -536,45 +444,6 @@ void tst_UpdateFlow::clicksOnPagesThatTheRefreshDeletesAreSound()
     QVERIFY(start.isNull());
     QCOMPARE(lookOf(fixture), Look::InProgress);
     QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
-}
-
-void tst_UpdateFlow::windowClosedDuringTheFlashDoesNotWaitForIt()
-{
-    const StandInTools tools;
-    const HeldPlatform platform;
-    Arguments arguments;
-    ScriptedPlatform::attach({usbDrive("A")});
-    ScriptedPlatform::releaseQueries();
-    ScriptedPlatform::holdFlashes();
-    auto window = std::make_unique<MainWindow>(arguments.count, arguments.vector);
-    QTRY_VERIFY(WindowProbe::button(*window, "Update Firmware and Configuration") != nullptr);
-    QVERIFY(WindowProbe::click(*window, "Update Firmware and Configuration"));
-    QVERIFY(WindowProbe::click(*window, "Update Firmware"));
-    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
-    // The flash is under way; waiting for it would never end.
-    window.reset();
-    ScriptedPlatform::releaseFlashes();
-    QTRY_COMPARE(ScriptedPlatform::count("~Asm1051()"), 1);
-    // Its result has no receiver any more.
-    QCoreApplication::processEvents();
-}
-
-void tst_UpdateFlow::wholeUsbUpdateOverTheRealThreads()
-{
-    WindowFixture fixture;
-    ScriptedPlatform::attach({usbDrive("A")});
-    ScriptedPlatform::releaseQueries();
-    QTRY_COMPARE(lookOf(fixture), Look::List);
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QVERIFY(fixture.click("Update Firmware"));
-    QTRY_COMPARE(lookOf(fixture), Look::Restart);
-    ScriptedPlatform::attach({});
-    const int queries = ScriptedPlatform::count("getTarvoDevice");
-    QTRY_VERIFY(ScriptedPlatform::count("~DeviceDiscovery") > queries);
-    QCOMPARE(lookOf(fixture), Look::Restart);
-    ScriptedPlatform::attach({usbDrive("A")});
-    QTRY_COMPARE(lookOf(fixture), Look::Success);
-    QVERIFY(fixture.texts().contains(SuccessLine));
 }
 
 QTEST_MAIN(tst_UpdateFlow)

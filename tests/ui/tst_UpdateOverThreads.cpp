@@ -1,0 +1,140 @@
+#include "tests/support/DeviceRecords.h"
+#include "tests/ui/Look.h"
+#include "tests/ui/WindowFixture.h"
+
+#include <QtTest>
+
+#include <memory>
+
+using DeviceRecords::fireWireDrive;
+using DeviceRecords::usbDrive;
+
+namespace {
+
+const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
+const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
+
+} // namespace
+
+/// The update flow with the discovery thread and the worker at work: what takes as long as they pause.
+class tst_UpdateOverThreads : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void discoveryIsPausedDuringTheFlashAndResumedAfterASuccess();
+    void afterAFailureAndCancelDrivesAreNotNoticedAnyMore();
+    void terminateResumesDiscoveryAfterAFailure();
+    void cancelDoesNotTouchDiscovery();
+    void windowClosedDuringTheFlashDoesNotWaitForIt();
+    void wholeUsbUpdateOverTheRealThreads();
+};
+
+void tst_UpdateOverThreads::discoveryIsPausedDuringTheFlashAndResumedAfterASuccess()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({fireWireDrive("A")});
+    ScriptedPlatform::holdFlashes();
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
+    const int queries = ScriptedPlatform::count("getTarvoDevice");
+    // Longer than the pause between two passes: no pass begins while the drive is being flashed.
+    QTest::qWait(2500);
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), queries);
+    ScriptedPlatform::releaseFlashes();
+    QTRY_COMPARE(lookOf(fixture), Look::Success);
+    QTRY_VERIFY(ScriptedPlatform::count("getTarvoDevice") > queries);
+}
+
+void tst_UpdateOverThreads::afterAFailureAndCancelDrivesAreNotNoticedAnyMore()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::setFlashResult(false);
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Failure);
+    QVERIFY(fixture.texts().contains(FailureLine));
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "cancelUpdate"));
+    QCOMPARE(lookOf(fixture), Look::List);
+    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
+    const int queries = ScriptedPlatform::count("getTarvoDevice");
+    QTest::qWait(2500);
+    QCOMPARE(ScriptedPlatform::count("getTarvoDevice"), queries);
+    QVERIFY(!fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateOverThreads::terminateResumesDiscoveryAfterAFailure()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::setFlashResult(false);
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Failure);
+    QVERIFY(QMetaObject::invokeMethod(&fixture.window, "terminateUpdate"));
+    QCOMPARE(lookOf(fixture), Look::List);
+    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
+    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateOverThreads::cancelDoesNotTouchDiscovery()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Cancel"));
+    ScriptedPlatform::attach({usbDrive("A"), fireWireDrive("B")});
+    QTRY_VERIFY(fixture.texts().contains("Tarvo Harbour FireWire"));
+}
+
+void tst_UpdateOverThreads::windowClosedDuringTheFlashDoesNotWaitForIt()
+{
+    const StandInTools tools;
+    const HeldPlatform platform;
+    Arguments arguments;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::releaseQueries();
+    ScriptedPlatform::holdFlashes();
+    auto window = std::make_unique<MainWindow>(arguments.count, arguments.vector);
+    QTRY_VERIFY(WindowProbe::button(*window, "Update Firmware and Configuration") != nullptr);
+    QVERIFY(WindowProbe::click(*window, "Update Firmware and Configuration"));
+    QVERIFY(WindowProbe::click(*window, "Update Firmware"));
+    QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
+    // The flash is under way; waiting for it would never end.
+    window.reset();
+    ScriptedPlatform::releaseFlashes();
+    QTRY_COMPARE(ScriptedPlatform::count("~Asm1051()"), 1);
+    // Its result has no receiver any more.
+    QCoreApplication::processEvents();
+}
+
+void tst_UpdateOverThreads::wholeUsbUpdateOverTheRealThreads()
+{
+    WindowFixture fixture;
+    ScriptedPlatform::attach({usbDrive("A")});
+    ScriptedPlatform::releaseQueries();
+    QTRY_COMPARE(lookOf(fixture), Look::List);
+    QVERIFY(fixture.click("Update Firmware and Configuration"));
+    QVERIFY(fixture.click("Update Firmware"));
+    QTRY_COMPARE(lookOf(fixture), Look::Restart);
+    ScriptedPlatform::attach({});
+    const int queries = ScriptedPlatform::count("getTarvoDevice");
+    QTRY_VERIFY(ScriptedPlatform::count("~DeviceDiscovery") > queries);
+    QCOMPARE(lookOf(fixture), Look::Restart);
+    ScriptedPlatform::attach({usbDrive("A")});
+    QTRY_COMPARE(lookOf(fixture), Look::Success);
+    QVERIFY(fixture.texts().contains(SuccessLine));
+}
+
+QTEST_MAIN(tst_UpdateOverThreads)
+#include "tst_UpdateOverThreads.moc"
