@@ -128,6 +128,11 @@ void tst_DevicePage::vendorDecidesTheDrivePicture_data()
     QTest::newRow("FireWire: blanks and parentheses")
         << 50658 << 0 << QByteArray("Harbour (FireWire 800)")
         << ":/firmwareUpdater/device/0xC5E2/Harbour (FireWire 800).png";
+    QTest::newRow("FireWire: Latin-1")
+        << 50658 << 0 << QByteArray("Mod\xE8le")
+        << ":/firmwareUpdater/device/0xC5E2/Mod" + QString(QChar(0xE8)) + "le.png";
+    QTest::newRow("FireWire: blanks at both ends")
+        << 50658 << 0 << QByteArray(" ModelX ") << ":/firmwareUpdater/device/0xC5E2/ ModelX .png";
     QTest::newRow("another bus") << 1234 << 0x1a2b << QByteArray("ModelX") << WarningPicture;
     QTest::newRow("no bus") << 0 << 0x1a2b << QByteArray("ModelX") << WarningPicture;
 }

@@ -192,9 +192,14 @@ void tst_DevicePageButtons::slotCalledTwiceReachesTheWindowThreeTimes()
 
 void tst_DevicePageButtons::serialNumberIsReadAsLatin1UpToAZeroByte()
 {
-    PageFixture fixture(usbDrive(std::string("S\xE9\xFF\0hidden", 10)));
-    QVERIFY(fixture.click("Update Firmware and Configuration"));
-    QCOMPARE(fixture.receiver.received, QStringList{"updateDevice S" + QString(QChar(0xE9)) + QChar(0xFF)});
+    const DeviceInfo drive = usbDrive(std::string(" S\xE9\xFF \0hidden", 12));
+    const QString serialNumber = " S" + QString(QChar(0xE9)) + QChar(0xFF) + ' ';
+    PageFixture listed(drive);
+    QVERIFY(listed.click("Update Firmware and Configuration"));
+    QCOMPARE(listed.receiver.received, QStringList{"updateDevice " + serialNumber});
+    PageFixture selected(drive, &DeviceLayout::deviceSelected);
+    QVERIFY(selected.click("Update Firmware"));
+    QCOMPARE(selected.receiver.received, QStringList{"startUpdate " + serialNumber});
 }
 
 void tst_DevicePageButtons::buttonsActWhenTheyAreReleased_data()
