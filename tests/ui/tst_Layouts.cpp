@@ -94,6 +94,8 @@ class tst_Layouts : public QObject
     Q_OBJECT
 
 private slots:
+    void cleanup();
+
     void page_data();
     void page();
     void pageBelongsToItsContentAndTheContentToThePage();
@@ -108,6 +110,16 @@ private slots:
     void windowWidgetsAreSetUpAsNew();
     void versionHasTheApplicationsFont();
 };
+
+/// The pictures that a builder made beside its text belong to nobody in these tests.
+void tst_Layouts::cleanup()
+{
+    for (QWidget *widget : QApplication::topLevelWidgets()) {
+        if (qobject_cast<QLabel *>(widget) != nullptr) {
+            delete widget;
+        }
+    }
+}
 
 void tst_Layouts::page_data()
 {
