@@ -1,5 +1,6 @@
 #include "ui/MainWindow.h"
 
+#include "Version.h"
 #include "companion/QDKUtilities.h"
 #include "devices/DeviceDiscoveryThread.h"
 #include "ui/DeviceLayout.h"
@@ -22,7 +23,7 @@
 
 namespace {
 constexpr int DevicesPerRow = 3;
-constexpr const char *Version = "1.1.6";
+constexpr const char *Version = TarvoVersion;
 constexpr const char *LogoPath = ":/firmwareUpdater/TarvoLogo.png";
 } // namespace
 
