@@ -1,0 +1,86 @@
+"""What the tests of the installed program stand on: an installed tree, a desktop, and a person with a home directory.
+
+The tree is made of the build directory in $TARVO_BUILD_DIR, unless $TARVO_PREFIX says where an installed one is.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+
+import pytest
+
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(SOURCE / "tests/acceptance"))
+
+from driver import Bench, Desktop, Program, wait_until  # noqa: E402
+
+NAME = "tarvo-firmware-updater"
+FAST = 200_000  # bytes a second: a flash takes a quarter of a second
+
+
+def install(place, *options):
+    command = ["cmake", "--install", os.environ["TARVO_BUILD_DIR"], "--prefix", str(place), *options]
+    subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
+
+
+@pytest.fixture(scope="session")
+def prefix(tmp_path_factory):
+    """An installed tree that was moved after it had been installed."""
+    if "TARVO_PREFIX" in os.environ:
+        return pathlib.Path(os.environ["TARVO_PREFIX"])
+    place = tmp_path_factory.mktemp("a prefix  with blanks")
+    install(place / "before")
+    return (place / "before").rename(place / "moved here")
+
+
+@pytest.fixture(scope="session")
+def desktop():
+    with Desktop(window_manager=True) as desktop:
+        yield desktop
+
+
+class Person:
+    """Somebody with a home directory, a runtime directory and a bench of their own."""
+
+    def __init__(self, place, prefix):
+        self.home, self.runtime, self.current = place / "home", place / "runtime", place / "current"
+        for folder in (self.home, self.runtime, self.current):
+            folder.mkdir()
+        self.runtime.chmod(0o700)
+        self.environment = {
+            "HOME": str(self.home),
+            "XDG_RUNTIME_DIR": str(self.runtime),
+            "PATH": f"{prefix}/bin:{os.environ['PATH']}",
+            "TARVO_BENCH": "",
+        }
+        self.bench = Bench(prefix / "bin/drive-bench", self.home / ".local/share/tarvo-drive-bench")
+
+    def left_in_runtime(self):
+        return [entry.name for entry in self.runtime.iterdir() if entry.name.startswith(NAME)]
+
+    def wait_for_clean_runtime(self):
+        wait_until(lambda: not self.left_in_runtime(), "the working directory is removed")
+
+
+@pytest.fixture
+def person(tmp_path, prefix):
+    return Person(tmp_path, prefix)
+
+
+@pytest.fixture
+def start(desktop, person, tmp_path):
+    """Starts a command as that person, who stops whatever still runs at the end."""
+    programs = []
+
+    def start_program(command=NAME, *arguments, cwd=None):
+        with open(tmp_path / f"output{len(programs)}.txt", "w", encoding="utf-8") as log:
+            # The command is looked for on the person's PATH.
+            program = Program(desktop, "/usr/bin/env", person.bench, cwd or person.current, [command, *arguments],
+                              person.environment, log)
+        programs.append(program)
+        return program
+
+    yield start_program
+    for program in programs:
+        program.stop()

@@ -1,0 +1,27 @@
+"""The two components of the installed tree, which become two packages."""
+
+import os
+
+from conftest import NAME, install
+
+
+def test_program_without_the_bench(start, tmp_path):
+    place = tmp_path / "program only"
+    install(place, "--component", "program")
+    assert os.listdir(place / "bin") == [NAME]
+    program = start(str(place / "bin" / NAME))
+    program.see_no_drive()
+
+
+def files(place):
+    return {os.path.relpath(os.path.join(folder, name), place) for folder, _, names in os.walk(place) for name in names}
+
+
+def test_no_file_is_in_both(prefix, tmp_path):
+    for component in ("program", "bench"):
+        install(tmp_path / component, "--component", component)
+    program, bench = files(tmp_path / "program"), files(tmp_path / "bench")
+    assert program & bench == set()
+    assert program | bench == files(prefix)
+    assert len([file for file in program if file.endswith(".tfw")]) == 21
+    assert not [file for file in bench if file.endswith(".tfw")]
