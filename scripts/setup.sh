@@ -94,7 +94,7 @@ install_build_tools() {
         install_packages g++ cmake ninja-build qt6-base-dev libsqlite3-dev libsqlitecpp-dev libcli11-dev \
             nlohmann-json3-dev "$@"
     else
-        fail "neither apt-get nor Homebrew here; install a C++17 compiler, CMake 3.21, Ninja and Qt 6.4 or later" \
+        fail "neither apt-get nor Homebrew here; install a C++17 compiler, CMake 3.25, Ninja and Qt 6.4 or later" \
             "by hand, then: cmake --preset release && cmake --build --preset release"
     fi
 }
