@@ -12,7 +12,7 @@ from conftest import NAME, SOURCE
 
 STAND_IN = """#!/bin/sh
 # Tells how it was started, leaves a scratch file as a killed program does, and does what it is asked for.
-printf '%s\\n' "$0" "$PWD" "$(ls -A)" "$(stat -c %a .)" "$TARVO_BENCH" "$#" "$@" >"$REPORT.new"
+printf '%s\\n' "$0" "$PWD" "$(ls -A)" "$(stat -c %a .)" "$TARVO_BENCH" "$$" "$#" "$@" >"$REPORT.new"
 echo scratch >>temp.txt
 mv "$REPORT.new" "$REPORT"
 case ${1:-} in
@@ -20,7 +20,7 @@ wait) exec sleep 60 ;;
 status) exit "$2" ;;
 esac
 """
-LINES = ["argv0", "directory", "content", "mode", "bench", "count"]
+LINES = ["argv0", "directory", "content", "mode", "bench", "process", "count"]
 
 
 class Installed:
@@ -47,7 +47,8 @@ class Installed:
     def start(self, *arguments, command=None, cwd=None, **environment):
         merged = {**self.environment, **environment}
         merged = {name: value for name, value in merged.items() if value is not None}
-        return subprocess.Popen([str(command or self.launcher), *arguments], env=merged, cwd=cwd or self.place)
+        return subprocess.Popen([str(command or self.launcher), *arguments], env=merged, cwd=cwd or self.place,
+                                start_new_session=True)
 
     def report(self):
         """What the stand-in told, once it has."""
@@ -112,13 +113,31 @@ def test_exit_status(installed, status):
     wait_for(lambda: not os.listdir(installed.runtime))
 
 
-@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT, signal.SIGHUP, signal.SIGKILL])
-def test_signals(installed, number):
+def has_ended(process):
+    """True when there is no such process, or nothing of it but its exit status."""
+    try:
+        return pathlib.Path(f"/proc/{process}/stat").read_text().rsplit(")", 1)[1].split()[0] == "Z"
+    except FileNotFoundError:
+        return True
+
+
+@pytest.mark.parametrize("send", [os.kill, os.killpg], ids=["to the process", "to its group, as a terminal does"])
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGINT, signal.SIGHUP])
+def test_signals(installed, number, send):
     process = installed.start("wait")
-    installed.report()
+    told, _ = installed.report()
     assert os.listdir(installed.runtime) != []
-    process.send_signal(number)
+    send(process.pid, number)
     assert process.wait() == -number
+    assert has_ended(told["process"])
+    wait_for(lambda: not os.listdir(installed.runtime))
+
+
+def test_killed_program(installed):
+    process = installed.start("wait")
+    told, _ = installed.report()
+    os.kill(int(told["process"]), signal.SIGKILL)
+    assert process.wait() == -signal.SIGKILL
     wait_for(lambda: not os.listdir(installed.runtime))
 
 
