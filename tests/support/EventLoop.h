@@ -16,3 +16,12 @@ inline int exitCodeAfter(const std::function<void()> &action)
     QTimer::singleShot(0, &guard, action);
     return QApplication::exec();
 }
+
+/// The same with an application that outlives its last window: what only closes the window ends no loop.
+inline int exitCodeAfterQuitting(const std::function<void()> &action)
+{
+    QApplication::setQuitOnLastWindowClosed(false);
+    const int exitCode = exitCodeAfter(action);
+    QApplication::setQuitOnLastWindowClosed(true);
+    return exitCode;
+}

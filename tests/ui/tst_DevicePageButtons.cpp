@@ -46,6 +46,7 @@ private slots:
     void statusesDecideTheFirstButton();
     void statusesDecideTheConfirmButton_data();
     void statusesDecideTheConfirmButton();
+    void upToDateDriveOffersCloseWithoutIconWhichQuits_data();
     void upToDateDriveOffersCloseWithoutIconWhichQuits();
     void driveThatNeedsBothIsConfirmedWithUpdateFirmware();
     void driveThatNeedsConfigurationReadsUpdateConfigurationOnBothButtons();
@@ -80,6 +81,7 @@ void tst_DevicePageButtons::statusesDecideTheFirstButton_data()
     QTest::newRow("0, 0") << 0 << 0 << "Update" << WarningPicture;
     QTest::newRow("2, 3") << 2 << 3 << "Update" << WarningPicture;
     QTest::newRow("-1, 2") << -1 << 2 << "Update" << WarningPicture;
+    QTest::newRow("3, 2") << 3 << 2 << "Update" << WarningPicture;
 }
 
 void tst_DevicePageButtons::statusesDecideTheFirstButton()
@@ -107,6 +109,7 @@ void tst_DevicePageButtons::statusesDecideTheConfirmButton_data()
     QTest::newRow("2, 1") << 2 << 1 << "Update Configuration" << UpdatePicture;
     QTest::newRow("3, 1") << 3 << 1 << "Update Configuration" << UpdatePicture;
     QTest::newRow("0, 0") << 0 << 0 << "Update" << WarningPicture;
+    QTest::newRow("3, 2") << 3 << 2 << "Update" << WarningPicture;
     QTest::newRow("2, 3") << 2 << 3 << "Update" << WarningPicture;
 }
 
@@ -122,12 +125,23 @@ void tst_DevicePageButtons::statusesDecideTheConfirmButton()
     QVERIFY(iconOf(fixture, "Cancel").isNull());
 }
 
+void tst_DevicePageButtons::upToDateDriveOffersCloseWithoutIconWhichQuits_data()
+{
+    QTest::addColumn<int>("chipsetType");
+    for (const int chipsetType : {1, 2, 3, 4, 5, 6, 7, -1}) {
+        QTest::newRow(qPrintable(QString::number(chipsetType))) << chipsetType;
+    }
+}
+
 void tst_DevicePageButtons::upToDateDriveOffersCloseWithoutIconWhichQuits()
 {
-    PageFixture fixture(driveWith(2, 2));
+    QFETCH(int, chipsetType);
+    DeviceInfo drive = driveWith(2, 2);
+    drive.chipsetType = chipsetType;
+    PageFixture fixture(drive);
     QCOMPARE(fixture.buttons(), QStringList{"Close"});
     QVERIFY(WindowProbe::button(fixture.window, "Close")->icon().isNull());
-    QCOMPARE(exitCodeAfter([&fixture] { fixture.click("Close"); }), 0);
+    QCOMPARE(exitCodeAfterQuitting([&fixture] { fixture.click("Close"); }), 0);
     QVERIFY(fixture.receiver.received.isEmpty());
 }
 

@@ -157,6 +157,7 @@ void tst_DeviceStatusTexts::firmwareStatusRow_data()
     QTest::newRow("not determined") << 1 << 0 << "Firmware: Unknown status!" << WarningPicture;
     QTest::newRow("unknown") << 1 << 3 << "Firmware: Unknown status!" << WarningPicture;
     QTest::newRow("negative") << 1 << -1 << "Firmware: Unknown status!" << WarningPicture;
+    QTest::newRow("negative chipset") << -1 << 2 << "Firmware: Up to date." << OkPicture;
 }
 
 void tst_DeviceStatusTexts::firmwareStatusRow()
@@ -183,6 +184,7 @@ void tst_DeviceStatusTexts::configurationStatusRow_data()
     QTest::newRow("not determined") << 1 << 0 << "Configuration: Unknown status!" << WarningPicture;
     QTest::newRow("unknown") << 1 << 3 << "Configuration: Unknown status!" << WarningPicture;
     QTest::newRow("negative") << 1 << -1 << "Configuration: Unknown status!" << WarningPicture;
+    QTest::newRow("negative chipset") << -1 << 1 << "Configuration: Update required!" << UpdatePicture;
 }
 
 void tst_DeviceStatusTexts::configurationStatusRow()

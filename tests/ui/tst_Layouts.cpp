@@ -102,6 +102,7 @@ private slots:
     void pageWidgetsAreSetUpAsNew();
     void builtLabels_data();
     void builtLabels();
+    void builtIcon();
     void builtLabelsHaveTheApplicationsFont_data();
     void builtLabelsHaveTheApplicationsFont();
     void window();
@@ -229,6 +230,17 @@ void tst_Layouts::builtLabels()
         QCOMPARE(label->windowFlags(), reference.windowFlags());
         QCOMPARE(WidgetDescription::differences(*label, reference), QString());
     }
+}
+
+void tst_Layouts::builtIcon()
+{
+    PageReceiver receiver;
+    DeviceLayout page(&receiver, usbDrive());
+    const std::unique_ptr<QLabel> icon(page.getIcon());
+    QLabel reference;
+    reference.setPixmap(icon->pixmap(Qt::ReturnByValue));
+    QVERIFY(icon->parent() == nullptr);
+    QCOMPARE(WidgetDescription::differences(*icon, reference), QString());
 }
 
 void tst_Layouts::builtLabelsHaveTheApplicationsFont_data()

@@ -348,14 +348,17 @@ void tst_MainWindow::refreshPutsTheNewPageBeforeTheOldOne()
     auto *stack = fixture.window.findChild<QStackedWidget *>();
     const QPointer<QWidget> previous = stack->currentWidget();
     QList<int> indices;
-    connect(stack, &QStackedWidget::widgetRemoved, stack, [stack, &indices, &previous](int index) {
+    connect(stack, &QStackedWidget::widgetRemoved, stack, [&](int index) {
         indices.append(index);
         QCOMPARE(stack->count(), 1);
         QVERIFY(!previous.isNull());
+        // Only then is the window sized for the new page.
+        QCOMPARE(fixture.window.size(), QSize(850, 300));
     });
-    fixture.window.updateWindow();
+    fixture.deliver(drives(4));
     QCOMPARE(indices, QList<int>{1});
     QVERIFY(previous.isNull());
+    QCOMPARE(fixture.window.size(), QSize(850, 520));
 }
 
 void tst_MainWindow::refreshDrawsTheWholeWindow()
