@@ -192,6 +192,7 @@ void tst_DeviceInfo::recordsThatDifferInOneFieldAreUnequal_data()
                 d.*number = std::int32_t(std::uint32_t(d.*number) ^ (1u << bit));
             });
         }
+        row(name, "sign", [number = number](DeviceInfo &d) { d.*number = -(d.*number); });
         row(name, "unknown code", [number = number](DeviceInfo &d) { d.*number = 99; });
     }
 }
