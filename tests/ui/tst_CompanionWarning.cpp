@@ -33,6 +33,7 @@ void verifyBox(QMessageBox &box)
     QCOMPARE(WidgetDescription::differences(box, expected), QString());
     QCOMPARE(WidgetDescription::differences(*box.button(QMessageBox::Ok), *expected.button(QMessageBox::Ok)),
         QString());
+    QCOMPARE(box.icon(), QMessageBox::Warning);
     QCOMPARE(box.buttons().size(), 1);
     QCOMPARE(box.defaultButton(), qobject_cast<QPushButton *>(box.button(QMessageBox::Ok)));
     QCOMPARE(box.windowIcon().pixmap(32, 32).toImage(), QPixmap(":/firmwareUpdater/TarvoLogo.png").toImage());
@@ -149,6 +150,8 @@ void tst_CompanionWarning::companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndO
     QCOMPARE(answerer.boxesSeen, 1);
     QVERIFY(fixture.texts().contains("Tarvo Pebble"));
     QVERIFY(fixture.window.isVisible());
+    // Set as at the start, but nobody reads it any more.
+    QVERIFY(fixture.window.quitAtStartup);
 }
 
 void tst_CompanionWarning::listsAndResultsArriveWhileTheBoxIsOpen()
