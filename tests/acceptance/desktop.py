@@ -27,7 +27,8 @@ def end_with_parent():
 class Desktop:
     """A virtual display with a session bus, an accessibility bus, a keyboard and a mouse."""
 
-    def __init__(self, window_manager=False):
+    def __init__(self, window_manager=False, size="1280x1024"):
+        self.size = size
         self.directory = tempfile.mkdtemp(prefix="tarvo-desktop-")
         self.processes = []
         try:
@@ -57,7 +58,7 @@ class Desktop:
     def _start_display(self):
         reader, writer = os.pipe()
         # No reset: the display would otherwise restart each time that its last program ends.
-        self._spawn(["Xvfb", "-displayfd", str(writer), "-screen", "0", "1280x1024x24", "-noreset", "-wr",
+        self._spawn(["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{self.size}x24", "-noreset", "-wr",
                      "-nolisten", "tcp"], pass_fds=[writer])
         os.close(writer)
         with os.fdopen(reader) as answer:
