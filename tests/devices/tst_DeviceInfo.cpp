@@ -90,6 +90,7 @@ class tst_DeviceInfo : public QObject
 private slots:
     void fieldsHaveTheLibrarysTypes();
     void fieldsLieAsTheLibraryLaysThem();
+    void codesAreTheLibrarys();
     void emptyRecordHasNoTextsAndZeroNumbers();
     void copiesAreEqual();
     void recordsThatDifferInOneFieldAreUnequal_data();
@@ -130,6 +131,25 @@ void tst_DeviceInfo::fieldsLieAsTheLibraryLaysThem()
         QCOMPARE(fields[std::size_t(index)],
             static_cast<const void *>(reinterpret_cast<const char *>(&record) + found[index]));
     }
+}
+
+void tst_DeviceInfo::codesAreTheLibrarys()
+{
+    const std::vector<int> chipsets = {Chipset::NotSupported, Chipset::Asm1051, Chipset::Asm1051E,
+        Chipset::Asm1053, Chipset::NoUpdater, Chipset::OxSemiFireWire934, Chipset::OxSemiFireWire944};
+    QCOMPARE(chipsets, (std::vector<int>{0, 1, 2, 3, 4, 5, 6}));
+    const std::vector<int> statuses = {Status::NotYetDetermined, Status::UpdateRequired, Status::UpToDate};
+    QCOMPARE(statuses, (std::vector<int>{0, 1, 2}));
+    QCOMPARE(int(Vendor::Usb), 3706);
+    QCOMPARE(int(Vendor::FireWire), 50658);
+
+    std::vector<int> usbBridges;
+    for (int chipset = -300; chipset <= 300; ++chipset) {
+        if (Chipset::isUsbBridge(chipset)) {
+            usbBridges.push_back(chipset);
+        }
+    }
+    QCOMPARE(usbBridges, (std::vector<int>{1, 2, 3}));
 }
 
 void tst_DeviceInfo::emptyRecordHasNoTextsAndZeroNumbers()
