@@ -1,5 +1,7 @@
 #pragma once
 
+#include "bench/core/Text.h"
+
 #include <stdexcept>
 
 namespace bench {
@@ -9,7 +11,8 @@ namespace bench {
 class Refused : public std::runtime_error
 {
 public:
-    using std::runtime_error::runtime_error;
+    /// Control characters, which a path or an argument may hold, are written as \xNN.
+    explicit Refused(const std::string &reason) : std::runtime_error(oneLine(reason)) { }
 };
 
 } // namespace bench

@@ -20,20 +20,32 @@ int digitValue(char digit)
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
+std::string escapedByte(char byte)
+{
+    std::string digits = hexadecimal(std::string(1, byte));
+    std::transform(digits.begin(), digits.end(), digits.begin(),
+        [](char digit) { return digit >= 'a' ? static_cast<char>(digit - 0x20) : digit; });
+    return "\\x" + digits;
+}
+
 } // namespace
 
 std::string escaped(const std::string &bytes)
 {
     std::string line;
     for (const char byte : bytes) {
-        if (byte >= 0x20 && byte <= 0x7E && byte != '\\') {
-            line += byte;
-            continue;
-        }
-        std::string digits = hexadecimal(std::string(1, byte));
-        std::transform(digits.begin(), digits.end(), digits.begin(),
-            [](char digit) { return digit >= 'a' ? static_cast<char>(digit - 0x20) : digit; });
-        line += "\\x" + digits;
+        const bool isPlain = byte >= 0x20 && byte <= 0x7E && byte != '\\';
+        line += isPlain ? std::string(1, byte) : escapedByte(byte);
+    }
+    return line;
+}
+
+std::string oneLine(const std::string &text)
+{
+    std::string line;
+    for (const char byte : text) {
+        const bool isControl = (byte >= 0 && byte < 0x20) || byte == 0x7F;
+        line += isControl ? escapedByte(byte) : std::string(1, byte);
     }
     return line;
 }

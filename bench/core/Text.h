@@ -11,6 +11,9 @@ namespace bench {
 /// Bytes as one line for a person: control characters, bytes above 7E and backslashes are written as \xNN.
 std::string escaped(const std::string &bytes);
 
+/// The text with its control characters written as \xNN, so that it is one line.
+std::string oneLine(const std::string &text);
+
 /// The bytes of a text in which \xNN stands for any byte; the reverse of escaped(). Nothing for a backslash
 /// that begins no \xNN and for a character above U+00FF.
 std::optional<std::string> unescaped(const std::string &text);
