@@ -113,22 +113,30 @@ int CommandLine::explain(const CLI::ParseError &error) const
     const std::vector<std::string> unknown = app.remaining(true);
     const bool isGroup = !command->get_subcommands({}).empty();
     if (isGroup && !unknown.empty()) {
-        line = "there is no command \"" + unknown.front() + '"' + suggestion(*command, unknown.front());
+        const std::string &word = unknown.front();
+        line = word.compare(0, 1, "-") == 0
+            ? "there is no option \"" + word + '"'
+            : "there is no command \"" + word + '"' + suggestion(*command, word);
     }
-    refuse(line + "; see: " + name + " --help");
+    refuse(oneLine(line) + "; see: " + name + " --help");
     return 2;
 }
 
 CLI::Option *addNumber(CLI::App *command, const std::string &name, const std::string &valueName,
     std::int64_t &number, std::int64_t minimum, std::int64_t maximum, const std::string &description)
 {
-    const auto isNumber = [=](const std::string &text) {
+    // The library itself would read 010 as an octal number.
+    const auto toDecimal = [=](std::string &text) {
         const auto given = numberFromText(text);
-        return given && *given >= minimum && *given <= maximum
+        const bool fits = given && *given >= minimum && *given <= maximum;
+        text = fits ? std::to_string(*given) : text;
+        return fits
             ? std::string()
             : "needs a whole number from " + std::to_string(minimum) + " to " + std::to_string(maximum);
     };
-    return command->add_option(name, number, description)->type_name(valueName)->check(isNumber);
+    return command->add_option(name, number, description)
+        ->type_name(valueName)
+        ->transform(CLI::Validator(toDecimal, ""));
 }
 
 std::string serialFrom(const std::string &argument)

@@ -40,9 +40,13 @@ Position positionBehind(CLI::App &root, const std::vector<std::string> &words)
             position.benchDirectory = option == "--bench" ? word : position.benchDirectory;
             position.isValue = false;
         } else if (word.compare(0, 1, "-") == 0) {
-            const CLI::Option *const known = position.command->get_option_no_throw(word);
-            position.isValue = known != nullptr && known->get_items_expected_max() > 0;
-            option = word;
+            const std::size_t equals = std::min(word.find('='), word.size());
+            option = word.substr(0, equals);
+            const CLI::Option *const known = position.command->get_option_no_throw(option);
+            const bool hasValue = equals < word.size();
+            position.isValue = known != nullptr && known->get_items_expected_max() > 0 && !hasValue;
+            position.benchDirectory =
+                option == "--bench" && hasValue ? word.substr(equals + 1) : position.benchDirectory;
         } else if (CLI::App *const command = subcommand(position.command, word)) {
             position.command = command;
         } else {
@@ -114,8 +118,10 @@ std::vector<std::string> allCandidates(const Position &position, const std::stri
     if (beginning.compare(0, 1, "-") == 0) {
         return found;
     }
-    for (const CLI::App *command : position.command->get_subcommands({})) {
-        found.push_back(command->get_name());
+    if (position.arguments.empty()) {
+        for (const CLI::App *command : position.command->get_subcommands({})) {
+            found.push_back(command->get_name());
+        }
     }
     return position.arguments.size() < arguments.size()
         ? candidates(arguments[position.arguments.size()], position)

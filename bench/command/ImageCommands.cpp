@@ -146,7 +146,7 @@ void addInspect(CommandLine &line, CLI::App *parent)
 void addImageCommands(CommandLine &line)
 {
     CLI::App *const image = line.add(
-        &line.root(), "image", "build or inspect firmware images", "", "drive-bench image build --output .");
+        &line.root(), "image", "Build or inspect firmware images", "", "drive-bench image build --output .");
     image->require_subcommand(1);
     addBuild(line, image);
     addInspect(line, image);

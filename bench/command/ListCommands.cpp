@@ -189,7 +189,7 @@ void addListCommands(CommandLine &line)
     list->callback([&line, asJson] { printList(line, *asJson); });
 
     CLI::App *const show = line.add(
-        &line.root(), "show", "show everything about one drive", "", "drive-bench show TV0001PEBBLE");
+        &line.root(), "show", "Show everything about one drive", "", "drive-bench show TV0001PEBBLE");
     show->add_option("SERIAL", *serial, "the drive")->required();
     show->callback([&line, serial, asJson] { printDrive(line, *serial, *asJson); });
 
