@@ -141,7 +141,7 @@ void BenchStore::create(
         throw Refused(directory + " holds other files; name a new or an empty directory with --bench");
     }
     const bool madeDirectory = fs::create_directories(directory, error);
-    const fs::path file = fs::canonical(directory, error) / FileName;
+    const fs::path file = error ? fs::path() : fs::canonical(directory, error) / FileName;
     if (error) {
         throw Refused("cannot make the directory " + directory + ": " + error.message()
             + "; name another with --bench");
