@@ -40,11 +40,6 @@ const Model &modelWithOtherBridge(std::int32_t chipset)
     return models().front().chipset != chipset ? models().front() : models().back();
 }
 
-bool isSeen(const Drive &drive)
-{
-    return drive.plugged && drive.answers;
-}
-
 bool isSettled(const Drive &drive)
 {
     return findFault(drive.faults, FaultKind::NeverSettles) == nullptr
@@ -120,7 +115,7 @@ DeviceInfo recordOf(const Drive &drive, const Versions &offered)
 /// True when a query changes the drive: it is counted, or uses up a fault.
 bool isChangedByQuery(const Drive &drive)
 {
-    if (!isSeen(drive)) {
+    if (!drive.isAttached()) {
         return false;
     }
     if (drive.queries < numberOf(drive.faults, FaultKind::SettleQueries)) {
@@ -171,7 +166,7 @@ std::vector<DeviceInfo> Discovery::query()
     std::vector<Drive> reported;
     std::int64_t probing = 0;
     for (const Drive &drive : drives) {
-        if (!isSeen(drive)) {
+        if (!drive.isAttached()) {
             continue;
         }
         const Fault *const duplicate = findFault(drive.faults, FaultKind::DuplicateSerial);

@@ -60,6 +60,8 @@ struct Drive
     /// The model's row in the catalogue.
     const Model &catalogueModel() const;
     DriveState state() const;
+    /// Plugged in and answers.
+    bool isAttached() const { return plugged && answers; }
     /// The state and, while the flash is written, how far that is: "being written 42%".
     std::string progressText() const;
     /// When and how the last update ended: "failed: the drive was pulled out, at 14:02"; empty for none.

@@ -7,6 +7,7 @@
 #include <SQLiteCpp/Statement.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace bench {
@@ -135,7 +136,12 @@ Drive DriveTable::get(const std::string &serial) const
 
 std::optional<Drive> DriveTable::findReported(const std::string &reportedSerial) const
 {
-    const std::vector<Drive> found = select("reportedSerial = ? AND plugged AND answers", reportedSerial);
+    const std::vector<Drive> found = select("reportedSerial = ?", reportedSerial);
+    const auto attached =
+        std::find_if(found.begin(), found.end(), [](const Drive &drive) { return drive.isAttached(); });
+    if (attached != found.end()) {
+        return *attached;
+    }
     return found.empty() ? std::nullopt : std::optional<Drive>(found.front());
 }
 

@@ -22,7 +22,8 @@ public:
     std::optional<Drive> find(const std::string &serial) const;
     /// The drive with that serial number; refused when there is none.
     Drive get(const std::string &serial) const;
-    /// The first drive that is plugged in, answers, and goes by that serial number.
+    /// The drive that goes by that serial number; of several the first, and one that is attached before
+    /// others.
     std::optional<Drive> findReported(const std::string &reportedSerial) const;
 
     /// Adds a drive with its chip.

@@ -23,8 +23,8 @@ bool isStillThere(const Drive &current, const Drive &before)
 
 void Flash::run(const std::string &reportedSerial, std::int32_t chipset, const std::string &imageFile)
 {
-    find(reportedSerial);
     try {
+        find(reportedSerial);
         readImage(imageFile, chipset);
         begin();
         erase();
@@ -42,12 +42,11 @@ void Flash::find(const std::string &reportedSerial)
 {
     store.change([&] {
         DriveTable table(store);
-        const std::optional<Drive> found = table.findReported(reportedSerial);
-        if (!found) {
+        drive = table.findReported(reportedSerial).value_or(Drive());
+        if (drive.serial.empty() || !drive.isAttached()) {
             throw Refused("no such drive is attached");
         }
-        drive = *found;
-        Drive changed = *found;
+        Drive changed = drive;
         useUp(&changed.faults, UsedUpBy::ImageCheck);
         if (changed.faults.size() != drive.faults.size()) {
             table.update(changed);
@@ -142,8 +141,10 @@ void Flash::programPage(std::size_t position, const std::string &data)
 
 void Flash::writeChip(std::size_t position, std::size_t length)
 {
-    store.change(
-        [&] { DriveTable(store).writeChip(drive, position, chip.content().substr(position, length)); },
+    withDrive(
+        [&](DriveTable &table, Drive &current) {
+            table.writeChip(current, position, chip.content().substr(position, length));
+        },
         Durability::Relaxed);
 }
 
@@ -241,20 +242,30 @@ void Flash::lookAtDrive()
         Durability::Relaxed);
 }
 
-/// Changes the drive unless it was taken away from this object.
-void Flash::changeDrive(
+/// Runs the work unless the drive was taken away from this object. Another drive may have taken its place.
+void Flash::withDrive(
     const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability)
 {
     store.change(
         [&] {
             DriveTable table(store);
-            Drive current = table.get(drive.serial);
-            if (!isStillThere(current, drive)) {
+            std::optional<Drive> current = table.find(drive.serial);
+            if (!current || !isStillThere(*current, drive)) {
                 throw Refused("the drive was pulled out");
             }
-            if (current.flashes != drive.flashes) {
+            if (current->flashes != drive.flashes) {
                 throw Refused("another process has begun to write the drive");
             }
+            work(table, *current);
+        },
+        durability);
+}
+
+void Flash::changeDrive(
+    const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability)
+{
+    withDrive(
+        [&](DriveTable &table, Drive &current) {
             work(table, current);
             table.update(current);
             drive = current;
@@ -267,7 +278,8 @@ void Flash::noteFailure(const std::string &reason)
     store.change([&] {
         DriveTable table(store);
         std::optional<Drive> current = table.find(drive.serial);
-        if (current) {
+        // A drive that has taken the place of this one has not been flashed as often.
+        if (current && current->flashes >= drive.flashes) {
             current->setLastUpdate("failed: " + reason);
             current->heartbeat = begun && current->flashes == drive.flashes ? 0 : current->heartbeat;
             table.update(*current);

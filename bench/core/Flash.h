@@ -51,6 +51,8 @@ private:
     [[noreturn]] void breakOff(FaultKind fault);
     void waitUntil(Clock::time_point due);
     void lookAtDrive();
+    void withDrive(
+        const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability);
     void changeDrive(
         const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability);
     void noteFailure(const std::string &reason);
