@@ -129,6 +129,9 @@ BenchStore::BenchStore(const std::string &directory) : BenchStore(existingFile(d
     if (version < SchemaVersion) {
         change([this] { upgrade(); });
     }
+    // What is in the write-ahead log is durable there. Moving it on each close would make every call of a host
+    // tool wait for the disk.
+    sqlite3_db_config(connection.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
 BenchStore::BenchStore(const std::string &path, int flags) : file(path), connection(opened(path, flags)) { }
