@@ -8,18 +8,38 @@
 
 #include <QDir>
 
+#include <map>
+
 using namespace bench;
+
+namespace {
+
+/// Names and contents of the image files of all models, made once, since their digests take their time.
+const std::map<std::string, std::string> &smallImages()
+{
+    static const auto images = [] {
+        std::map<std::string, std::string> files;
+        for (const Model &model : models()) {
+            FirmwareImage image =
+                FirmwareImage::forModel(model, model.newestFirmware, model.newestConfiguration);
+            image.firmware.resize(3000);
+            image.configuration.resize(500);
+            files.emplace(model.imageName(), image.encode());
+        }
+        return files;
+    }();
+    return images;
+}
+
+} // namespace
 
 TemporaryBench::TemporaryBench()
 {
     BenchStore::create(directory(), false, [](BenchStore &) {});
     opened = std::make_unique<BenchStore>(directory());
     QDir(temporary.path()).mkdir("images");
-    for (const Model &model : models()) {
-        FirmwareImage image = FirmwareImage::forModel(model, model.newestFirmware, model.newestConfiguration);
-        image.firmware.resize(3000);
-        image.configuration.resize(500);
-        writeFile(imageDirectory() + '/' + model.imageName(), image.encode());
+    for (const auto &[name, file] : smallImages()) {
+        writeFile(imageDirectory() + '/' + name, file);
     }
 }
 
