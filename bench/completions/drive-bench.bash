@@ -24,7 +24,12 @@ _drive_bench() {
     local word words=()
     for word in "${COMP_WORDS[@]:1:COMP_CWORD}"; do
         _drive_bench_unquote "$word"
-        words+=("$REPLY")
+        # Bash makes three words of --option=value.
+        if [ ${#words[@]} -gt 0 ] && [[ ${words[-1]} == --* ]] && { [ "$REPLY" = = ] || [[ ${words[-1]} == *= ]]; }; then
+            words[-1]+=$REPLY
+        else
+            words+=("$REPLY")
+        fi
     done
     mapfile -t COMPREPLY < <("${COMP_WORDS[0]}" --complete "${words[@]}" 2>/dev/null)
     if [[ $(printf '%s' "${COMPREPLY[@]}") == *[!A-Za-z0-9=._-]* ]]; then

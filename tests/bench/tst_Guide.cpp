@@ -1,11 +1,15 @@
+#include "bench/core/Fault.h"
 #include "tests/bench/Programs.h"
 
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QTemporaryDir>
 #include <QtTest>
 
-/// Every command in the guide to the bench, run as written and in its order.
+/// The guide to the bench: every command in it, run as written and in its order, and what it has to name.
 class tst_Guide : public QObject
 {
     Q_OBJECT
@@ -13,18 +17,28 @@ class tst_Guide : public QObject
 private slots:
     void everyCommandWorks_data();
     void everyCommandWorks();
+    void namesEveryFault();
+    void namesEveryMember();
 
 private:
-    QTemporaryDir folder;
+    QTemporaryDir directory;
 };
+
+namespace {
+
+QString guide()
+{
+    QFile file(GUIDE);
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+} // namespace
 
 void tst_Guide::everyCommandWorks_data()
 {
     QTest::addColumn<QString>("command");
-    QFile guide(GUIDE);
-    QVERIFY(guide.open(QIODevice::ReadOnly));
     bool inCommands = false;
-    for (const QString &line : QString::fromUtf8(guide.readAll()).split('\n')) {
+    for (const QString &line : guide().split('\n')) {
         if (line.startsWith("```")) {
             inCommands = line == "```sh";
         } else if (inCommands) {
@@ -36,11 +50,34 @@ void tst_Guide::everyCommandWorks_data()
 void tst_Guide::everyCommandWorks()
 {
     QFETCH(QString, command);
-    const QString commands = "PATH=\"$0:$PATH\"; cd \"$1\"; " + command;
-    const Ended ended = runProgram(
-        "sh", {"-c", commands, QFileInfo(driveBenchPath()).path(), folder.path()}, folder.filePath("bench"));
+    // The program that is started by its name alone looks for its images in the working directory.
+    QVERIFY2(command.startsWith("./drive-bench "), qPrintable(command));
+    const QString commands = "cd \"$0\"; " + command.replace("/tmp", directory.path());
+    const Ended ended = runProgram("sh", {"-c", commands, QFileInfo(driveBenchPath()).path()},
+        directory.filePath("bench").toStdString());
     QVERIFY2(ended.status == 0, ended.errors.constData());
     QCOMPARE(ended.errors, QByteArray());
+}
+
+void tst_Guide::namesEveryFault()
+{
+    for (const bench::FaultDescription &kind : bench::faultDescriptions()) {
+        QVERIFY2(guide().contains(QRegularExpression(QString("`%1[` ]").arg(kind.name))), kind.name);
+    }
+}
+
+void tst_Guide::namesEveryMember()
+{
+    const std::string bench = directory.filePath("members").toStdString();
+    QCOMPARE(driveBench("init", bench).status, 0);
+    const QJsonObject json = QJsonDocument::fromJson(driveBench("export", bench).output).object();
+    QStringList names = json.keys();
+    names += json.value("drives").toArray().first().toObject().keys();
+    names += json.value("host").toObject().keys();
+    QVERIFY(names.size() > 30);
+    for (const QString &name : names) {
+        QVERIFY2(guide().contains('`' + name + '`'), qPrintable(name));
+    }
 }
 
 QTEST_GUILESS_MAIN(tst_Guide)
