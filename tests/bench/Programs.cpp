@@ -3,20 +3,30 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 
-Ended runProgram(const QString &program, const QStringList &arguments, const QString &benchFolder)
+Ended runProgram(const QString &program, const QStringList &arguments, const std::string &benchDirectory)
 {
     QProcess process;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TARVO_BENCH", benchFolder);
+    environment.insert("TARVO_BENCH", QString::fromStdString(benchDirectory));
     process.setProcessEnvironment(environment);
     process.start(program, arguments);
     const bool ended = process.waitForFinished(20000) && process.exitStatus() == QProcess::NormalExit;
     return {ended ? process.exitCode() : -1, process.readAllStandardOutput(), process.readAllStandardError()};
 }
 
-Ended driveBench(const QStringList &arguments, const QString &benchFolder)
+Ended driveBench(const QString &line, const std::string &benchDirectory)
 {
-    return runProgram(driveBenchPath(), arguments, benchFolder);
+    return driveBench(line.split(' '), benchDirectory);
+}
+
+Ended driveBench(const QStringList &arguments, const std::string &benchDirectory)
+{
+    return runProgram(driveBenchPath(), arguments, benchDirectory);
+}
+
+Ended shell(const QString &commands, const std::string &benchDirectory)
+{
+    return runProgram("sh", {"-c", "PATH=\"$0:$PATH\"; " + commands, hostToolDirectory()}, benchDirectory);
 }
 
 QString driveBenchPath()
@@ -24,7 +34,7 @@ QString driveBenchPath()
     return QStringLiteral(DRIVE_BENCH);
 }
 
-QString hostToolFolder()
+QString hostToolDirectory()
 {
-    return QStringLiteral(HOST_TOOL_FOLDER);
+    return QStringLiteral(HOST_TOOL_DIRECTORY);
 }

@@ -4,6 +4,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <string>
+
 /// What a program printed and how it ended.
 struct Ended
 {
@@ -12,12 +14,17 @@ struct Ended
     QByteArray errors;
 };
 
-/// Runs a program with these arguments on the bench in `benchFolder`.
-Ended runProgram(const QString &program, const QStringList &arguments, const QString &benchFolder);
+/// Runs a program with these arguments on the bench in that directory.
+Ended runProgram(
+    const QString &program, const QStringList &arguments, const std::string &benchDirectory = "/nowhere");
 
-/// Runs drive-bench.
-Ended driveBench(const QStringList &arguments, const QString &benchFolder);
+/// Runs drive-bench with the words of the line, or with these arguments.
+Ended driveBench(const QString &line, const std::string &benchDirectory = "/nowhere");
+Ended driveBench(const QStringList &arguments, const std::string &benchDirectory = "/nowhere");
 
-/// Path of drive-bench, and of the folder with the stand-ins for the host's tools.
+/// Runs shell commands with the stand-ins for the host's tools first on PATH.
+Ended shell(const QString &commands, const std::string &benchDirectory);
+
+/// Path of drive-bench, and of the directory with the stand-ins for the host's tools.
 QString driveBenchPath();
-QString hostToolFolder();
+QString hostToolDirectory();

@@ -1,12 +1,13 @@
 #include "bench/core/Companion.h"
+#include "bench/core/Files.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
 
+#include <QFileInfo>
 #include <QtTest>
 
-#include <csignal>
-
-#include <sys/types.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace bench;
 
@@ -18,21 +19,44 @@ class tst_HostTools : public QObject
 private slots:
     void listTheCompanionWhereItIsInstalled();
     void submitAndRemoveTheService();
-    void listRunningProcesses();
-    void aKilledProcessIsNoLongerListed();
     void listAndLoadTheKernelExtension();
-    void openTheApplications();
     void recordEachCall();
     void handOtherCallsOn();
     void sudoHandsOtherCallsOn();
-    void printNoErrorWithoutABench();
+    void answerWithoutAUsableBench_data();
+    void answerWithoutAUsableBench();
+    void answerOnAReadOnlyBench();
+    void theToolItselfIsNotCalled();
 };
 
 namespace {
 
 Ended shell(const QString &commands, const TemporaryBench &bench)
 {
-    return runProgram("sh", {"-c", "PATH=\"$0:$PATH\"; " + commands, hostToolFolder()}, bench.folder());
+    return shell(commands, bench.directory());
+}
+
+Companion companionOf(TemporaryBench &bench)
+{
+    return Companion(bench.store(), bench.directory());
+}
+
+/// What the program asks of the host.
+const QString Queries =
+    "ls /Library/LaunchDaemons; ls /System/Library/Extensions; sudo launchctl list; ps -ax; "
+    "ps -axcopid,command; kextstat";
+
+/// The bench in these directories may be read by everybody and written by nobody, but by root.
+Ended queriesByAnotherUser(const TemporaryBench &bench)
+{
+    const QStringList start =
+        ::geteuid() == 0 ? QStringList{"setpriv", "--reuid=65534", "--clear-groups"} : QStringList();
+    const QString parent = QFileInfo(QString::fromStdString(bench.directory())).path();
+    for (const char *name : {"launchctl", "ps", "ls", "kextstat", "sudo"}) {
+        QFile::copy(hostToolDirectory() + "/host-tool", parent + '/' + name);
+    }
+    const QStringList words = start + QStringList{"sh", "-c", "PATH=\"$0:$PATH\"; " + Queries, parent};
+    return runProgram(words.first(), words.mid(1), bench.directory());
 }
 
 } // namespace
@@ -40,14 +64,13 @@ Ended shell(const QString &commands, const TemporaryBench &bench)
 void tst_HostTools::listTheCompanionWhereItIsInstalled()
 {
     TemporaryBench bench;
-    QString reason;
     QVERIFY(!shell("ls /Library/LaunchDaemons", bench).output.contains("tarvo"));
     QVERIFY(!shell("ls /System/Library/Extensions", bench).output.contains("TarvoKorrin.kext"));
     Ended one = shell("sudo ls /System/Library/Extensions/TarvoKorrin.kext", bench);
     QCOMPARE(one.status, 1);
     QCOMPARE(one.output + one.errors, QByteArray());
 
-    QVERIFY(Companion(bench.folder()).install(&reason));
+    companionOf(bench).install();
     QVERIFY(
         shell("ls /Library/LaunchDaemons", bench).output.contains("\ncom.tarvo.quaydesk.service.plist\n"));
     QVERIFY(shell("ls /System/Library/Extensions/", bench).output.contains("\nTarvoKorrin.kext\n"));
@@ -72,66 +95,12 @@ void tst_HostTools::submitAndRemoveTheService()
     QVERIFY(!shell("sudo launchctl list", bench).output.contains("tarvo"));
 }
 
-void tst_HostTools::listRunningProcesses()
-{
-    TemporaryBench bench;
-    QString reason;
-    QCOMPARE(shell("ps -ax", bench).output, QByteArray("  PID TTY           TIME CMD\n"));
-    QCOMPARE(shell("ps -axcopid,command", bench).output, QByteArray("  PID COMMAND\n"));
-    QVERIFY(Companion(bench.folder()).install(&reason));
-    QVERIFY2(Companion(bench.folder()).start(hostToolFolder() + "/host-tool", &reason), qPrintable(reason));
-    const QString all = QString::fromUtf8(shell("ps -ax", bench).output);
-    const QString names = QString::fromUtf8(shell("ps -axcopid,command", bench).output);
-    QStringList problems;
-    const QVector<Process> processes = bench->host(&problems).processes;
-    QCOMPARE(int(processes.size()), 3);
-    for (const Process &process : processes) {
-        const QString id = QString::number(process.id);
-        const QString name = process.command.section('/', -1);
-        QVERIFY2(QRegularExpression(
-                     "^ *" + id + " \\?\\? +[0-9:.]+ " + QRegularExpression::escape(process.command) + '$',
-                     QRegularExpression::MultilineOption)
-                     .match(all)
-                     .hasMatch(),
-            qPrintable(all));
-        QVERIFY2(QRegularExpression("^ *" + id + ' ' + name + '$', QRegularExpression::MultilineOption)
-                     .match(names)
-                     .hasMatch(),
-            qPrintable(names));
-    }
-    QVERIFY(QRegularExpression("\n[0-9]+\t0\tcom.tarvo.quaydesk.service\n")
-                .match(QString::fromUtf8(shell("launchctl list", bench).output))
-                .hasMatch());
-    QVERIFY2(Companion(bench.folder()).stop(&reason), qPrintable(reason));
-    QCOMPARE(shell("ps -ax", bench).output.count('\n'), 1);
-    for (const Process &process : processes) {
-        QTRY_VERIFY(::kill(static_cast<pid_t>(process.id), 0) != 0);
-    }
-}
-
-void tst_HostTools::aKilledProcessIsNoLongerListed()
-{
-    TemporaryBench bench;
-    QString reason;
-    QStringList problems;
-    QVERIFY(Companion(bench.folder())
-                .startProcess(hostToolFolder() + "/host-tool", "/Applications/Tarvo Quaydesk.app", &reason));
-    QCOMPARE(
-        shell("kill -9 $(ps -axcopid,command | sed -n 's/^ *\\([0-9]*\\) Tarvo Quaydesk.*/\\1/p')", bench)
-            .status,
-        0);
-    QTRY_COMPARE(shell("ps -ax", bench).output.count('\n'), 1);
-    // Its number may belong to another process some day: it is not listed again.
-    QVERIFY(bench->host(&problems).processes.isEmpty());
-}
-
 void tst_HostTools::listAndLoadTheKernelExtension()
 {
     TemporaryBench bench;
-    QString reason;
     QCOMPARE(shell("kextstat | grep Tarvo", bench).output, QByteArray());
     QCOMPARE(shell("sudo kextload /System/Library/Extensions/TarvoKorrin.kext", bench).status, 1);
-    QVERIFY(Companion(bench.folder()).install(&reason));
+    companionOf(bench).install();
     QCOMPARE(shell("sudo kextload /System/Library/Extensions/TarvoKorrin.kext", bench).status, 0);
     const QString listed = QString::fromUtf8(shell("sudo kextstat | grep com.Tarvo.Korrin", bench).output);
     QVERIFY2(
@@ -142,41 +111,36 @@ void tst_HostTools::listAndLoadTheKernelExtension()
         qPrintable(listed));
 }
 
-void tst_HostTools::openTheApplications()
-{
-    TemporaryBench bench;
-    QString reason;
-    const QString open = "open \"/Applications/Tarvo Quaydesk.app\"";
-    QCOMPARE(shell(open, bench).status, 1);
-    QVERIFY(Companion(bench.folder()).install(&reason));
-    QCOMPARE(shell(open, bench).status, 0);
-    QCOMPARE(shell(open, bench).status, 0);
-    QCOMPARE(
-        shell("open \"/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app\"", bench).status, 0);
-    const QByteArray listed = shell("ps -axcopid,command", bench).output;
-    QCOMPARE(listed.count(" Tarvo Quaydesk\n"), 1);
-    QCOMPARE(listed.count(" QDKStatusItem\n"), 1);
-    QVERIFY2(Companion(bench.folder()).stop(&reason), qPrintable(reason));
-}
-
 void tst_HostTools::recordEachCall()
 {
     TemporaryBench bench;
     shell(
         "ls /Library/LaunchDaemons; sudo launchctl list; open 'a b' \"it's\" '' 2>/dev/null; ps -ax", bench);
-    QCOMPARE(bench.content().value("/calls.log"),
-        QByteArray("ls /Library/LaunchDaemons\nsudo launchctl list\nopen 'a b' 'it'\\''s' ''\nps -ax\n"));
+    QCOMPARE(bench.host().calls(),
+        (std::vector<std::string>{
+            "ls /Library/LaunchDaemons", "sudo launchctl list", "open 'a b' 'it'\\''s' ''", "ps -ax"}));
 }
 
 void tst_HostTools::handOtherCallsOn()
 {
     TemporaryBench bench;
-    const QString file = bench.folder() + "/host.json";
+    const QString file = QString::fromStdString(bench.directory()) + "/bench.sqlite";
     QCOMPARE(shell("ls " + file, bench).output, (file + '\n').toUtf8());
     QCOMPARE(shell("ls /nowhere-at-all", bench).output, QByteArray());
     QVERIFY(!shell("ls /nowhere-at-all", bench).errors.isEmpty());
+    // The real tool gets its arguments as they are, and its exit status comes back.
+    QTemporaryDir real;
+    const QString script = "#!/bin/sh\nprintf '<%s>' \"$@\"; exit 5\n";
+    writeFile(real.filePath("kextstat").toStdString(), script.toStdString());
+    QCOMPARE(::chmod(real.filePath("kextstat").toUtf8().constData(), 0755), 0);
+    const Ended ended =
+        runProgram("sh", {"-c", "PATH=\"$0:$1:$0\"; kextstat -l 'a b' ''", hostToolDirectory(), real.path()},
+            bench.directory());
+    QCOMPARE(ended.output, QByteArray("<-l><a b><>"));
+    QCOMPARE(ended.status, 5);
     // Where there is no real tool of that name, the shell's own words and status.
-    const Ended none = runProgram("sh", {"-c", "PATH=\"$0\"; kextstat -l", hostToolFolder()}, bench.folder());
+    const Ended none =
+        runProgram("sh", {"-c", "PATH=\"$0\"; kextstat -l", hostToolDirectory()}, bench.directory());
     QCOMPARE(none.status, 127);
     QCOMPARE(none.errors, QByteArray("kextstat: command not found\n"));
 }
@@ -184,19 +148,69 @@ void tst_HostTools::handOtherCallsOn()
 void tst_HostTools::sudoHandsOtherCallsOn()
 {
     TemporaryBench bench;
-    const Ended ended = runProgram(
-        "sh", {"-c", "PATH=\"$0\"; sudo touch /tmp/x; sudo; sudo -n ls", hostToolFolder()}, bench.folder());
+    const Ended ended = runProgram("sh",
+        {"-c", "PATH=\"$0\"; sudo touch /tmp/x; sudo; sudo -n ls", hostToolDirectory()}, bench.directory());
     QCOMPARE(ended.errors.count("sudo: command not found\n"), 3);
 }
 
-void tst_HostTools::printNoErrorWithoutABench()
+void tst_HostTools::answerWithoutAUsableBench_data()
 {
-    const QString commands =
-        "PATH=\"$0:$PATH\"; ls /Library/LaunchDaemons; sudo launchctl list; ps -ax; kextstat; "
-        "sudo launchctl submit -l com.tarvo.quaydesk.service -p x";
-    const Ended ended = runProgram("sh", {"-c", commands, hostToolFolder()}, "/nowhere/bench");
+    QTest::addColumn<QString>("bench");
+    for (const char *bench : {"none", "empty file", "damaged"}) {
+        QTest::newRow(bench) << bench;
+    }
+}
+
+/// The answers are those of a host without the companion, and nothing is said of the bench.
+void tst_HostTools::answerWithoutAUsableBench()
+{
+    QFETCH(QString, bench);
+    TemporaryBench empty;
+    const Ended expected = shell(Queries, empty);
+    QTemporaryDir parent;
+    const std::string directory = parent.path().toStdString() + (bench == "none" ? "/none" : "");
+    const std::string content = bench == "damaged" ? std::string(20000, 'x') : std::string();
+    if (bench != "none") {
+        writeFile(directory + "/bench.sqlite", content);
+    }
+    const Ended ended = shell(Queries, directory);
     QCOMPARE(ended.status, 0);
     QCOMPARE(ended.errors, QByteArray());
+    QCOMPARE(ended.output, expected.output);
+    QCOMPARE(shell("sudo launchctl submit -l com.tarvo.quaydesk.service -p x", directory).status, 0);
+    QCOMPARE(shell("kextload /System/Library/Extensions/TarvoKorrin.kext", directory).status, 1);
+    QCOMPARE(shell("open '/Applications/Tarvo Quaydesk.app'", directory).status, 1);
+    QCOMPARE(shell("ls /", directory).status, 0);
+    if (bench != "none") {
+        QVERIFY(readFile(directory + "/bench.sqlite", 100000) == content);
+    }
+}
+
+void tst_HostTools::answerOnAReadOnlyBench()
+{
+    TemporaryBench bench;
+    companionOf(bench).install();
+    bench.host().change([](HostState &state) { state.serviceSubmitted = true; });
+    const Ended expected = shell(Queries, bench);
+    const std::vector<std::string> calls = bench.host().calls();
+    const QByteArray file = QByteArray::fromStdString(bench.directory() + "/bench.sqlite");
+    QCOMPARE(::chmod(file.constData(), 0444), 0);
+    QCOMPARE(::chmod(bench.directory().c_str(), 0555), 0);
+    QCOMPARE(::chmod(QFileInfo(file).dir().filePath("..").toUtf8().constData(), 0755), 0);
+    const Ended ended = queriesByAnotherUser(bench);
+    QCOMPARE(::chmod(bench.directory().c_str(), 0755), 0);
+    QCOMPARE(ended.errors, QByteArray());
+    QCOMPARE(ended.output, expected.output);
+    QVERIFY(ended.output.contains("com.tarvo.quaydesk.service.plist"));
+    QCOMPARE(bench.host().calls(), calls);
+}
+
+void tst_HostTools::theToolItselfIsNotCalled()
+{
+    const Ended ended = runProgram(hostToolDirectory() + "/host-tool", {"list"});
+    QCOMPARE(ended.status, 2);
+    QCOMPARE(
+        ended.errors, QByteArray("host-tool is called by the names of the tools that it stands in for\n"));
 }
 
 QTEST_GUILESS_MAIN(tst_HostTools)

@@ -1,4 +1,8 @@
+#include "bench/core/DriveTable.h"
+#include "bench/core/Refused.h"
 #include "tests/bench/TemporaryBench.h"
+
+#include <SQLiteCpp/Database.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
@@ -19,7 +23,7 @@ class tst_ManyProcesses : public QObject
 
 private slots:
     void loseNoChange();
-    void survivesKills();
+    void surviveKills();
 };
 
 namespace {
@@ -32,44 +36,47 @@ int secondsToRun()
     return set > 0 ? set : 3;
 }
 
-/// One of the processes: counts up a common number, its own number and the host's, and reads in between.
-int changeForAWhile(const QString &folder, int number, int seconds)
+void countUp(BenchStore &store, const std::string &serial)
 {
-    Bench bench(folder, QString());
+    store.change([&] {
+        DriveTable table(store);
+        Drive drive = table.get(serial);
+        ++drive.bytesWritten;
+        table.update(drive);
+    });
+}
+
+/// One of the processes: counts up a common number, its own number and the host's, logs a call, and reads.
+/// How often it has done all that.
+std::int64_t changeForAWhile(const std::string &directory, int number, int seconds)
+{
+    BenchStore store(directory);
     QElapsedTimer clock;
     clock.start();
-    const QString own = QString("OWN%1").arg(number);
     std::int64_t changes = 0;
-    QString reason;
     while (clock.elapsed() < seconds * 1000) {
-        const auto countUp = [](Drive *drive, QString *) {
-            ++drive->bytesWritten;
-            return true;
-        };
-        const auto countUpHost = [](Host *host, QString *) {
-            host->extensionVersion = QString::number(host->extensionVersion.toInt() + 1);
-            return true;
-        };
-        QStringList problems;
-        if (!bench.changeDrive("COMMON", countUp, &reason) || !bench.changeDrive(own, countUp, &reason)
-            || !bench.changeHost(countUpHost, &reason) || bench.drives(&problems).size() != ProcessCount + 1
-            || !problems.isEmpty()) {
-            std::printf("%s %s\n", qPrintable(reason), qPrintable(problems.join(' ')));
-            return 1;
+        countUp(store, "COMMON");
+        countUp(store, "OWN" + std::to_string(number));
+        Host(store).change([](HostState &host) {
+            host.extensionVersion = std::to_string(std::stoll(host.extensionVersion) + 1);
+        });
+        Host(store).logCall({std::to_string(number)});
+        if (DriveLifeCycle(store).drives().size() != ProcessCount + 1) {
+            throw Refused("a drive is missing");
         }
         ++changes;
     }
-    std::printf("%lld", static_cast<long long>(changes));
-    return 0;
+    return changes;
 }
 
-std::vector<std::unique_ptr<QProcess>> startAll(const QString &folder, int seconds)
+std::vector<std::unique_ptr<QProcess>> startAll(const TemporaryBench &bench, int seconds)
 {
     std::vector<std::unique_ptr<QProcess>> processes;
     for (int i = 0; i < ProcessCount; ++i) {
         processes.push_back(std::make_unique<QProcess>());
         processes.back()->start(QCoreApplication::applicationFilePath(),
-            {"change", folder, QString::number(i), QString::number(seconds)});
+            {"change", QString::fromStdString(bench.directory()), QString::number(i),
+                QString::number(seconds)});
     }
     return processes;
 }
@@ -78,15 +85,14 @@ void addDrives(TemporaryBench *bench)
 {
     bench->addOutdated("COMMON", "Pebble");
     for (int i = 0; i < ProcessCount; ++i) {
-        bench->addOutdated(QString("OWN%1").arg(i), "Harbour");
+        bench->addOutdated("OWN" + std::to_string(i), "Harbour");
     }
-    QString reason;
-    (*bench)->changeHost(
-        [](Host *host, QString *) {
-            host->extensionVersion = "0";
-            return true;
-        },
-        &reason);
+    bench->host().change([](HostState &host) { host.extensionVersion = "0"; });
+}
+
+std::string integrity(TemporaryBench &bench)
+{
+    return bench.store().database().execAndGet("PRAGMA integrity_check").getString();
 }
 
 } // namespace
@@ -95,40 +101,52 @@ void tst_ManyProcesses::loseNoChange()
 {
     TemporaryBench bench;
     addDrives(&bench);
-    const auto processes = startAll(bench.folder(), secondsToRun());
+    const auto processes = startAll(bench, secondsToRun());
     std::int64_t total = 0;
     for (int i = 0; i < ProcessCount; ++i) {
         QProcess &process = *processes[static_cast<std::size_t>(i)];
         QVERIFY(process.waitForFinished((secondsToRun() + 30) * 1000));
         const QByteArray output = process.readAllStandardOutput();
         QVERIFY2(process.exitCode() == 0, output.constData());
-        QCOMPARE(bench.drive(QString("OWN%1").arg(i)).bytesWritten, std::int64_t(output.toLongLong()));
-        QVERIFY(output.toLongLong() > 0);
-        total += output.toLongLong();
+        const std::int64_t changes = output.toLongLong();
+        QVERIFY(changes > 0);
+        QCOMPARE(bench.drive("OWN" + std::to_string(i)).bytesWritten, changes);
+        const std::vector<std::string> calls = bench.host().calls();
+        QCOMPARE(std::int64_t(std::count(calls.begin(), calls.end(), std::to_string(i))), changes);
+        total += changes;
     }
+    qInfo("%lld changes", static_cast<long long>(4 * total));
     QCOMPARE(bench.drive("COMMON").bytesWritten, total);
-    QStringList problems;
-    QCOMPARE(bench->host(&problems).extensionVersion, QString::number(total));
+    QCOMPARE(bench.host().state().extensionVersion, std::to_string(total));
+    QCOMPARE(integrity(bench), std::string("ok"));
 }
 
-void tst_ManyProcesses::survivesKills()
+void tst_ManyProcesses::surviveKills()
 {
     TemporaryBench bench;
     addDrives(&bench);
     for (int round = 0; round < 5; ++round) {
-        const auto processes = startAll(bench.folder(), 30);
-        QTest::qWait(150 + 20 * round);
+        const auto processes = startAll(bench, 30);
+        QTRY_VERIFY(!bench.host().calls().empty());
+        QTest::qWait(20 * round);
         for (const auto &process : processes) {
             process->kill();
         }
         for (const auto &process : processes) {
             process->waitForFinished();
         }
-        QStringList problems;
-        QCOMPARE(int(bench->drives(&problems).size()), ProcessCount + 1);
-        QCOMPARE(problems, QStringList());
-        QString reason;
-        QVERIFY2(bench->unplug("COMMON", &reason) && bench->plug("COMMON", &reason), qPrintable(reason));
+        QCOMPARE(integrity(bench), std::string("ok"));
+        QCOMPARE(bench.lifeCycle().drives().size(), std::size_t(ProcessCount + 1));
+        // Each process was killed within one round of its changes at most.
+        std::int64_t own = 0;
+        for (int i = 0; i < ProcessCount; ++i) {
+            own += bench.drive("OWN" + std::to_string(i)).bytesWritten;
+        }
+        const std::int64_t common = bench.drive("COMMON").bytesWritten;
+        QVERIFY2(common >= own && common <= own + ProcessCount * (round + 1),
+            qPrintable(QString::number(common - own)));
+        bench.lifeCycle().unplug("COMMON");
+        bench.lifeCycle().plug("COMMON");
     }
 }
 
@@ -136,10 +154,18 @@ int main(int argc, char **argv)
 {
     QCoreApplication application(argc, argv);
     const QStringList arguments = application.arguments();
-    if (arguments.value(1) == "change") {
-        return changeForAWhile(arguments.value(2), arguments.value(3).toInt(), arguments.value(4).toInt());
+    if (arguments.value(1) != "change") {
+        tst_ManyProcesses test;
+        return QTest::qExec(&test, argc, argv);
     }
-    tst_ManyProcesses test;
-    return QTest::qExec(&test, argc, argv);
+    try {
+        const std::int64_t changes = changeForAWhile(
+            arguments.value(2).toStdString(), arguments.value(3).toInt(), arguments.value(4).toInt());
+        std::printf("%lld", static_cast<long long>(changes));
+        return 0;
+    } catch (const Refused &refused) {
+        std::printf("%s\n", refused.what());
+        return 1;
+    }
 }
 #include "tst_ManyProcesses.moc"

@@ -1,12 +1,11 @@
 #include "devices/DeviceInfo.h"
+#include "tests/bench/TemporaryBench.h"
+
 #include <Asmedia105X.h>
 #include <DeviceDiscovery.h>
 #include <MacDevice.h>
 #include <OxSemiFireWire.h>
-#include "tests/bench/Programs.h"
-#include "tests/bench/TemporaryBench.h"
 
-#include <QCoreApplication>
 #include <QtTest>
 
 #include <atomic>
@@ -25,11 +24,7 @@ private slots:
     void updatersFlashTheirBridge_data();
     void updatersFlashTheirBridge();
     void unmountsTheDrive();
-    // Before the first test that starts a process: the thread sanitizer starts no threads after that.
     void serveManyThreadsAtOnce();
-    void aMissingBenchIsReportedOnceAndEmpty();
-    void aMalformedDriveIsReportedOnce();
-    void standInsComeFirstOnThePath();
 };
 
 namespace {
@@ -58,12 +53,17 @@ bool update(int chipset, const std::string &serialNumber, const std::string &ima
     }
 }
 
+void useBench(const TemporaryBench &bench)
+{
+    qputenv("TARVO_BENCH", QByteArray::fromStdString(bench.directory()));
+}
+
 } // namespace
 
 void tst_Platform::fillsTheVectorAnew()
 {
     TemporaryBench bench;
-    qputenv("TARVO_BENCH", bench.folder().toUtf8());
+    useBench(bench);
     bench.addOutdated("A", "Pebble");
     bench.addOutdated("B", "Harbour (FireWire 800)");
     std::vector<DeviceInfo> devices(5);
@@ -81,8 +81,8 @@ void tst_Platform::fillsTheVectorAnew()
     QCOMPARE(devices[1].modelName, std::string("Harbour (FireWire 800)"));
     QCOMPARE(int(devices[1].vendorId), int(Vendor::FireWire));
     QCOMPARE(devices[1].chipsetType, Chipset::OxSemiFireWire944);
-    QString reason;
-    QVERIFY(bench->unplug("A", &reason) && bench->unplug("B", &reason));
+    bench.lifeCycle().unplug("A");
+    bench.lifeCycle().unplug("B");
     discovery.getTarvoDevice(devices);
     QVERIFY(devices.empty());
 }
@@ -90,12 +90,12 @@ void tst_Platform::fillsTheVectorAnew()
 void tst_Platform::handsOnEveryByte()
 {
     TemporaryBench bench;
-    qputenv("TARVO_BENCH", bench.folder().toUtf8());
-    const QString serial = QString("S") + QChar(0xE9) + QChar(0) + QChar(0x80);
+    useBench(bench);
+    const std::string serial("S\xe9\0\x80", 4);
     bench.addOutdated(serial, "Pebble");
-    QCOMPARE(discover().front().serialNumber, std::string("S\xe9\0\x80", 4));
-    QVERIFY(update(1, std::string("S\xe9\0\x80", 4), bench.image("Pebble").toStdString()));
-    QVERIFY(!update(1, std::string("S\xe9"), bench.image("Pebble").toStdString()));
+    QCOMPARE(discover().front().serialNumber, serial);
+    QVERIFY(update(1, serial, bench.image("Pebble")));
+    QVERIFY(!update(1, std::string("S\xe9"), bench.image("Pebble")));
 }
 
 void tst_Platform::updatersFlashTheirBridge_data()
@@ -109,64 +109,38 @@ void tst_Platform::updatersFlashTheirBridge_data()
 void tst_Platform::updatersFlashTheirBridge()
 {
     QFETCH(QString, model);
+    const Model *const row = findModel(model.toStdString());
     TemporaryBench bench;
-    qputenv("TARVO_BENCH", bench.folder().toUtf8());
-    bench.addOutdated("A", model);
+    useBench(bench);
+    bench.addOutdated("A", row->name);
     for (int chipset : {1, 2, 3, 5, 6}) {
-        const bool fits = chipset == findModel(model)->chipset;
-        QCOMPARE(update(chipset, "A", bench.image(model).toStdString()), fits);
+        QCOMPARE(update(chipset, "A", bench.image(row->name)), chipset == row->chipset);
     }
-    QCOMPARE(bench.drive("A").flashFirmware, findModel(model)->newestFirmware);
+    QCOMPARE(bench.drive("A").flashFirmware, std::string(row->newestFirmware));
 }
 
 void tst_Platform::unmountsTheDrive()
 {
     TemporaryBench bench;
-    qputenv("TARVO_BENCH", bench.folder().toUtf8());
+    useBench(bench);
     bench.addOutdated("A", "Pebble");
     Asm1051 updater("A");
     QCOMPARE(updater.macDevice->unmountDisk(), 1);
     QVERIFY(!bench.drive("A").mounted);
-    QString reason;
-    QVERIFY(bench->setFault("A", numberFault("unmount-returns", -2), &reason));
+    bench.lifeCycle().setFault("A", numberFault(FaultKind::UnmountReturns, -2));
     QCOMPARE(updater.macDevice->unmountDisk(), -2);
     QCOMPARE(MacDevice("B").unmountDisk(), 0);
-}
-
-void tst_Platform::aMissingBenchIsReportedOnceAndEmpty()
-{
-    const Ended ended =
-        runProgram(QCoreApplication::applicationFilePath(), {"discover", "3"}, "/nowhere/bench");
-    QCOMPARE(ended.status, 0);
-    QCOMPARE(ended.output, QByteArray("0 0 0 "));
-    QCOMPARE(ended.errors.count('\n'), 1);
-    QVERIFY2(ended.errors.contains("/nowhere/bench") && ended.errors.contains("No such file"),
-        ended.errors.constData());
-}
-
-void tst_Platform::aMalformedDriveIsReportedOnce()
-{
-    TemporaryBench bench;
-    bench.addOutdated("A", "Pebble");
-    bench.addOutdated("B", "Pebble");
-    QString reason;
-    QVERIFY(replaceFile(bench->driveFile("A"), "{\"serial\": 1}", &reason));
-    const Ended ended =
-        runProgram(QCoreApplication::applicationFilePath(), {"discover", "3"}, bench.folder());
-    QCOMPARE(ended.output, QByteArray("1 1 1 "));
-    QCOMPARE(ended.errors, (bench->driveFile("A") + ":1:2: \"serial\" must be a text\n").toUtf8());
 }
 
 void tst_Platform::serveManyThreadsAtOnce()
 {
     TemporaryBench bench;
-    qputenv("TARVO_BENCH", bench.folder().toUtf8());
+    useBench(bench);
     bench.addOutdated("A", "Pebble", 20000);
     bench.addOutdated("B", "Harbour FireWire", 20000);
-    QString reason;
-    QVERIFY(bench->setFault("A", numberFault("settle-queries", 1000000), &reason));
-    const std::string usbImage = bench.image("Pebble").toStdString();
-    const std::string fireWireImage = bench.image("Harbour FireWire").toStdString();
+    bench.lifeCycle().setFault("A", numberFault(FaultKind::SettleQueries, 1000000));
+    const std::string usbImage = bench.image("Pebble");
+    const std::string fireWireImage = bench.image("Harbour FireWire");
     std::atomic<bool> stop{false};
     std::atomic<int> wrong{0};
     std::atomic<int> flashed{0};
@@ -197,30 +171,5 @@ void tst_Platform::serveManyThreadsAtOnce()
     QVERIFY(bench.drive("A").queries > 0);
 }
 
-void tst_Platform::standInsComeFirstOnThePath()
-{
-    const QString tools = QCoreApplication::applicationDirPath() + "/host-tools";
-    QCOMPARE(qgetenv("PATH").startsWith(tools.toUtf8() + ':'), isFolder(tools));
-    // The environment was there before any test changed it.
-    const Ended ended = runProgram(QCoreApplication::applicationFilePath(), {"bench"}, QString());
-    QCOMPARE(ended.output, (QCoreApplication::applicationDirPath() + "/bench").toUtf8());
-}
-
-int main(int argc, char **argv)
-{
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = application.arguments();
-    if (arguments.value(1) == "discover") {
-        for (int i = 0; i < arguments.value(2).toInt(); ++i) {
-            std::printf("%d ", int(discover().size()));
-        }
-        return 0;
-    }
-    if (arguments.value(1) == "bench") {
-        std::printf("%s", qgetenv("TARVO_BENCH").constData());
-        return 0;
-    }
-    tst_Platform test;
-    return QTest::qExec(&test, argc, argv);
-}
+QTEST_GUILESS_MAIN(tst_Platform)
 #include "tst_Platform.moc"
