@@ -1,6 +1,6 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
-#include "tests/ui/Look.h"
+#include "tests/ui/UpdateLook.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
 

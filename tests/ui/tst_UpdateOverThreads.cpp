@@ -1,5 +1,5 @@
 #include "tests/support/DeviceRecords.h"
-#include "tests/ui/Look.h"
+#include "tests/ui/UpdateLook.h"
 #include "tests/ui/WindowFixture.h"
 
 #include <QtTest>
