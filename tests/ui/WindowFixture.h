@@ -75,7 +75,7 @@ public:
 };
 
 /// That many drives, numbered from 1 in their serial numbers and model names.
-inline QVector<DeviceInfo> drives(int count)
+inline QVector<DeviceInfo> numberedDrives(int count)
 {
     QVector<DeviceInfo> list;
     for (int number = 1; number <= count; ++number) {

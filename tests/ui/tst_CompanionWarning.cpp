@@ -168,7 +168,7 @@ void tst_CompanionWarning::listsAndResultsArriveWhileTheBoxIsOpen()
         // The list that the refresh was walking is replaced under it.
         fixture.deliver({});
         QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
-        fixture.deliver(drives(4));
+        fixture.deliver(numberedDrives(4));
         QCOMPARE(fixture.buttons().size(), 4);
         // Nothing that is attached is selected.
         fixture.finish(false);

@@ -355,7 +355,7 @@ void tst_MainWindow::refreshPutsTheNewPageBeforeTheOldOne()
         // Only then is the window sized for the new page.
         QCOMPARE(fixture.window.size(), QSize(850, 300));
     });
-    fixture.deliver(drives(4));
+    fixture.deliver(numberedDrives(4));
     QCOMPARE(indices, QList<int>{1});
     QVERIFY(previous.isNull());
     QCOMPARE(fixture.window.size(), QSize(850, 520));

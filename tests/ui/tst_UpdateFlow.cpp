@@ -121,10 +121,12 @@ void tst_UpdateFlow::terminateForgetsTheSelectedDrive()
 void tst_UpdateFlow::startHandsTheWorkerTheDriveAndTheImageFolder()
 {
     WindowFixture fixture;
+    ScriptedPlatform::holdFlashes();
     fixture.deliver({usbDrive("A")});
     QVERIFY(fixture.click("Update Firmware and Configuration"));
     QVERIFY(fixture.click("Update Firmware"));
     QCOMPARE(lookOf(fixture), Look::InProgress);
+    ScriptedPlatform::releaseFlashes();
     QTRY_COMPARE(ScriptedPlatform::count("~Asm1051()"), 1);
     QVERIFY(ScriptedPlatform::calls().contains("Asm1051(A)"));
     QVERIFY(ScriptedPlatform::calls().contains("updateDevice(/opt/tarvo/pebble.tfw)"));

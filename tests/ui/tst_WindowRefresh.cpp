@@ -131,7 +131,7 @@ void tst_WindowRefresh::drivesDecideTheWindowsSize()
     fixture.window.resizeWindow(count);
     QCOMPARE(fixture.window.size(), size);
     fixture.deliver({usbDrive("OTHER")});
-    fixture.deliver(drives(count));
+    fixture.deliver(numberedDrives(count));
     QCOMPARE(fixture.window.size(), size);
 }
 
@@ -158,7 +158,7 @@ void tst_WindowRefresh::drivesStandInRowsOfThree()
 {
     QFETCH(int, count);
     WindowFixture fixture;
-    fixture.deliver(drives(count));
+    fixture.deliver(numberedDrives(count));
     QTRY_COMPARE(placesOf(fixture, count).size(), count);
     QCoreApplication::processEvents();
     const QList<QPoint> places = placesOf(fixture, count);
@@ -177,7 +177,7 @@ void tst_WindowRefresh::drivesStandInRowsOfThree()
 void tst_WindowRefresh::fourDrivesStandInTwoRowsBelowAnEmptyOne()
 {
     WindowFixture fixture;
-    fixture.deliver(drives(4));
+    fixture.deliver(numberedDrives(4));
     QCOMPARE(fixture.window.size(), QSize(850, 520));
     const QScrollArea *area = fixture.window.findChild<QScrollArea *>();
     const QLayout *column = area->widget()->layout();
@@ -202,7 +202,7 @@ void tst_WindowRefresh::fourDrivesStandInTwoRowsBelowAnEmptyOne()
 void tst_WindowRefresh::tenDrivesFillFourRowsAndScroll()
 {
     WindowFixture fixture;
-    fixture.deliver(drives(10));
+    fixture.deliver(numberedDrives(10));
     QCOMPARE(fixture.window.size(), QSize(850, 700));
     const QScrollArea *area = fixture.window.findChild<QScrollArea *>();
     QTRY_VERIFY(area->verticalScrollBar()->maximum() > 0);
@@ -217,7 +217,7 @@ void tst_WindowRefresh::tenDrivesFillFourRowsAndScroll()
 void tst_WindowRefresh::selectedDriveIsShownAloneInAWindowForAllFive()
 {
     WindowFixture fixture;
-    fixture.deliver(drives(5));
+    fixture.deliver(numberedDrives(5));
     QMetaObject::invokeMethod(&fixture.window, "updateDevice", Q_ARG(QString, "SN-4"));
     QCOMPARE(fixture.window.size(), QSize(850, 520));
     QTRY_VERIFY(fixture.texts().contains("Tarvo Pebble 4"));
@@ -237,7 +237,7 @@ void tst_WindowRefresh::selectedDriveIsShownAloneInAWindowForAllFive()
 void tst_WindowRefresh::selectionThatMatchesNoDriveShowsNoPage()
 {
     WindowFixture fixture;
-    fixture.deliver(drives(2));
+    fixture.deliver(numberedDrives(2));
     QMetaObject::invokeMethod(&fixture.window, "updateDevice", Q_ARG(QString, "GONE"));
     QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
     QVERIFY(fixture.buttons().isEmpty());
@@ -256,7 +256,7 @@ void tst_WindowRefresh::versionStandsInSmallItalicsAtTheBottom()
 {
     QFETCH(int, count);
     WindowFixture fixture;
-    fixture.deliver(drives(count));
+    fixture.deliver(numberedDrives(count));
     QCoreApplication::processEvents();
     verifyVersion(fixture.window);
 }
@@ -292,11 +292,11 @@ void tst_WindowRefresh::refreshesLeaveNoWidgetBehind()
 void tst_WindowRefresh::unchangedListOfAThousandDrivesRebuildsNothing()
 {
     WindowFixture fixture;
-    const QVector<DeviceInfo> list = drives(1000);
+    const QVector<DeviceInfo> list = numberedDrives(1000);
     fixture.deliver(list);
     const QWidget *page = fixture.page();
     fixture.tools.forgetCalls();
-    fixture.deliver(drives(1000));
+    fixture.deliver(numberedDrives(1000));
     QCOMPARE(fixture.page(), page);
     QVERIFY(fixture.tools.calls().isEmpty());
 }
