@@ -138,8 +138,9 @@ void tst_Main::exceptionFromALibraryEndsTheProcess_data()
 {
     QTest::addColumn<QString>("steps");
     QTest::newRow("discovery") << "query throws";
-    QTest::newRow("flash")
-        << "attach usb;flash throws;click Update Firmware and Configuration;click Update Firmware";
+    const QString start = ";click Update Firmware and Configuration;click Update Firmware";
+    QTest::newRow("USB flash") << "attach usb;flash throws" + start;
+    QTest::newRow("FireWire flash") << "attach firewire;flash throws" + start;
 }
 
 void tst_Main::exceptionFromALibraryEndsTheProcess()

@@ -9,6 +9,7 @@
 #include <QPixmap>
 #include <QProcess>
 #include <QResource>
+#include <QSet>
 #include <QTest>
 #include <QtEndian>
 
@@ -108,6 +109,7 @@ private slots:
     void collectionIsUnregisteredAtExit();
     void registeringAndUnregisteringReturnOne();
     void collectionHoldsTheseFilesAndNoOthers();
+    void eachFileIsTheOneOfItsName();
     void picture_data();
     void picture();
     void windowsIconHoldsNineImages();
@@ -172,6 +174,20 @@ void tst_Resources::collectionHoldsTheseFilesAndNoOthers()
     }
     folders.sort();
     QCOMPARE(folders, QStringList({root + "device", root + "device/0x0E7A", root + "device/0xC5E2"}));
+}
+
+void tst_Resources::eachFileIsTheOneOfItsName()
+{
+    for (const QString &path : filesOfCollection()) {
+        const QByteArray file = content(RESOURCES "/" + path.mid(root.size()));
+        QVERIFY2(!file.isEmpty() && content(path) == file, qPrintable(path));
+    }
+    // The pictures of what the program says, as against those of the drives, are all different.
+    QSet<QByteArray> contents;
+    for (const char *name : {"TarvoLogo", "Ok", "Update", "Warning", "Error", "device/UnknownDevice"}) {
+        contents.insert(content(root + name + ".png"));
+    }
+    QCOMPARE(int(contents.size()), 6);
 }
 
 void tst_Resources::picture_data()
