@@ -1,5 +1,6 @@
 #include "bench/command/CommandLine.h"
 
+#include "Version.h"
 #include "bench/core/Files.h"
 #include "bench/core/FirmwareImage.h"
 #include "bench/core/Refused.h"
@@ -57,7 +58,7 @@ CommandLine::CommandLine() : app("A bench of simulated drives, in place of drive
     directory = bench::benchDirectory();
     app.add_option("--bench", directory, "the directory of the bench, instead of $TARVO_BENCH")
         ->type_name("DIR");
-    app.set_version_flag("--version", std::string("drive-bench ") + TARVO_VERSION);
+    app.set_version_flag("--version", std::string("drive-bench ") + TarvoVersion);
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
     app.footer(
