@@ -9,11 +9,15 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <system_error>
 #include <thread>
 #include <vector>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace bench {
 
@@ -24,11 +28,23 @@ namespace fs = std::filesystem;
 constexpr std::chrono::seconds BusyTimeout(5);
 constexpr std::chrono::milliseconds BusyPollInterval(2);
 constexpr const char *FileName = "bench.sqlite";
+/// Of the database and of what SQLite keeps beside it.
+constexpr const char *Suffixes[] = {"", "-wal", "-shm", "-journal"};
 
 Refused noBench(const std::string &directory, const std::string &reason)
 {
     return Refused(directory + " is no bench that can be read: " + reason
         + "; make one with: drive-bench init --bench " + shellQuoted(directory));
+}
+
+Refused otherFiles(const std::string &directory)
+{
+    return Refused(directory + " holds other files; name a new or an empty directory with --bench");
+}
+
+Refused cannotWrite(const std::string &file, const std::string &reason)
+{
+    return Refused("cannot write " + file + ": " + reason + "; the directory must be writable and have room");
 }
 
 /// What the failure of a call to the database means for a person.
@@ -43,8 +59,7 @@ Refused explained(const SQLite::Exception &exception, const std::string &file)
     case SQLITE_CORRUPT:
         return Refused(file + " is damaged: " + reason + "; remove it and make a new bench");
     default:
-        return Refused(
-            "cannot write " + file + ": " + reason + "; the directory must be writable and have room");
+        return cannotWrite(file, reason);
     }
 }
 
@@ -56,10 +71,13 @@ std::string existingFile(const std::string &directory)
     if (error) {
         throw noBench(directory, error.message());
     }
-    const fs::file_status status = fs::symlink_status(file, error);
-    if (fs::is_symlink(status)) {
-        throw Refused(file.string() + " is a symbolic link, which is not followed; remove it");
+    for (const char *suffix : Suffixes) {
+        const std::string path = file.string() + suffix;
+        if (fs::is_symlink(fs::symlink_status(path, error))) {
+            throw Refused(path + " is a symbolic link, which is not followed; remove it");
+        }
     }
+    const fs::file_status status = fs::symlink_status(file, error);
     if (!fs::exists(status)) {
         throw noBench(directory, error.message());
     }
@@ -91,13 +109,18 @@ std::string immutableUri(const std::string &file)
     return uri + "?immutable=1";
 }
 
-/// Opens the database. Where SQLite may not put its own files beside it, nobody else may change it either.
-SQLite::Database opened(const std::string &file, int flags)
+/// Opens the database. Where SQLite may not put its own files beside it, nobody else may change it either; it
+/// is then read without them, unless it is incomplete without its write-ahead log.
+SQLite::Database opened(const std::string &file)
 {
     try {
-        SQLite::Database connection(file, flags | SQLite::OPEN_READWRITE | SQLite::OPEN_NOFOLLOW);
+        SQLite::Database connection(file, SQLite::OPEN_READWRITE | SQLite::OPEN_NOFOLLOW);
         sqlite3_busy_handler(connection.getHandle(), waitForOthers, nullptr);
-        if ((connection.tryExec("SELECT count(*) FROM sqlite_master") & 0xFF) == SQLITE_CANTOPEN) {
+        const int status = connection.tryExec("SELECT count(*) FROM sqlite_master");
+        const bool isRefusedFiles = (status & 0xFF) == SQLITE_CANTOPEN
+            || sqlite3_extended_errcode(connection.getHandle()) == SQLITE_READONLY_DIRECTORY;
+        std::error_code error;
+        if (isRefusedFiles && !fs::exists(file + "-wal", error)) {
             return {immutableUri(file), SQLite::OPEN_READONLY | SQLite::OPEN_URI};
         }
         connection.exec("PRAGMA foreign_keys = ON");
@@ -113,9 +136,49 @@ bool holdsOtherFiles(const std::string &directory)
     const fs::directory_iterator entries(directory, error);
     return std::any_of(begin(entries), end(entries), [](const fs::directory_entry &entry) {
         const std::string name = entry.path().filename().string();
-        return name != FileName && name != FileName + std::string("-wal")
-            && name != FileName + std::string("-shm");
+        return std::none_of(std::begin(Suffixes), std::end(Suffixes),
+            [&name](const char *suffix) { return name == FileName + std::string(suffix); });
     });
+}
+
+/// Files and directories that go again unless they are kept, each before the directory that it is in.
+struct Provisional
+{
+    std::vector<fs::path> paths = {};
+
+    Provisional() = default;
+    ~Provisional()
+    {
+        for (const fs::path &path : paths) {
+            std::error_code error;
+            fs::remove(path, error);
+        }
+    }
+    Provisional(const Provisional &) = delete;
+    Provisional &operator=(const Provisional &) = delete;
+};
+
+/// Makes the directory, those above it, and in it an empty file unless one is there.
+void makeFile(const std::string &directory, Provisional *made)
+{
+    std::error_code error;
+    for (fs::path path = directory; !path.empty() && !fs::exists(fs::symlink_status(path, error));
+         path = path.parent_path()) {
+        made->paths.push_back(path);
+    }
+    fs::create_directories(directory, error);
+    if (error) {
+        throw Refused("cannot make the directory " + directory + ": " + error.message()
+            + "; name another with --bench");
+    }
+    const std::string file = directory + '/' + FileName;
+    const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        made->paths.insert(made->paths.begin(), file);
+    } else if (errno != EEXIST) {
+        throw cannotWrite(file, std::generic_category().message(errno));
+    }
 }
 
 int numberFrom(SQLite::Database &connection, const char *query)
@@ -125,7 +188,7 @@ int numberFrom(SQLite::Database &connection, const char *query)
 
 } // namespace
 
-BenchStore::BenchStore(const std::string &directory) : BenchStore(existingFile(directory), 0)
+BenchStore::BenchStore(const std::string &directory) : BenchStore(File{existingFile(directory)})
 {
     int version = 0;
     int application = 0;
@@ -148,41 +211,37 @@ BenchStore::BenchStore(const std::string &directory) : BenchStore(existingFile(d
     sqlite3_db_config(connection.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
 }
 
-BenchStore::BenchStore(const std::string &path, int flags) : file(path), connection(opened(path, flags)) { }
+BenchStore::BenchStore(const File &database) : file(database.path), connection(opened(database.path)) { }
 
 void BenchStore::create(
     const std::string &directory, bool replace, const std::function<void(BenchStore &store)> &fill)
 {
-    std::error_code error;
     if (holdsOtherFiles(directory)) {
-        throw Refused(directory + " holds other files; name a new or an empty directory with --bench");
+        throw otherFiles(directory);
     }
-    const bool madeDirectory = fs::create_directories(directory, error);
-    const fs::path file = error ? fs::path() : fs::canonical(directory, error) / FileName;
-    if (error) {
-        throw Refused("cannot make the directory " + directory + ": " + error.message()
-            + "; name another with --bench");
-    }
-    const bool isNew = !fs::exists(fs::symlink_status(file, error));
-    try {
-        BenchStore store(isNew ? file.string() : existingFile(directory), SQLite::OPEN_CREATE);
-        store.transact("PRAGMA journal_mode = WAL; BEGIN IMMEDIATE", [&] {
-            if (numberFrom(store.connection, "PRAGMA user_version") != 0 && !replace) {
-                throw Refused(directory + " is a bench already; to make it anew, add --force");
-            }
-            store.clear();
-            store.upgrade();
-            fill(store);
-        });
-    } catch (...) {
-        if (isNew) {
-            fs::remove(file, error);
+    Provisional made;
+    makeFile(directory, &made);
+    BenchStore store(File{existingFile(directory)});
+    const auto check = [&] {
+        const bool isBench = numberFrom(store.connection, "PRAGMA application_id") == ApplicationId;
+        if (!isBench && numberFrom(store.connection, "SELECT count(*) FROM sqlite_master") != 0) {
+            throw otherFiles(directory);
         }
-        if (madeDirectory) {
-            fs::remove(directory, error);
+        if (isBench) {
+            made.paths.clear(); // another process was faster, and the bench is its
         }
-        throw;
-    }
+        if (isBench && !replace) {
+            throw Refused(directory + " is a bench already; to make it anew, add --force");
+        }
+    };
+    store.read(check); // before the database of another program is written to
+    store.transact("PRAGMA journal_mode = WAL; BEGIN IMMEDIATE", [&] {
+        check(); // another process may have made a bench meanwhile
+        store.clear();
+        store.upgrade();
+        fill(store);
+    });
+    made.paths.clear();
 }
 
 void BenchStore::read(const std::function<void()> &work) const

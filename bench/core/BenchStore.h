@@ -43,7 +43,11 @@ public:
     SQLite::Database &database() const { return connection; }
 
 private:
-    BenchStore(const std::string &path, int flags);
+    struct File
+    {
+        std::string path;
+    };
+    explicit BenchStore(const File &database);
     void transact(const char *begin, const std::function<void()> &work) const;
     void clear();
     void upgrade();
