@@ -1,5 +1,6 @@
 #include "bench/core/Drive.h"
 
+#include "bench/core/FirmwareImage.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
 
@@ -110,6 +111,12 @@ void check(const Drive &drive)
             + " characters, this one " + std::to_string(drive.serial.size()));
     }
     drive.catalogueModel();
+    for (const std::string &version : {drive.flashFirmware, drive.flashConfiguration}) {
+        if (version.size() > FirmwareImage::MaximumText) {
+            throw Refused("invalid drive: a version has at most " + std::to_string(FirmwareImage::MaximumText)
+                + " characters, this one " + std::to_string(version.size()));
+        }
+    }
     LimitCheck limits;
     visitFields(drive, limits);
     for (const Fault &fault : drive.faults) {

@@ -68,7 +68,7 @@ std::string FlashChip::version(const Region &region) const
         size = size << 8 | static_cast<unsigned char>(page[PayloadSizeAt + i - 1]);
     }
     const auto versionSize = static_cast<unsigned char>(page[VersionSizeAt]);
-    if (size > region.size - PageSize || versionSize > PageSize - VersionAt) {
+    if (size > region.size - PageSize || versionSize > FirmwareImage::MaximumText) {
         return {};
     }
     const bool isWhole =
