@@ -68,9 +68,14 @@ struct Reader
     int column;
 
     template <typename Number>
-    void number(const char *, Number &value, Number, Number)
+    void number(const char *name, Number &value, Number minimum, Number maximum)
     {
-        value = static_cast<Number>(row.getColumn(column++).getInt64());
+        const std::int64_t stored = row.getColumn(column++).getInt64();
+        if (stored < minimum || stored > maximum) {
+            throw Refused(std::string("invalid drive: ") + name + " must be a whole number from "
+                + std::to_string(minimum) + " to " + std::to_string(maximum));
+        }
+        value = static_cast<Number>(stored);
     }
     void flag(const char *, bool &value) { value = row.getColumn(column++).getInt() != 0; }
     void bytes(const char *, std::string &value) { value = row.getColumn(column++).getString(); }
@@ -100,11 +105,13 @@ void bindBytes(SQLite::Statement &statement, int index, const std::string &bytes
     }
 }
 
-/// A row that was edited to something that no drive can be makes the bench unreadable rather than wrong.
-void checkRow(const Drive &drive)
+/// Runs what reads a row of the drive. A row that was edited to something that no drive can be makes the
+/// bench unreadable rather than wrong.
+template <typename Work>
+void readRow(const Drive &drive, Work work)
 {
     try {
-        check(drive);
+        work();
     } catch (const Refused &refused) {
         throw Refused("the bench holds an invalid drive " + escaped(drive.serial) + ": " + refused.what()
             + "; take it off with: drive-bench remove " + shellQuoted(escaped(drive.serial)));
@@ -156,7 +163,7 @@ std::vector<Drive> DriveTable::select(const std::string &condition, const std::s
         Drive drive;
         drive.id = rows.getColumn(0).getInt64();
         Reader reader{rows, 1};
-        visitFields(drive, reader);
+        readRow(drive, [&] { visitFields(drive, reader); });
         places.emplace(drive.id, drives.size());
         drives.push_back(drive);
     }
@@ -166,10 +173,11 @@ std::vector<Drive> DriveTable::select(const std::string &condition, const std::s
             + condition + ") ORDER BY drive, position");
     bindBytes(faults, 1, parameter);
     while (faults.executeStep()) {
-        drives[places.at(faults.getColumn(0).getInt64())].faults.push_back(faultFrom(faults, 1));
+        Drive &drive = drives[places.at(faults.getColumn(0).getInt64())];
+        readRow(drive, [&] { drive.faults.push_back(faultFrom(faults, 1)); });
     }
     for (const Drive &drive : drives) {
-        checkRow(drive);
+        readRow(drive, [&] { check(drive); });
     }
     return drives;
 }
