@@ -55,9 +55,10 @@ FlashChip chipFromJson(const Json &json, const std::string &pointer)
         throw Refused(pointer + ": must be an object");
     }
     for (const auto &member : json.items()) {
-        const std::string place = pointer + '/' + member.key();
+        const std::string place = pointer + '/' + escaped(member.key());
         const auto number = numberFromText(member.key());
-        if (!number || *number < 0 || *number >= static_cast<std::int64_t>(SectorCount)) {
+        const bool isPlain = number && std::to_string(*number) == member.key();
+        if (!isPlain || *number < 0 || *number >= static_cast<std::int64_t>(SectorCount)) {
             throw Refused(place + ": is no sector from 0 to " + std::to_string(SectorCount - 1));
         }
         const auto bytes = member.value().is_string() ? bytesFromHexadecimal(member.value()) : std::nullopt;
@@ -83,39 +84,51 @@ Json parsed(const std::string &text)
         const std::string what = error.what();
         const std::size_t reason = what.find(": ");
         throw Refused(std::to_string(line) + ':' + std::to_string(column) + ": " + what.substr(reason + 2));
+    } catch (const Json::out_of_range &error) { // a number that is too large, which it names
+        const std::string what = error.what();
+        throw Refused(' ' + what.substr(what.find("] ") + 2));
     }
 }
 
+std::vector<std::string> callsFrom(const Json &json)
+{
+    const bool areTexts = json.is_array()
+        && std::all_of(json.begin(), json.end(), [](const Json &call) { return call.is_string(); });
+    if (!areTexts) {
+        throw Refused("/calls: must be a list of texts");
+    }
+    return json.get<std::vector<std::string>>();
+}
+
+/// No part of the document is copied, since copying one that nests deeply would take more stack than there
+/// is.
 BenchDocument documentFrom(const Json &json)
 {
     BenchDocument document;
     checkMembers(json, "", {"version", "drives", "host", "calls"});
-    if (json.value("version", Json()) != FormatVersion) {
+    const Json *const version = findMember(json, "version");
+    if (version == nullptr || *version != FormatVersion) {
         throw Refused("/version: must be " + std::to_string(FormatVersion));
     }
-    const Json drives = json.value("drives", Json::array());
-    const Json calls = json.value("calls", Json::array());
-    const bool areTexts =
-        std::all_of(calls.begin(), calls.end(), [](const Json &call) { return call.is_string(); });
-    if (!drives.is_array()) {
+    const Json *const drives = findMember(json, "drives");
+    if (drives != nullptr && !drives->is_array()) {
         throw Refused("/drives: must be a list");
     }
-    if (!calls.is_array() || !areTexts) {
-        throw Refused("/calls: must be a list of texts");
-    }
     std::set<std::string> serials;
-    for (std::size_t i = 0; i < drives.size(); ++i) {
+    for (std::size_t i = 0; drives != nullptr && i < drives->size(); ++i) {
         const std::string pointer = "/drives/" + std::to_string(i);
-        const Drive drive = driveFromJson(drives[i], pointer);
+        const Drive drive = driveFromJson(drives->at(i), pointer);
         if (!serials.insert(drive.serial).second) {
             throw Refused(pointer + "/serial: is that of another drive");
         }
-        document.drives.emplace_back(drive,
-            drives[i].contains("chip") ? chipFromJson(drives[i]["chip"], pointer + "/chip")
-                                       : expectedChip(drive));
+        const Json *const chip = findMember(drives->at(i), "chip");
+        document.drives.emplace_back(
+            drive, chip == nullptr ? expectedChip(drive) : chipFromJson(*chip, pointer + "/chip"));
     }
-    document.host = hostFromJson(json.value("host", Json::object()), "/host");
-    document.calls = calls.get<std::vector<std::string>>();
+    const Json *const host = findMember(json, "host");
+    document.host = host == nullptr ? HostState() : hostFromJson(*host, "/host");
+    const Json *const calls = findMember(json, "calls");
+    document.calls = calls == nullptr ? std::vector<std::string>() : callsFrom(*calls);
     return document;
 }
 

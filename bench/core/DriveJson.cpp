@@ -42,8 +42,7 @@ struct Reader
     const Json *member(const char *name)
     {
         names.emplace_back(name);
-        const auto found = object.find(name);
-        return found == object.end() ? nullptr : &*found;
+        return findMember(object, name);
     }
     template <typename Number>
     void number(const char *name, Number &value, Number minimum, Number maximum)
@@ -52,8 +51,9 @@ struct Reader
         if (found == nullptr) {
             return;
         }
-        const bool fits = found->is_number_integer() && *found >= minimum && *found <= maximum;
-        if (!fits) {
+        // Beyond 2^63 a number would be compared as a negative one.
+        const bool isSmall = !found->is_number_unsigned() || found->get<std::uint64_t>() >> 63 == 0;
+        if (!found->is_number_integer() || !isSmall || *found < minimum || *found > maximum) {
             refuse(pointer + '/' + name,
                 "must be a whole number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
         }
@@ -114,12 +114,12 @@ Json faultToJson(const Fault &fault)
 
 Fault faultFromJson(const Json &json, const std::string &pointer)
 {
-    checkMembers(json, pointer, {"fault", "once", "value", "field"});
     Reader reader{json, pointer};
+    if (!json.is_object()) {
+        refuse(pointer, "must be an object");
+    }
     std::string name;
-    std::string field;
     reader.text("fault", name);
-    reader.text("field", field);
     const FaultDescription *const kind = findFault(name);
     if (kind == nullptr) {
         refuse(pointer + "/fault", "names no known fault");
@@ -128,10 +128,18 @@ Fault faultFromJson(const Json &json, const std::string &pointer)
     reader.flag("once", fault.once);
     if (kind->takesNumber()) {
         reader.number("value", fault.number, kind->minimum, kind->maximum);
-    } else {
+    } else if (kind->value != FaultValue::None) {
         reader.bytes("value", fault.text);
     }
-    fault.field = findRecordField(field);
+    if (kind->value == FaultValue::Field) {
+        std::string field;
+        reader.text("field", field);
+        fault.field = findRecordField(field);
+        if (fault.field == nullptr) {
+            refuse(pointer + "/field", "must be one of " + recordFieldNames());
+        }
+    }
+    checkMembers(json, pointer, reader.names);
     try {
         check(fault);
     } catch (const Refused &refused) {
@@ -204,12 +212,12 @@ Drive driveFromJson(const Json &json, const std::string &pointer)
     reader.names.insert(reader.names.end(), {"faults", "chip"});
     checkMembers(json, pointer, reader.names);
 
-    const Json faults = json.value("faults", Json::array());
-    if (!faults.is_array()) {
+    const Json *const faults = findMember(json, "faults");
+    if (faults != nullptr && !faults->is_array()) {
         refuse(pointer + "/faults", "must be a list");
     }
-    for (std::size_t i = 0; i < faults.size(); ++i) {
-        drive.faults.push_back(faultFromJson(faults[i], pointer + "/faults/" + std::to_string(i)));
+    for (std::size_t i = 0; faults != nullptr && i < faults->size(); ++i) {
+        drive.faults.push_back(faultFromJson(faults->at(i), pointer + "/faults/" + std::to_string(i)));
     }
     try {
         check(drive);
@@ -240,9 +248,15 @@ void checkMembers(const Json &json, const std::string &pointer, const std::vecto
     }
     for (const auto &member : json.items()) {
         if (std::find(names.begin(), names.end(), member.key()) == names.end()) {
-            refuse(pointer + '/' + member.key(), "is not a known member");
+            refuse(pointer + '/' + escaped(member.key()), "is not a known member");
         }
     }
+}
+
+const Json *findMember(const Json &object, const char *name)
+{
+    const auto found = object.find(name);
+    return found == object.end() ? nullptr : &*found;
 }
 
 std::string printed(const Json &json, bool isIndented)

@@ -22,8 +22,11 @@ Json toJson(const DeviceInfo &record);
 Drive driveFromJson(const Json &json, const std::string &pointer);
 HostState hostFromJson(const Json &json, const std::string &pointer);
 
-/// Refused unless the value has just members of these names.
+/// Refused unless the value is an object with just members of these names.
 void checkMembers(const Json &json, const std::string &pointer, const std::vector<std::string> &names);
+
+/// The member of an object; null when it has none of that name.
+const Json *findMember(const Json &object, const char *name);
 
 /// The JSON on one line, or indented on many; bytes that are no UTF-8 are replaced.
 std::string printed(const Json &json, bool isIndented = true);
