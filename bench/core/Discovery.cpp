@@ -42,9 +42,11 @@ const Model &modelWithOtherBridge(std::int32_t chipset)
 
 bool isSettled(const Drive &drive)
 {
+    // Without the fault the clock does not matter: it may have been set back, or be another computer's.
+    const std::int64_t settleTime = numberOf(drive.faults, FaultKind::SettleTime);
     return findFault(drive.faults, FaultKind::NeverSettles) == nullptr
         && drive.queries >= numberOf(drive.faults, FaultKind::SettleQueries)
-        && now() - drive.pluggedAt >= numberOf(drive.faults, FaultKind::SettleTime);
+        && (settleTime == 0 || now() - drive.pluggedAt >= settleTime);
 }
 
 std::int32_t statusOf(const Drive &drive, const std::string &running, const std::string &offered)
