@@ -163,7 +163,7 @@ void check(const Fault &fault)
         fits = fault.field != nullptr;
         break;
     }
-    if (!fits) {
+    if (!fits || (fault.field != nullptr && kind.value != FaultValue::Field)) {
         throw Refused(valueRule(kind));
     }
 }

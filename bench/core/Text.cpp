@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
+#include <string_view>
 
 namespace bench {
 
 namespace {
 
 constexpr char Digits[] = "0123456789abcdef";
+constexpr std::string_view PlainSigns = "-_./,=:+%@"; // to a shell
 
 /// The value of a hexadecimal digit, -1 for any other character.
 int digitValue(char digit)
@@ -157,7 +158,7 @@ std::string shellQuoted(const std::string &text)
     const bool isPlain = !text.empty() && std::all_of(text.begin(), text.end(), [](char letter) {
         const auto code = static_cast<unsigned char>(letter);
         return code > 0x7F || (code >= '0' && code <= '9') || ((code | 0x20) >= 'a' && (code | 0x20) <= 'z')
-            || std::strchr("-_./,=:+%@", letter) != nullptr;
+            || PlainSigns.find(letter) != std::string_view::npos;
     });
     if (isPlain) {
         return text;
