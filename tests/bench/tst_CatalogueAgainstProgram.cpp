@@ -40,8 +40,8 @@ QString tst_CatalogueAgainstProgram::restartText(std::int32_t chipset, std::uint
 void tst_CatalogueAgainstProgram::eachModelHasItsPicture()
 {
     for (const bench::Model &model : bench::models()) {
-        const QImage picture(model.picture());
-        QVERIFY2(!picture.isNull(), qPrintable(model.picture()));
+        const QImage picture(QString::fromStdString(model.picture()));
+        QVERIFY2(!picture.isNull(), model.picture().c_str());
         QCOMPARE(picture.size(), QSize(model.pictureSize, model.pictureSize));
     }
 }
@@ -50,7 +50,7 @@ void tst_CatalogueAgainstProgram::eachPictureHasItsModel()
 {
     QSet<QString> known;
     for (const bench::Model &model : bench::models()) {
-        known.insert(model.picture());
+        known.insert(QString::fromStdString(model.picture()));
     }
     int count = 0;
     for (const char *folder : {":/firmwareUpdater/device/0x0E7A", ":/firmwareUpdater/device/0xC5E2"}) {
