@@ -1,21 +1,23 @@
 #include "bench/core/FirmwareImage.h"
+#include "bench/core/Refused.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 
-/// Any bytes are either refused with a reason or read into an image that encodes to the same bytes.
+/// Any bytes are either refused with a line or read into an image that encodes to the same bytes.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    const QByteArray file(reinterpret_cast<const char *>(data), static_cast<int>(size));
-    bench::FirmwareImage image;
-    QString reason;
-    if (bench::FirmwareImage::decode(file, &image, &reason)) {
-        if (image.encode() != file) {
+    const std::string file(reinterpret_cast<const char *>(data), size);
+    try {
+        if (bench::FirmwareImage::decode(file).encode() != file) {
             std::abort();
         }
-    } else if (reason.isEmpty() || !image.firmware.isEmpty()) {
-        std::abort();
+    } catch (const bench::Refused &refused) {
+        const std::string reason = refused.what();
+        if (reason.empty() || reason.find('\n') != std::string::npos) {
+            std::abort();
+        }
     }
     return 0;
 }
