@@ -1,11 +1,10 @@
 #include "ui/DeviceLayout.h"
 
+#include "ui/Pictures.h"
+
 #include <QApplication>
 #include <QHBoxLayout>
-#include <QHash>
-#include <QIcon>
 #include <QLabel>
-#include <QPixmapCache>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -16,17 +15,25 @@
 
 namespace {
 
+// A prefix, since a serial number may be empty, as the object names of other widgets are.
+constexpr const char *ObjectNamePrefix = "drive ";
 constexpr int DevicePictureSize = 48;
 constexpr int StatusPictureSize = 20;
-
-constexpr const char *OkPicture = ":/firmwareUpdater/Ok.png";
-constexpr const char *UpdatePicture = ":/firmwareUpdater/Update.png";
-constexpr const char *WarningPicture = ":/firmwareUpdater/Warning.png";
-constexpr const char *ErrorPicture = ":/firmwareUpdater/Error.png";
 
 QString textFrom(const std::string &bytes)
 {
     return QString::fromLatin1(bytes.c_str());
+}
+
+/// Text for a screen reader: what cannot be printed is written as its code.
+QString printable(const QString &text)
+{
+    QString result;
+    for (const QChar character : text) {
+        result += character.isPrint() ? QString(character)
+                                      : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
+    }
+    return result;
 }
 
 /// The text of a builder's label, which is not needed for anything else.
@@ -45,38 +52,6 @@ QLabel *newTextLabel(const QString &text)
     label->setFixedHeight(12);
     label->setFont(font);
     return label;
-}
-
-/// The picture scaled to fit a square of `size` pixels; null when there is no such picture. Kept in the
-/// pixmap cache, since every refresh of the window asks for it again.
-QPixmap scaledPicture(const QString &path, int size)
-{
-    const QString key = path + '@' + QString::number(size);
-    QPixmap picture;
-    if (!QPixmapCache::find(key, &picture) && picture.load(path)) {
-        picture = picture.scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        QPixmapCache::insert(key, picture);
-    }
-    return picture;
-}
-
-/// The icon of that picture. Made once, since every icon object puts scaled copies of its own into the pixmap
-/// cache; never freed, since that would come after the application object's end.
-QIcon buttonIcon(const QString &path)
-{
-    static auto &icons = *new QHash<QString, QIcon>;
-    auto icon = icons.find(path);
-    if (icon == icons.end()) {
-        icon = icons.insert(path, QIcon(path));
-    }
-    return *icon;
-}
-
-QLabel *newStatusIcon(const QString &path)
-{
-    auto *icon = new QLabel;
-    icon->setPixmap(scaledPicture(path, StatusPictureSize));
-    return icon;
 }
 
 QHBoxLayout *newStatusRow(QLabel *text, QLabel *icon)
@@ -99,6 +74,8 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
     setPalette(whiteBackground);
 
     contentWidget = new QWidget(this);
+    contentWidget->setObjectName(ObjectNamePrefix + textFrom(this->deviceInfo.serialNumber));
+    contentWidget->setAccessibleName(driveName());
     // The buttons on it are connected to this page's slots, so the page lives as long.
     connect(contentWidget, SIGNAL(destroyed()), this, SLOT(deleteLater()));
 
@@ -120,21 +97,21 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
         && this->deviceInfo.configurationStatus == Status::UpToDate;
 
     if (this->deviceInfo.chipsetType != Chipset::NotSupported) {
-        updateButton = new QPushButton(this);
+        updateButton = newButton("updateButton");
         if (firmwareRequired && configurationRequired) {
             updateButton->setText(tr("Update Firmware and Configuration"));
-            updateButton->setIcon(buttonIcon(UpdatePicture));
+            updateButton->setIcon(Pictures::icon(Pictures::Update));
         } else if (firmwareRequired) {
             updateButton->setText(tr("Update Firmware"));
-            updateButton->setIcon(buttonIcon(UpdatePicture));
+            updateButton->setIcon(Pictures::icon(Pictures::Update));
         } else if (configurationRequired) {
             updateButton->setText(tr("Update Configuration"));
-            updateButton->setIcon(buttonIcon(UpdatePicture));
+            updateButton->setIcon(Pictures::icon(Pictures::Update));
         } else if (allUpToDate) {
             updateButton->setText(tr("Close"));
         } else {
             updateButton->setText(tr("Update"));
-            updateButton->setIcon(buttonIcon(WarningPicture));
+            updateButton->setIcon(Pictures::icon(Pictures::Warning));
         }
         if (allUpToDate) {
             connect(updateButton, SIGNAL(clicked(bool)), qApp, SLOT(quit()));
@@ -147,26 +124,27 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
     auto *buttonRow = new QHBoxLayout;
     buttonRow->addStretch();
     // Not the order of the tests above: a drive that needs both is confirmed with "Update Firmware".
-    startButton = new QPushButton(this);
+    startButton = newButton("startButton");
     if (allUpToDate) {
         startButton->setText(tr("Update Firmware and Configuration"));
-        startButton->setIcon(buttonIcon(UpdatePicture));
+        startButton->setIcon(Pictures::icon(Pictures::Update));
     } else if (firmwareRequired) {
         startButton->setText(tr("Update Firmware"));
-        startButton->setIcon(buttonIcon(UpdatePicture));
+        startButton->setIcon(Pictures::icon(Pictures::Update));
     } else if (configurationRequired) {
         startButton->setText(tr("Update Configuration"));
-        startButton->setIcon(buttonIcon(UpdatePicture));
+        startButton->setIcon(Pictures::icon(Pictures::Update));
     } else {
         startButton->setText(tr("Update"));
-        startButton->setIcon(buttonIcon(WarningPicture));
+        startButton->setIcon(Pictures::icon(Pictures::Warning));
     }
     startButton->hide();
     connect(startButton, SIGNAL(clicked(bool)), this, SLOT(startUpdate()));
     buttonRow->addWidget(startButton);
     buttonRow->addStretch();
 
-    cancelButton = new QPushButton(tr("Cancel"), this);
+    cancelButton = newButton("cancelButton");
+    cancelButton->setText(tr("Cancel"));
     cancelButton->hide();
     connect(cancelButton, SIGNAL(clicked(bool)), mainWindow, SLOT(cancelUpdate()));
     buttonRow->addWidget(cancelButton);
@@ -185,7 +163,8 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
     progressRow->addStretch();
     layout->addLayout(progressRow);
 
-    finishButton = new QPushButton(tr("Finish"), this);
+    finishButton = newButton("finishButton");
+    finishButton->setText(tr("Finish"));
     finishButton->hide();
     connect(finishButton, SIGNAL(clicked(bool)), qApp, SLOT(quit()));
     layout->addWidget(finishButton, 0, Qt::AlignCenter);
@@ -222,6 +201,7 @@ void DeviceLayout::updateInProgess()
     hideUpdateButton();
     startButton->hide();
     cancelButton->hide();
+    progressBar->setAccessibleName(tr("Updating the device"));
     progressBar->show();
     finishButton->hide();
     update();
@@ -250,9 +230,10 @@ void DeviceLayout::restartDevice()
     modelNameLabel->setText(successLine());
     firmwareVersionLabel->hide();
     firmwareStatusLabel->hide();
-    firmwareStatusIcon->setPixmap(scaledPicture(WarningPicture, DevicePictureSize));
+    setPicture(firmwareStatusIcon, Pictures::Warning, DevicePictureSize, tr("Warning"));
     configurationStatusLabel->setText(takeText(messageSuccess()));
     configurationStatusIcon->hide();
+    progressBar->setAccessibleName(tr("Waiting for the device to be powered off and on"));
     progressBar->show();
     hideUpdateButton();
     startButton->hide();
@@ -266,7 +247,7 @@ void DeviceLayout::updateFailure()
     modelNameLabel->setText(takeText(messageModelName()));
     firmwareVersionLabel->hide();
     firmwareStatusLabel->hide();
-    firmwareStatusIcon->setPixmap(scaledPicture(ErrorPicture, DevicePictureSize));
+    setPicture(firmwareStatusIcon, Pictures::Error, DevicePictureSize, tr("Error"));
     configurationStatusLabel->setText(takeText(messageFailure()));
     configurationStatusIcon->hide();
     hideUpdateButton();
@@ -292,6 +273,7 @@ void DeviceLayout::startUpdate()
 QLabel *DeviceLayout::getIcon()
 {
     QString path;
+    QString name = tr("Picture of the Tarvo %1").arg(printable(textFrom(deviceInfo.modelName)));
     if (deviceInfo.vendorId == Vendor::Usb) {
         char buffer[512];
         std::snprintf(buffer, sizeof buffer, ":/firmwareUpdater/device/0x0E7A/%04X.png",
@@ -300,13 +282,14 @@ QLabel *DeviceLayout::getIcon()
     } else if (deviceInfo.vendorId == Vendor::FireWire) {
         path = QString(":/firmwareUpdater/device/0xC5E2/%1.png").arg(textFrom(deviceInfo.modelName));
     } else {
-        path = WarningPicture;
+        path = Pictures::Warning;
+        name = tr("Warning");
     }
     if (path.isNull()) {
         path = ":/firmwareUpdater/device/UnknownDevice.png";
     }
     auto *icon = new QLabel;
-    icon->setPixmap(scaledPicture(path, DevicePictureSize));
+    setPicture(icon, path, DevicePictureSize, name);
     return icon;
 }
 
@@ -340,18 +323,18 @@ QLabel *DeviceLayout::messageFirmwareVersion()
 QLabel *DeviceLayout::messageFirmwareStatus()
 {
     if (deviceInfo.chipsetType == Chipset::NotSupported) {
-        firmwareStatusIcon = newStatusIcon(WarningPicture);
+        firmwareStatusIcon = newStatusIcon(Pictures::Warning, tr("Not supported"));
         return newTextLabel(QString("<b>%1</b>").arg(tr("Device not supported !")));
     }
     switch (deviceInfo.firmwareStatus) {
     case Status::UpdateRequired:
-        firmwareStatusIcon = newStatusIcon(UpdatePicture);
+        firmwareStatusIcon = newStatusIcon(Pictures::Update, tr("Update required"));
         return newTextLabel(tr("Firmware: Update required!"));
     case Status::UpToDate:
-        firmwareStatusIcon = newStatusIcon(OkPicture);
+        firmwareStatusIcon = newStatusIcon(Pictures::Ok, tr("Up to date"));
         return newTextLabel(tr("Firmware: Up to date."));
     default:
-        firmwareStatusIcon = newStatusIcon(WarningPicture);
+        firmwareStatusIcon = newStatusIcon(Pictures::Warning, tr("Unknown status"));
         return newTextLabel(tr("Firmware: Unknown status!"));
     }
 }
@@ -364,13 +347,13 @@ QLabel *DeviceLayout::messageConfigurationStatus()
     }
     switch (deviceInfo.configurationStatus) {
     case Status::UpdateRequired:
-        configurationStatusIcon = newStatusIcon(UpdatePicture);
+        configurationStatusIcon = newStatusIcon(Pictures::Update, tr("Update required"));
         return newTextLabel(tr("Configuration: Update required!"));
     case Status::UpToDate:
-        configurationStatusIcon = newStatusIcon(OkPicture);
+        configurationStatusIcon = newStatusIcon(Pictures::Ok, tr("Up to date"));
         return newTextLabel(tr("Configuration: Up to date."));
     default:
-        configurationStatusIcon = newStatusIcon(WarningPicture);
+        configurationStatusIcon = newStatusIcon(Pictures::Warning, tr("Unknown status"));
         return newTextLabel(tr("Configuration: Unknown status!"));
     }
 }
@@ -431,6 +414,39 @@ QLabel *DeviceLayout::messageFailure()
                             .arg(tr("Error while updating your Tarvo "))
                             .arg(textFrom(deviceInfo.modelName))
                             .arg(tr(" device. Please retry.")));
+}
+
+QLabel *DeviceLayout::newStatusIcon(const char *path, const QString &name) const
+{
+    auto *icon = new QLabel;
+    setPicture(icon, path, StatusPictureSize, name);
+    return icon;
+}
+
+/// `name` is what a screen reader says; a picture that does not exist has none.
+void DeviceLayout::setPicture(QLabel *label, const QString &path, int size, const QString &name) const
+{
+    const auto *window = qobject_cast<const QWidget *>(mainWindow);
+    const QPixmap picture =
+        Pictures::scaled(path, size, window != nullptr ? window->devicePixelRatioF() : devicePixelRatioF());
+    label->setPixmap(picture);
+    label->setAccessibleName(picture.isNull() ? QString() : name);
+}
+
+/// A button of the page. The main window finds it by its object name.
+QPushButton *DeviceLayout::newButton(const char *name)
+{
+    auto *button = new QPushButton(this);
+    button->setObjectName(name);
+    button->setAccessibleDescription(driveName());
+    return button;
+}
+
+/// What tells the drive from others of its model, in printable characters.
+QString DeviceLayout::driveName() const
+{
+    return tr("Tarvo %1, serial number %2")
+        .arg(printable(textFrom(deviceInfo.modelName)), printable(textFrom(deviceInfo.serialNumber)));
 }
 
 /// The first line of a page whose drive was updated.

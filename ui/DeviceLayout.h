@@ -56,6 +56,10 @@ private slots:
     void startUpdate();
 
 private:
+    QPushButton *newButton(const char *name);
+    QLabel *newStatusIcon(const char *path, const QString &name) const;
+    void setPicture(QLabel *label, const QString &path, int size, const QString &name) const;
+    QString driveName() const;
     QString successLine() const;
     QString restartInstruction() const;
     void hideUpdateButton();

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "tests/support/DeviceRecords.h"
+#include "tests/ui/WindowFixture.h"
+
+#include <QTest>
+
+/// Every look that the window has.
+const QStringList Looks{"no drive", "list", "confirmation", "in progress", "restart", "success", "failure"};
+
+/// One drive that needs an update, one that needs none, one of unknown status and one that is not supported.
+inline QVector<DeviceInfo> mixedDrives()
+{
+    DeviceInfo upToDate = DeviceRecords::fireWireDrive("B");
+    upToDate.firmwareStatus = Status::UpToDate;
+    upToDate.configurationStatus = Status::UpToDate;
+    DeviceInfo unknown = DeviceRecords::usbDrive("C");
+    unknown.firmwareStatus = 7;
+    unknown.configurationStatus = 0;
+    DeviceInfo notSupported = DeviceRecords::usbDrive("D");
+    notSupported.chipsetType = Chipset::NotSupported;
+    return {DeviceRecords::usbDrive("A"), upToDate, unknown, notSupported};
+}
+
+/// Takes a window that shows no drive to the look; the drive that is updated is called "A".
+inline void bringTo(WindowFixture &fixture, const QString &look)
+{
+    ScriptedPlatform::holdFlashes();
+    if (look == "list") {
+        fixture.deliver(mixedDrives());
+    } else if (look != "no drive") {
+        fixture.deliver(
+            {look == "success" ? DeviceRecords::fireWireDrive("A") : DeviceRecords::usbDrive("A")});
+        QVERIFY(fixture.click("Update Firmware and Configuration"));
+    }
+    if (look == "in progress" || look == "restart" || look == "success" || look == "failure") {
+        QVERIFY(fixture.click("Update Firmware"));
+    }
+    if (look == "restart" || look == "success" || look == "failure") {
+        fixture.finish(look != "failure");
+    }
+    QCoreApplication::processEvents();
+}
