@@ -4,6 +4,7 @@
 #include "companion/QDKUtilities.h"
 #include "devices/DeviceDiscoveryThread.h"
 #include "ui/DeviceLayout.h"
+#include "ui/PageState.h"
 #include "update/UpdateDeviceThread.h"
 
 #include <QApplication>
@@ -25,6 +26,18 @@ namespace {
 constexpr int DevicesPerRow = 3;
 constexpr const char *Version = TarvoVersion;
 constexpr const char *LogoPath = ":/firmwareUpdater/TarvoLogo.png";
+
+QLabel *newVersionLabel()
+{
+    auto *label = new QLabel(QString("Orvi: %1").arg(Version));
+    QFont font = QApplication::font();
+    font.setStyle(QFont::StyleItalic);
+    font.setPixelSize(10);
+    label->setFixedHeight(12);
+    label->setFont(font);
+    return label;
+}
+
 } // namespace
 
 MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
@@ -71,7 +84,8 @@ void MainWindow::updateWindow()
     auto *column = new QVBoxLayout;
     column->addStretch();
 
-    if (!warnOfCompanion()) {
+    const bool warned = warnOfCompanion();
+    if (!warned) {
         if (deviceList.empty()) {
             addNoDriveMessage(column);
         } else {
@@ -80,16 +94,16 @@ void MainWindow::updateWindow()
     }
     container->setLayout(column);
     scrollArea->setWidget(container);
+    if (updateState == Idle && !deviceList.empty() && !warned) {
+        scrollArea->setAccessibleName(tr("Devices: %1").arg(deviceList.size()));
+    } else {
+        describeLook(scrollArea);
+    }
+    followFocus(scrollArea);
 
-    auto *versionLabel = new QLabel(QString("Orvi: %1").arg(Version));
-    QFont versionFont = QApplication::font();
-    versionFont.setStyle(QFont::StyleItalic);
-    versionFont.setPixelSize(10);
-    versionLabel->setFixedHeight(12);
-    versionLabel->setFont(versionFont);
     auto *footer = new QHBoxLayout;
     footer->setContentsMargins(0, 0, 0, 0);
-    footer->addWidget(versionLabel);
+    footer->addWidget(newVersionLabel());
 
     auto *pageLayout = new QVBoxLayout;
     pageLayout->setContentsMargins(0, 0, 0, 0);
@@ -97,14 +111,23 @@ void MainWindow::updateWindow()
     pageLayout->addLayout(footer);
     auto *page = new QWidget;
     page->setLayout(pageLayout);
+    showPage(page);
+    update();
+}
 
+/// Puts the page in the place of the one on the stack.
+void MainWindow::showPage(QWidget *page)
+{
     pageStack->insertWidget(0, page);
     QWidget *previousPage = pageStack->widget(1);
+    const PageState state(*previousPage);
+    // Before the old page goes: on its way to the button the focus would stop at the scroll area.
+    state.moveFocusTo(*page);
     pageStack->removeWidget(previousPage);
     delete previousPage;
 
     resizeWindow(static_cast<int>(deviceList.size()));
-    update();
+    state.scrollAndAnnounce(*page);
 }
 
 /// True when the companion product is installed and the user has now been told so, once a run.
@@ -122,6 +145,11 @@ bool MainWindow::warnOfCompanion()
     box.setWindowIcon(QIcon(LogoPath));
     box.setDefaultButton(QMessageBox::Ok);
     box.button(QMessageBox::Ok)->setText(tr("Ok"));
+    for (QLabel *label : box.findChildren<QLabel *>()) {
+        if (label->text().isEmpty()) {
+            label->setAccessibleName(tr("Warning")); // the picture
+        }
+    }
     if (box.exec() == QMessageBox::Ok) {
         quitAtStartup = true;
     }

@@ -60,6 +60,7 @@ private slots:
     void updateDeviceList(QVector<DeviceInfo> deviceList);
 
 private:
+    void showPage(QWidget *page);
     bool warnOfCompanion();
     void addNoDriveMessage(QBoxLayout *column);
     void addDevicePages(QBoxLayout *column);
