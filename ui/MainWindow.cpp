@@ -4,6 +4,7 @@
 #include "companion/QDKUtilities.h"
 #include "devices/DeviceDiscoveryThread.h"
 #include "ui/DeviceLayout.h"
+#include "ui/DialogKeys.h"
 #include "ui/PageState.h"
 #include "update/UpdateDeviceThread.h"
 
@@ -58,6 +59,7 @@ MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
     auto *layout = new QVBoxLayout;
     layout->addWidget(pageStack);
     setLayout(layout);
+    addDialogKeys(this);
 
     deviceList.clear();
     updateWindow();
