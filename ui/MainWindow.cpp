@@ -5,6 +5,7 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "ui/DeviceLayout.h"
 #include "ui/DialogKeys.h"
+#include "ui/LightPalette.h"
 #include "ui/PageState.h"
 #include "update/UpdateDeviceThread.h"
 
@@ -48,9 +49,7 @@ MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
     titleLabel = new QLabel(tr("Tarvo Firmware Updater"));
     setWindowTitle(titleLabel->text());
 
-    QPalette whiteBackground = palette();
-    whiteBackground.setBrush(QPalette::All, QPalette::Window, Qt::white);
-    setPalette(whiteBackground);
+    setPalette(lightPalette());
 
     auto *blankPage = new QWidget(this);
     pageStack = new QStackedWidget(this);
