@@ -18,7 +18,7 @@ class UpdateDeviceThread;
  * The program's only window: takes the device lists, drives the one update that may be under way, and
  * rebuilds what it shows from scratch whenever either changes.
  *
- * Everything here runs on the user interface thread; lists and results arrive queued from theirs.
+ * Everything here runs on the GUI thread; lists and results arrive queued from theirs.
  */
 class MainWindow : public QWidget
 {
