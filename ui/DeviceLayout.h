@@ -13,8 +13,8 @@ class QPushButton;
  *
  * Only contentWidget is shown; the page itself stays hidden behind it, relays the buttons to the main
  * window, and is deleted through the event loop once contentWidget is gone. A page is built in its initial
- * look and takes at most one other, by one call of a state function; it never goes back. User interface
- * thread only.
+ * look and takes at most one other, by one call of a state function; it never goes back. GUI thread
+ * only.
  */
 class DeviceLayout : public QWidget
 {
