@@ -1,340 +1,203 @@
 #include "bench/panel/DriveRow.h"
 
-#include "bench/core/Text.h"
+#include "bench/panel/DriveButtons.h"
+#include "bench/panel/DriveTexts.h"
 #include "bench/panel/ElidedLabel.h"
-#include "bench/panel/FaultMenu.h"
+#include "bench/panel/PanelPalette.h"
 
+#include <QBoxLayout>
 #include <QGridLayout>
 #include <QIcon>
 #include <QLabel>
-#include <QLocale>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QStackedWidget>
 
 #include <algorithm>
-#include <chrono>
 
 namespace bench {
 
 namespace {
 
-constexpr std::chrono::milliseconds PowerCyclePause(3000);
 constexpr int PictureSize = 48;
-const QColor SecondaryColour(0x60, 0x60, 0x60);
-const QColor LineColour(0xDD, 0xDD, 0xDD);
+constexpr int Spacing = 8;
 
-enum Column { PictureColumn, NameColumn, CaptionColumn, VersionColumn, StatusColumn, ButtonColumn };
-
-constexpr std::int32_t UpdateRequired = 1;
-constexpr std::int32_t UpToDate = 2;
-
-void setTextColour(QWidget *widget, const QColor &colour)
+void setTextColor(QWidget *widget, const QColor &color)
 {
     QPalette palette = widget->palette();
-    palette.setColor(QPalette::WindowText, colour);
+    palette.setColor(QPalette::WindowText, color);
     widget->setPalette(palette);
 }
 
-QString versions(const QString &firmware, const QString &configuration)
+QGridLayout *addGrid(QWidget *widget)
 {
-    return firmware.isEmpty() ? DriveRow::tr("none")
-                              : DriveRow::tr("%1, conf. %2").arg(escaped(firmware), escaped(configuration));
+    auto *const grid = new QGridLayout(widget);
+    grid->setContentsMargins(0, 0, 0, 0);
+    grid->setHorizontalSpacing(Spacing);
+    grid->setVerticalSpacing(0);
+    for (int line = 0; line < 3; ++line) {
+        grid->setRowMinimumHeight(line, widget->fontMetrics().height() + 2);
+    }
+    return grid;
 }
 
-QString progressText(const Drive &drive)
+ElidedLabel *addLabel(QGridLayout *grid, int line, int column)
 {
-    const std::int64_t left = std::max<std::int64_t>(0, drive.bytesToWrite - drive.bytesWritten);
-    const QLocale locale;
-    return DriveRow::tr("%1 of %2 bytes, %3 s left")
-        .arg(locale.toString(qlonglong(drive.bytesWritten)), locale.toString(qlonglong(drive.bytesToWrite)),
-            locale.toString(qlonglong((left + drive.flashRate - 1) / drive.flashRate)));
-}
-
-/// What the status of a drive that works means for a person.
-QString readyText(const DriveRecord &record)
-{
-    const bool firmware = record.firmwareStatus == UpdateRequired;
-    const bool configuration = record.configurationStatus == UpdateRequired;
-    if (record.firmwareStatus == 0 || record.configurationStatus == 0) {
-        return DriveRow::tr("Status not known yet");
-    }
-    if (record.chipsetType == 0) {
-        return DriveRow::tr("No updater for its bridge");
-    }
-    if (firmware && configuration) {
-        return DriveRow::tr("Needs firmware and configuration");
-    }
-    if (firmware) {
-        return DriveRow::tr("Needs firmware");
-    }
-    if (configuration) {
-        return DriveRow::tr("Needs configuration");
-    }
-    if (record.firmwareStatus == UpToDate && record.configurationStatus == UpToDate) {
-        return DriveRow::tr("Up to date");
-    }
-    return DriveRow::tr("Status unknown");
-}
-
-QString restartText(Restart restart)
-{
-    return restart == Restart::PowerButton ? DriveRow::tr("Updated: press power-cycle")
-                                           : DriveRow::tr("Updated: unplug it and plug it in");
+    auto *const label = new ElidedLabel(grid->parentWidget());
+    grid->addWidget(label, line, column);
+    return label;
 }
 
 } // namespace
 
-DriveRow::DriveRow(Bench *bench, const Drive &drive, QWidget *parent)
-    : QFrame(parent), bench(bench), serialNumber(drive.serial)
+DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent)
+    : QFrame(parent), serial(drive.serial), model(drive.model)
 {
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    auto *const grid = new QGridLayout(this);
-    grid->setContentsMargins(16, 12, 16, 0);
-    grid->setHorizontalSpacing(16);
-    grid->setVerticalSpacing(0);
-
-    addTexts(drive);
-    addButtons();
+    parts = new QBoxLayout(QBoxLayout::LeftToRight);
+    parts->setContentsMargins(Spacing, Spacing, Spacing, Spacing);
+    parts->addWidget(addFacts(drive.catalogueModel()), 0, Qt::AlignTop);
+    buttons = new DriveButtons(benchDirectory, drive, this);
+    connect(buttons, &DriveButtons::pressed, this, &DriveRow::pressed);
+    parts->addWidget(buttons, 0, Qt::AlignLeft | Qt::AlignVCenter);
+    parts->addWidget(addState(), 1, Qt::AlignTop);
 
     auto *const line = new QFrame(this);
     line->setFrameStyle(int(QFrame::HLine) | int(QFrame::Plain));
-    setTextColour(line, LineColour);
-    grid->setRowMinimumHeight(3, 12);
-    grid->addWidget(line, 4, 0, 1, -1);
+    setTextColor(line, LineColor);
+    auto *const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(parts);
+    column->addWidget(line);
 
-    powerOff.setSingleShot(true);
-    powerOff.setTimerType(Qt::PreciseTimer);
-    powerOff.setInterval(PowerCyclePause);
-    connect(&powerOff, &QTimer::timeout, this, [this] {
-        QString problem;
-        tell(this->bench->plug(serialNumber, &problem), problem);
-    });
+    arrange(false);
+    narrowWidth = parts->minimumSize().width();
+    arrange(true);
+    wideWidth = parts->minimumSize().width();
 }
 
-DriveRow::~DriveRow()
+QWidget *DriveRow::addFacts(const Model &model)
 {
-    if (powerOff.isActive()) {
-        QString ignored;
-        bench->plug(serialNumber, &ignored);
-    }
-}
-
-void DriveRow::addTexts(const Drive &drive)
-{
-    auto *const grid = static_cast<QGridLayout *>(layout());
-    const auto addLabel = [this, grid](int line, int column) {
-        auto *const label = new ElidedLabel(this);
-        grid->addWidget(label, line, column);
-        return label;
-    };
-
-    auto *const picture = new QLabel(this);
+    auto *const area = new QWidget(this);
+    facts = addGrid(area);
+    auto *const picture = new QLabel(area);
     picture->setFixedSize(PictureSize, PictureSize);
-    picture->setPixmap(QIcon(drive.catalogueModel().picture()).pixmap(PictureSize, PictureSize));
-    grid->addWidget(picture, 0, PictureColumn, 3, 1);
+    picture->setPixmap(QIcon(QString::fromStdString(model.picture())).pixmap(PictureSize, PictureSize));
+    facts->addWidget(picture, 0, 0, 3, 1);
 
-    ElidedLabel *const name = addLabel(0, NameColumn);
+    ElidedLabel *const name = addLabel(facts, 0, 1);
     QFont bold = font();
     bold.setBold(true);
     name->setFont(bold);
-    name->setText(drive.model);
-    serialLabel = addLabel(1, NameColumn);
-    bridgeLabel = addLabel(2, NameColumn);
-    setTextColour(bridgeLabel, SecondaryColour);
+    name->setText(QString::fromLatin1(model.name));
+    serialLabel = addLabel(facts, 1, 1);
+    bridgeLabel = addLabel(facts, 2, 1);
+    setTextColor(bridgeLabel, SecondaryTextColor);
 
     const QStringList captions{tr("Running"), tr("In flash"), tr("On offer")};
     for (int line = 0; line < captions.size(); ++line) {
-        auto *const caption = new QLabel(captions.at(line), this);
-        setTextColour(caption, SecondaryColour);
-        grid->addWidget(caption, line, CaptionColumn);
+        auto *const caption = new QLabel(captions.at(line), area);
+        setTextColor(caption, SecondaryTextColor);
+        facts->addWidget(caption, line, 2);
     }
-    runningLabel = addLabel(0, VersionColumn);
-    flashLabel = addLabel(1, VersionColumn);
-    offerLabel = addLabel(2, VersionColumn);
-
-    pluggedLabel = addLabel(0, StatusColumn);
-    statusLabel = addLabel(1, StatusColumn);
-    lastLine = new QStackedWidget(this);
-    faultLabel = new ElidedLabel(lastLine);
-    setTextColour(faultLabel, SecondaryColour);
-    progress = new QProgressBar(lastLine);
-    progress->setTextVisible(false);
-    progress->setAccessibleName(tr("Flash of %1").arg(escaped(serialNumber)));
-    lastLine->addWidget(faultLabel);
-    lastLine->addWidget(progress);
-    lastLine->setFixedHeight(fontMetrics().height());
-    grid->addWidget(lastLine, 2, StatusColumn);
+    runningLabel = addLabel(facts, 0, 3);
+    flashLabel = addLabel(facts, 1, 3);
+    offerLabel = addLabel(facts, 2, 3);
 
     // Widths that depend on no drive, so that the columns of all rows are aligned.
-    name->ensurePolished();
-    int nameWidth = 0;
-    for (const Model &model : models()) {
-        nameWidth = std::max(nameWidth, name->fontMetrics().horizontalAdvance(model.name));
+    for (const Model &other : models()) {
+        const QString text = QString::fromLatin1(other.name);
+        nameWidth = std::max(nameWidth, QFontMetrics(bold).horizontalAdvance(text));
     }
-    const int letter = fontMetrics().averageCharWidth();
-    grid->setColumnMinimumWidth(NameColumn, nameWidth + letter);
-    grid->setColumnMinimumWidth(VersionColumn, 15 * letter);
-    grid->setColumnMinimumWidth(StatusColumn, 36 * letter);
-    grid->setColumnStretch(NameColumn, 1);
-    grid->setColumnStretch(StatusColumn, 1);
-    for (int line = 0; line < captions.size(); ++line) {
-        grid->setRowMinimumHeight(line, fontMetrics().height() + 2);
-    }
+    facts->setColumnMinimumWidth(3, fontMetrics().horizontalAdvance(QStringLiteral("0.00, conf. 00 ")));
+    facts->setColumnStretch(1, 1);
+    return area;
 }
 
-void DriveRow::addButtons()
+QWidget *DriveRow::addState()
 {
-    auto *const buttons = new QGridLayout;
-    buttons->setSpacing(6);
-    static_cast<QGridLayout *>(layout())->addLayout(buttons, 0, ButtonColumn, 3, 1, Qt::AlignVCenter);
-    const auto addButton = [this, buttons](const QString &text, const QString &name, int line, int column) {
-        auto *const button = new QPushButton(text, this);
-        button->setAccessibleName(name.arg(escaped(serialNumber)));
-        buttons->addWidget(button, line, column);
-        return button;
-    };
+    auto *const lines = new QWidget(this);
+    QGridLayout *const table = addGrid(lines);
+    pluggedLabel = addLabel(table, 0, 0);
+    statusLabel = addLabel(table, 1, 0);
+    updateLabel = addLabel(table, 2, 0);
+    setTextColor(updateLabel, SecondaryTextColor);
 
-    unplugButton = addButton(tr("Unplug"), tr("Unplug %1"), 0, 0);
-    connect(unplugButton, &QPushButton::clicked, this, [this] {
-        QString problem;
-        tell(bench->unplug(serialNumber, &problem), problem);
-    });
-    plugButton = addButton(tr("Plug"), tr("Plug %1"), 0, 1);
-    connect(plugButton, &QPushButton::clicked, this, [this] {
-        powerOff.stop();
-        QString problem;
-        tell(bench->plug(serialNumber, &problem), problem);
-    });
-    powerCycleButton = addButton(tr("Power-cycle"), tr("Power-cycle %1"), 1, 0);
-    connect(powerCycleButton, &QPushButton::clicked, this, &DriveRow::powerCycle);
-
-    faultButton = addButton(tr("Faults"), tr("Faults of %1"), 1, 1);
-    faultMenu = new FaultMenu(faultButton);
-    faultButton->setMenu(faultMenu);
-    connect(faultMenu, &FaultMenu::faultChosen, this, [this](const Fault &fault) {
-        QString problem;
-        tell(bench->setFault(serialNumber, fault, &problem), problem);
-    });
-    connect(faultMenu, &FaultMenu::faultDropped, this, [this](const QString &name) {
-        QString problem;
-        tell(bench->clearFault(serialNumber, name, &problem), problem);
-    });
-    connect(faultMenu, &FaultMenu::allDropped, this, [this] {
-        QString problem;
-        tell(bench->clearFault(serialNumber, QString(), &problem), problem);
-    });
-
-    for (QPushButton *button : {unplugButton, plugButton, powerCycleButton, faultButton}) {
-        button->setFixedWidth(powerCycleButton->sizeHint().width());
-    }
+    lastLine = new QStackedWidget(lines);
+    lastLine->setFixedHeight(fontMetrics().height());
+    faultLabel = new ElidedLabel(lastLine);
+    setTextColor(faultLabel, SecondaryTextColor);
+    lastLine->addWidget(faultLabel);
+    progress = new QProgressBar(lastLine);
+    progress->setTextVisible(false);
+    progress->setAccessibleName(tr("Flash of %1").arg(shown(serial)));
+    lastLine->addWidget(progress);
+    table->addWidget(lastLine, 3, 0);
+    table->setColumnMinimumWidth(0, 36 * fontMetrics().averageCharWidth());
+    return lines;
 }
 
-void DriveRow::tell(bool done, const QString &problem)
+/// The three parts side by side, or one below the other.
+void DriveRow::arrange(bool isWide)
 {
-    emit pressed(done ? QString() : problem);
+    parts->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    parts->setSpacing(isWide ? 2 * Spacing : Spacing);
+    facts->setColumnMinimumWidth(1, isWide ? nameWidth : nameWidth / 2);
+    buttons->arrange(isWide);
 }
 
-void DriveRow::powerCycle()
+void DriveRow::resizeEvent(QResizeEvent *event)
 {
-    QString problem;
-    const bool done = bench->unplug(serialNumber, &problem);
-    if (done) {
-        powerOff.start();
-    }
-    tell(done, problem);
+    arrange(width() >= wideWidth);
+    QFrame::resizeEvent(event);
+}
+
+QSize DriveRow::minimumSizeHint() const
+{
+    return {narrowWidth, QFrame::minimumSizeHint().height()};
 }
 
 bool DriveRow::hasOpenMenu() const
 {
-    return faultMenu->isVisible();
+    return buttons->hasOpenMenu();
 }
 
-void DriveRow::showDrive(const Drive &drive)
+void DriveRow::showDrive(const Drive &drive, const DeviceInfo &record)
 {
-    if (drive.plugged) {
-        powerOff.stop();
-    }
-    const DriveRecord record = bench->record(drive);
-    const DriveState state = bench->state(drive);
+    buttons->showDrive(drive);
+    const bool isWritten = drive.state() == DriveState::Writing;
     serialLabel->setText(drive.reportedSerial == drive.serial
-            ? escaped(drive.serial)
-            : tr("%1, goes by %2").arg(escaped(drive.serial), escaped(drive.reportedSerial)));
-    bridgeLabel->setText(tr("%1, %2").arg(drive.catalogueModel().isFireWire() ? tr("FireWire") : tr("USB"),
-        drive.chipset == 0 ? tr("no updater") : bridgeName(drive.chipset)));
+            ? shown(drive.serial)
+            : tr("%1, goes by %2").arg(shown(drive.serial), shown(drive.reportedSerial)));
+    bridgeLabel->setText(tr("%1, %2").arg(QString::fromLatin1(drive.catalogueModel().busName()),
+        drive.chipset == Chipset::NotSupported ? tr("no updater")
+                                               : QString::fromLatin1(bridgeName(drive.chipset))));
     runningLabel->setText(
-        drive.plugged ? versions(drive.runningFirmware, drive.runningConfiguration) : tr("–"));
-    flashLabel->setText(state == DriveState::Writing ? tr("being written")
-            : drive.torn                             ? tr("torn")
-                         : versions(drive.flashFirmware, drive.flashConfiguration));
-    offerLabel->setText(escaped(record.newFirmwareVersion));
-    showStatus(drive, record, state);
-    showFaults(drive.faults);
-    showPlugged(drive.plugged);
-    faultButton->setEnabled(true);
-}
-
-void DriveRow::showUnreadable()
-{
-    pluggedLabel->clear();
-    statusLabel->setText(tr("Its file cannot be read"));
-    for (QPushButton *button : {unplugButton, plugButton, powerCycleButton, faultButton}) {
-        button->setEnabled(false);
-    }
-}
-
-void DriveRow::showStatus(const Drive &drive, const DriveRecord &record, DriveState state)
-{
+        drive.plugged ? versionsText(drive.runningFirmware, drive.runningConfiguration) : tr("–"));
+    flashLabel->setText(isWritten ? tr("being written")
+            : drive.incomplete    ? tr("incomplete")
+                                  : versionsText(drive.flashFirmware, drive.flashConfiguration));
+    offerLabel->setText(shown(record.newFirmwareVersion));
     pluggedLabel->setText(!drive.plugged ? tr("Unplugged")
             : drive.mounted              ? tr("Plugged in, volumes mounted")
                                          : tr("Plugged in, volumes not mounted"));
-    switch (state) {
-    case DriveState::Unplugged:
-        statusLabel->setText(powerOff.isActive() ? tr("Comes back by itself") : QString());
-        break;
-    case DriveState::Silent:
-        statusLabel->setText(tr("Does not answer"));
-        break;
-    case DriveState::Writing:
-        statusLabel->setText(progressText(drive));
-        break;
-    case DriveState::BootRom:
-        statusLabel->setText(tr("Boot ROM: update it again"));
-        break;
-    case DriveState::RestartNeeded:
-        statusLabel->setText(restartText(drive.catalogueModel().restart));
-        break;
-    case DriveState::Ready:
-        statusLabel->setText(readyText(record));
-        break;
-    }
+    const int secondsUntilBack = buttons->secondsUntilBack();
+    statusLabel->setText(secondsUntilBack > 0 ? tr("Comes back by itself in %1 s").arg(secondsUntilBack)
+                                              : stateText(drive, record));
+    const std::string lastUpdate = drive.lastUpdateText();
+    updateLabel->setText(
+        lastUpdate.empty() ? QString() : tr("Last update: %1").arg(QString::fromStdString(lastUpdate)));
+    faultLabel->setText(faultsText(drive.faults));
     progress->setMaximum(static_cast<int>(std::max<std::int64_t>(1, drive.bytesToWrite)));
     progress->setValue(static_cast<int>(drive.bytesWritten));
-    lastLine->setCurrentWidget(state == DriveState::Writing ? static_cast<QWidget *>(progress) : faultLabel);
+    lastLine->setCurrentWidget(isWritten ? static_cast<QWidget *>(progress) : faultLabel);
 }
 
-void DriveRow::showPlugged(bool plugged)
+void DriveRow::showGone()
 {
-    QPushButton *const possible = plugged ? unplugButton : plugButton;
-    QPushButton *const impossible = plugged ? plugButton : unplugButton;
-    possible->setEnabled(true);
-    // A disabled button loses the focus: the one that undoes it takes it, for who works with the keyboard.
-    if (impossible->hasFocus() || (!plugged && powerCycleButton->hasFocus())) {
-        possible->setFocus();
-    }
-    impossible->setEnabled(false);
-    powerCycleButton->setEnabled(plugged);
-}
-
-void DriveRow::showFaults(const QVector<Fault> &faults)
-{
-    QStringList titles;
-    for (const Fault &fault : faults) {
-        titles.append(fault.once ? tr("%1, once").arg(FaultMenu::title(fault)) : FaultMenu::title(fault));
-    }
-    faultLabel->setText(
-        titles.isEmpty() ? QString() : tr("Fault: %1").arg(titles.join(QStringLiteral("; "))));
-    faultMenu->showFaults(faults);
+    pluggedLabel->clear();
+    statusLabel->setText(tr("No longer on the bench"));
+    buttons->setEnabled(false);
 }
 
 } // namespace bench

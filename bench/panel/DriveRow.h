@@ -1,71 +1,74 @@
 #pragma once
 
-#include "bench/core/Bench.h"
+#include "bench/core/Drive.h"
+#include "devices/DeviceInfo.h"
 
 #include <QFrame>
-#include <QTimer>
 
-class QLabel;
+#include <string>
+
+class QBoxLayout;
+class QGridLayout;
 class QProgressBar;
-class QPushButton;
 class QStackedWidget;
 
 namespace bench {
 
+class DriveButtons;
 class ElidedLabel;
-class FaultMenu;
 
-/// One drive of the bench: what it is, how it is, and the buttons of a hand that holds it.
+/// One drive of the bench: what it is, how it is, and its buttons.
 class DriveRow : public QFrame
 {
     Q_OBJECT
 
 public:
-    /// `bench` outlives the row. The row is empty until showDrive().
-    DriveRow(Bench *bench, const Drive &drive, QWidget *parent);
-    /// Ends a power-cycle that is under way: the drive is not left unplugged.
-    ~DriveRow() override;
+    /// The row shows no state until showDrive().
+    DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent);
 
-    QString serial() const { return serialNumber; }
+    bool isOf(const Drive &drive) const { return drive.serial == serial && drive.model == model; }
     bool hasOpenMenu() const;
+    QSize minimumSizeHint() const override;
 
-    /// Shows the drive as it is now.
-    void showDrive(const Drive &drive);
-    /// Shows that the drive's file is there but cannot be read.
-    void showUnreadable();
+    /// Shows the drive as it is now and as discovery would report it.
+    void showDrive(const Drive &drive, const DeviceInfo &record);
+    /// Shows that the drive is no longer on the bench.
+    void showGone();
 
 signals:
-    /// A button was pressed; `problem` says why it had no effect, and is empty when it had one.
-    void pressed(const QString &problem);
+    /// A button was pressed; `refusal` says why it had no effect, and is empty when it had one.
+    void pressed(const QString &refusal);
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
-    void addTexts(const Drive &drive);
-    void addButtons();
-    void tell(bool done, const QString &problem);
-    void powerCycle();
-    void showStatus(const Drive &drive, const DriveRecord &record, DriveState state);
-    void showPlugged(bool plugged);
-    void showFaults(const QVector<Fault> &faults);
+    QWidget *addFacts(const Model &model);
+    QWidget *addState();
+    void arrange(bool isWide);
 
-    Bench *const bench;
-    const QString serialNumber;
-    QTimer powerOff; ///< runs while the drive is unplugged for a power-cycle
+    const std::string serial;
+    const std::string model;
+    QBoxLayout *parts = nullptr;
+    QGridLayout *facts = nullptr;
+    int nameWidth = 0; ///< of the longest name; half of that where there is little room
+    int wideWidth = 0; ///< from which on the three parts are side by side
+    int narrowWidth = 0; ///< needed for one below the other
 
     ElidedLabel *serialLabel = nullptr;
     ElidedLabel *bridgeLabel = nullptr;
     ElidedLabel *runningLabel = nullptr;
     ElidedLabel *flashLabel = nullptr;
     ElidedLabel *offerLabel = nullptr;
+
     ElidedLabel *pluggedLabel = nullptr;
     ElidedLabel *statusLabel = nullptr;
+    ElidedLabel *updateLabel = nullptr;
     QStackedWidget *lastLine = nullptr; ///< the faults or, while the flash is written, the progress
     ElidedLabel *faultLabel = nullptr;
     QProgressBar *progress = nullptr;
-    QPushButton *unplugButton = nullptr;
-    QPushButton *plugButton = nullptr;
-    QPushButton *powerCycleButton = nullptr;
-    QPushButton *faultButton = nullptr;
-    FaultMenu *faultMenu = nullptr;
+
+    DriveButtons *buttons = nullptr;
 };
 
 } // namespace bench

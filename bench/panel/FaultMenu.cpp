@@ -1,6 +1,7 @@
 #include "bench/panel/FaultMenu.h"
 
 #include <algorithm>
+#include <array>
 
 namespace bench {
 
@@ -9,65 +10,59 @@ namespace {
 /// What one entry of the menu sets.
 struct Choice
 {
-    const char *section; ///< begins a section with this title; null within one
+    FaultKind kind;
     const char *title;
-    const char *name;
-    qint64 number = 0;
+    const char *section = nullptr; ///< title of the section that it begins; null within one
+    std::int64_t number = 0;
     const char *text = "";
     const char *field = "";
 };
 
 // Half of a sample drive's image is written after 20,000 bytes; code 9 means nothing to anybody.
-constexpr Choice Choices[] = {
-    {"While it is looked for", "Slow to answer (3 s)", "slow-probe", 3000},
-    {nullptr, "Status after 3 looks", "settle-queries", 3},
-    {nullptr, "Status after 10 s", "settle-time", 10000},
-    {nullptr, "Status never known", "never-settles"},
-    {"While it is updated", "Unmount refused", "unmount-returns", 0},
-    {nullptr, "Image for another bridge", "wrong-image"},
-    {nullptr, "Image cut short", "truncated-image"},
-    {nullptr, "Flash error half-way", "flash-error", 20000},
-    {nullptr, "Pulled out half-way", "pulled-out", 20000},
-    {nullptr, "Verify error", "verify-error"},
-    {"When it is plugged in again", "Does not come back", "no-return"},
-    {nullptr, "Another serial number", "new-serial", 0, "TV9999OTHER"},
-    {"What it reports", "Listed twice", "duplicate-serial"},
-    {nullptr, "Unknown firmware status", "firmware-status", 9},
-    {nullptr, "Unknown configuration status", "configuration-status", 9},
-    {nullptr, "Bridge without updater", "chipset", 0},
-    {nullptr, "Unknown vendor", "vendor-id", 0xFFFF},
-    {nullptr, "Unknown product", "product-id", 0xFFFF},
-    {nullptr, "Odd model name", "text", 0, "<b>caf\xE9</b>", "modelName"},
-};
-
-bool isSet(const QVector<Fault> &faults, const char *name)
-{
-    return std::any_of(faults.begin(), faults.end(),
-        [name](const Fault &fault) { return fault.name == QLatin1String(name); });
-}
+constexpr std::array<Choice, 19> Choices = {{
+    {FaultKind::SlowProbe, "Slow to answer (3 s)", "While it is looked for", 3000},
+    {FaultKind::SettleQueries, "Status after 3 looks", nullptr, 3},
+    {FaultKind::SettleTime, "Status after 10 s", nullptr, 10000},
+    {FaultKind::NeverSettles, "Status never known"},
+    {FaultKind::UnmountReturns, "Unmount refused", "While it is updated", 0},
+    {FaultKind::WrongImage, "Image for another bridge"},
+    {FaultKind::TruncatedImage, "Image cut short"},
+    {FaultKind::FlashError, "Flash error half-way", nullptr, 20000},
+    {FaultKind::PulledOut, "Pulled out half-way", nullptr, 20000},
+    {FaultKind::VerifyError, "Verify error"},
+    {FaultKind::NoReturn, "Does not come back", "When it is plugged in again"},
+    {FaultKind::NewSerial, "Another serial number", nullptr, 0, "TV9999OTHER"},
+    {FaultKind::DuplicateSerial, "Listed twice", "What it reports"},
+    {FaultKind::FirmwareStatus, "Unknown firmware status", nullptr, 9},
+    {FaultKind::ConfigurationStatus, "Unknown configuration status", nullptr, 9},
+    {FaultKind::Chipset, "Bridge without updater", nullptr, Chipset::NotSupported},
+    {FaultKind::VendorId, "Unknown vendor", nullptr, 0xFFFF},
+    {FaultKind::ProductId, "Unknown product", nullptr, 0xFFFF},
+    {FaultKind::Text, "Odd model name", nullptr, 0, "<b>caf\xE9</b>", "modelName"},
+}};
 
 } // namespace
 
 FaultMenu::FaultMenu(QWidget *parent) : QMenu(parent)
 {
+    // Also a menu is legible on a dark desktop.
+    setAttribute(Qt::WA_WindowPropagation);
     for (const Choice &choice : Choices) {
         if (choice.section != nullptr) {
             addSection(QString::fromLatin1(choice.section));
         }
         QAction *const action = addAction(QString::fromLatin1(choice.title));
         action->setCheckable(true);
-        choices.append(action);
+        choices.push_back(action);
         connect(action, &QAction::triggered, this, [this, &choice](bool checked) {
-            const QString name = QString::fromLatin1(choice.name);
             if (!checked) {
-                emit faultDropped(name);
+                emit faultDropped(choice.kind);
                 return;
             }
-            Fault fault;
-            fault.name = name;
+            Fault fault{choice.kind};
             fault.number = choice.number;
-            fault.text = QString::fromLatin1(choice.text);
-            fault.field = QString::fromLatin1(choice.field);
+            fault.text = choice.text;
+            fault.field = findRecordField(choice.field);
             fault.once = !untilCleared->isChecked();
             emit faultChosen(fault);
         });
@@ -79,22 +74,19 @@ FaultMenu::FaultMenu(QWidget *parent) : QMenu(parent)
     connect(clearAll, &QAction::triggered, this, &FaultMenu::allDropped);
 }
 
-void FaultMenu::showFaults(const QVector<Fault> &faults)
+void FaultMenu::showFaults(const std::vector<Fault> &faults)
 {
-    for (int i = 0; i < choices.size(); ++i) {
-        choices.at(i)->setChecked(isSet(faults, Choices[i].name));
+    for (std::size_t i = 0; i < choices.size(); ++i) {
+        choices[i]->setChecked(findFault(faults, Choices[i].kind) != nullptr);
     }
-    clearAll->setEnabled(!faults.isEmpty());
+    clearAll->setEnabled(!faults.empty());
 }
 
-QString FaultMenu::title(const Fault &fault)
+QString FaultMenu::title(FaultKind kind)
 {
-    for (const Choice &choice : Choices) {
-        if (fault.name == QLatin1String(choice.name)) {
-            return QString::fromLatin1(choice.title);
-        }
-    }
-    return fault.name;
+    const auto choice = std::find_if(
+        Choices.begin(), Choices.end(), [kind](const Choice &candidate) { return candidate.kind == kind; });
+    return QString::fromLatin1(choice == Choices.end() ? describe(kind).name : choice->title);
 }
 
 } // namespace bench

@@ -4,6 +4,8 @@
 
 #include <QMenu>
 
+#include <vector>
+
 namespace bench {
 
 /// The faults of one drive: those that are set are checked. To choose one sets it with a value that shows
@@ -16,18 +18,18 @@ public:
     explicit FaultMenu(QWidget *parent);
 
     /// Checks the faults that are set.
-    void showFaults(const QVector<Fault> &faults);
+    void showFaults(const std::vector<Fault> &faults);
 
-    /// A fault in a few words; the name of one that the menu does not know.
-    static QString title(const Fault &fault);
+    /// A fault in a few words.
+    static QString title(FaultKind kind);
 
 signals:
     void faultChosen(const bench::Fault &fault);
-    void faultDropped(const QString &name);
+    void faultDropped(bench::FaultKind kind);
     void allDropped();
 
 private:
-    QVector<QAction *> choices; ///< in the order of the menu's faults
+    std::vector<QAction *> choices; ///< in the order of the menu's faults
     QAction *untilCleared;
     QAction *clearAll;
 };

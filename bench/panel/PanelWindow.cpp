@@ -1,9 +1,14 @@
 #include "bench/panel/PanelWindow.h"
 
 #include "bench/core/Companion.h"
-#include "bench/core/Files.h"
+#include "bench/core/Discovery.h"
+#include "bench/core/DriveLifeCycle.h"
+#include "bench/core/Host.h"
+#include "bench/core/Text.h"
 #include "bench/panel/DriveRow.h"
 #include "bench/panel/ElidedLabel.h"
+#include "bench/panel/OnBench.h"
+#include "bench/panel/PanelPalette.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -11,30 +16,37 @@
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QToolTip>
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace bench {
 
 namespace {
 
-constexpr std::chrono::milliseconds RegularInterval(250);
-constexpr std::chrono::milliseconds SoonInterval(50);
-constexpr int Margin = 16;
-const QColor TextColour(0x20, 0x20, 0x20);
-const QColor ProblemColour(0xA8, 0x1E, 0x1E);
+constexpr std::chrono::milliseconds PollInterval(250);
+constexpr int Margin = 8;
+/// The updater's window at its widest; its height depends on the number of drives, three of them in a row.
+constexpr int UpdaterWidth = 850;
+int updaterHeight(std::size_t drives)
+{
+    return std::min(700, (static_cast<int>(drives) + 2) / 3 * 200 + 120);
+}
+/// What a window manager adds to a window: on each side, and above and below it together.
+constexpr int FrameWidth = 2;
+constexpr int FrameHeight = 30;
 
 } // namespace
 
-PanelWindow::PanelWindow(const Bench &bench) : bench(bench)
+PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
+    : benchDirectory(std::move(benchDirectory)), imageDirectory(std::move(imageDirectory))
 {
     setWindowTitle(tr("Drive bench"));
     setWindowIcon(QIcon(QStringLiteral(":/firmwareUpdater/TarvoLogo.png")));
-    QPalette white = palette();
-    white.setColor(QPalette::Window, Qt::white);
-    white.setColor(QPalette::WindowText, TextColour);
-    setPalette(white);
+    setPalette(panelPalette());
+    QToolTip::setPalette(palette());
 
     auto *const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
@@ -43,49 +55,50 @@ PanelWindow::PanelWindow(const Bench &bench) : bench(bench)
     addDrives(column);
 
     messageLine = new ElidedLabel(this);
-    messageLine->setContentsMargins(Margin, 8, Margin, 8);
-    QPalette red = white;
-    red.setColor(QPalette::WindowText, ProblemColour);
+    messageLine->setContentsMargins(Margin, 6, Margin, 6);
+    QPalette red = palette();
+    red.setColor(QPalette::WindowText, ProblemTextColor);
     messageLine->setPalette(red);
     column->addWidget(messageLine);
 
-    soon.setSingleShot(true);
-    soon.setInterval(SoonInterval);
-    connect(&soon, &QTimer::timeout, this, &PanelWindow::refresh);
-    connect(&watcher, &QFileSystemWatcher::directoryChanged, this, [this] {
-        if (!soon.isActive()) {
-            soon.start();
-        }
-    });
-    regularly.setInterval(RegularInterval);
-    connect(&regularly, &QTimer::timeout, this, &PanelWindow::refresh);
-    regularly.start();
+    poll.setInterval(PollInterval);
+    connect(&poll, &QTimer::timeout, this, &PanelWindow::refresh);
+    poll.start();
     refresh();
 
     // Tall enough for all drives, where the screen is.
-    const QSize content(scrollArea->minimumWidth(), scrollArea->widget()->sizeHint().height());
     const int others = sizeHint().height() - scrollArea->sizeHint().height();
-    const QSize available = screen()->availableSize() * 9 / 10;
-    resize(content.expandedTo(QSize(640, 240)).boundedTo(available - QSize(0, others)) + QSize(0, others));
+    const QSize content =
+        scrollArea->widget()->sizeHint() + QSize(scrollArea->verticalScrollBar()->sizeHint().width(), others);
+    resize(content.expandedTo(QSize(1040, 240 + others)).boundedTo(screen()->availableSize() * 9 / 10));
 }
 
-PanelWindow::~PanelWindow()
+void PanelWindow::placeBesideUpdater(const QRect &available)
 {
-    // A row may yet plug its drive in, for which it needs the bench.
-    qDeleteAll(findChildren<DriveRow *>());
+    const QSize least = minimumSizeHint();
+    const QRect within = available.adjusted(0, 0, -2 * FrameWidth, -FrameHeight);
+    QRect place = within.adjusted(UpdaterWidth + 2 * FrameWidth, 0, 0, 0);
+    if (place.width() < least.width()) {
+        place = within.adjusted(0, updaterHeight(rows.size()) + 2 * FrameHeight, 0, 0);
+        place.setTop(std::min(place.top(), within.bottom() + 1 - least.height()));
+    }
+    // Narrow rows are higher than those for which the size was chosen.
+    const bool isNarrow = place.width() < width();
+    move(place.topLeft());
+    resize(isNarrow ? place.size() : size().boundedTo(place.size()));
 }
 
 void PanelWindow::addHead(QVBoxLayout *column)
 {
-    auto *const folder = new ElidedLabel(this);
-    folder->setText(bench.folder());
+    auto *const directory = new ElidedLabel(this);
+    directory->setText(QString::fromStdString(benchDirectory));
     companionSwitch = new QCheckBox(tr("Companion installed"), this);
     connect(companionSwitch, &QCheckBox::clicked, this, &PanelWindow::switchCompanion);
 
     auto *const head = new QHBoxLayout;
-    head->setContentsMargins(Margin, 12, Margin, 12);
+    head->setContentsMargins(Margin, 8, Margin, 8);
     head->setSpacing(Margin);
-    head->addWidget(folder, 1);
+    head->addWidget(directory, 1);
     head->addWidget(companionSwitch);
     column->addLayout(head);
 }
@@ -114,104 +127,90 @@ void PanelWindow::addDrives(QVBoxLayout *column)
     column->addWidget(scrollArea, 1);
 }
 
-void PanelWindow::watchFolders()
-{
-    for (const QString &folder : {bench.folder(), bench.folder() + QStringLiteral("/drives")}) {
-        if (isFolder(folder) && !watcher.directories().contains(folder)) {
-            watcher.addPath(folder);
-        }
-    }
-}
-
 void PanelWindow::refresh()
 {
-    watchFolders();
-    QStringList problems;
-    QString reason;
-    QVector<Drive> drives;
-    if (bench.exists(&reason)) {
-        drives = bench.drives(&problems);
-        companionSwitch->setChecked(bench.host(&problems).companionInstalled);
-        for (QString &problem : problems) {
-            problem += tr("; correct the file, or remove it");
-        }
-        emptyLabel->setText(tr("No drive is on this bench. Put one on it with:\n\n"
-                               "drive-bench add Pebble --firmware 2.07 --bench %1")
-                                .arg(bench.folder()));
-    } else {
-        problems.append(reason);
-        emptyLabel->setText(
-            tr("There is no bench here. Make one with six drives with:\n\ndrive-bench init --bench %1")
-                .arg(bench.folder()));
-    }
-    companionSwitch->setEnabled(reason.isEmpty());
-    showDrives(drives);
-    showMessage(problems);
+    const QString refusal = onBench(benchDirectory, [this](BenchStore &store) {
+        const std::vector<Drive> drives = DriveLifeCycle(store).drives();
+        companionSwitch->setChecked(Host(store).state().companionInstalled);
+        showDrives(drives, Discovery(store, imageDirectory).records(drives));
+    });
+    const bool isReadable = refusal.isEmpty();
+    const QString option = QString::fromStdString("--bench " + shellQuoted(benchDirectory));
+    emptyLabel->setText(isReadable
+            ? tr(
+                "No drive is on this bench. Put one on it with:\n\ndrive-bench add Pebble --firmware 2.07 %1")
+                  .arg(option)
+            : tr("There is no bench here that can be read:\n\n%1").arg(withoutDirectory(refusal)));
+    companionSwitch->setEnabled(isReadable);
+    // The rows of a bench that cannot be read wait for it: a drive that is about to come back still does.
+    emptyLabel->setVisible(!isReadable || rows.empty());
+    scrollArea->setVisible(isReadable && !rows.empty());
+    // However small the window is made, no button is out of reach.
+    scrollArea->setMinimumWidth(scrollArea->widget()->minimumSizeHint().width()
+        + scrollArea->verticalScrollBar()->sizeHint().width());
+    messageLine->setText(withoutDirectory(actionRefusal));
+    messageLine->setVisible(!actionRefusal.isEmpty());
 }
 
-void PanelWindow::showDrives(const QVector<Drive> &drives)
+void PanelWindow::showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records)
 {
-    const QVector<DriveRow *> present = rows;
+    removeRowsExcept(drives);
+    for (std::size_t i = 0; i < drives.size(); ++i) {
+        rowOf(drives[i])->showDrive(drives[i], records[i]);
+    }
+}
+
+void PanelWindow::removeRowsExcept(const std::vector<Drive> &drives)
+{
+    const std::vector<DriveRow *> present = rows;
     for (DriveRow *row : present) {
-        const bool found = std::any_of(drives.begin(), drives.end(),
-            [row](const Drive &drive) { return drive.serial == row->serial(); });
-        if (found) {
+        if (std::any_of(
+                drives.begin(), drives.end(), [row](const Drive &drive) { return row->isOf(drive); })) {
             continue;
         }
         // An open menu must not lose the row under it: the row goes when the menu is closed.
-        if (changeTime(bench.driveFile(row->serial())) != 0 || row->hasOpenMenu()) {
-            row->showUnreadable();
+        if (row->hasOpenMenu()) {
+            row->showGone();
         } else {
-            rows.removeOne(row);
+            rows.erase(std::find(rows.begin(), rows.end(), row));
             row->hide();
             row->deleteLater();
         }
     }
-    for (const Drive &drive : drives) {
-        const auto known = std::find_if(rows.begin(), rows.end(),
-            [&drive](const DriveRow *row) { return row->serial() == drive.serial; });
-        if (known != rows.end()) {
-            (*known)->showDrive(drive);
-            continue;
-        }
-        auto *const row = new DriveRow(&bench, drive, rowColumn->parentWidget());
-        connect(row, &DriveRow::pressed, this, &PanelWindow::actionEnded);
-        rowColumn->insertWidget(rowColumn->count() - 1, row);
-        rows.append(row);
-        row->showDrive(drive);
-    }
-    emptyLabel->setVisible(rows.isEmpty());
-    scrollArea->setVisible(!rows.isEmpty());
-    // However small the window is made, no button is out of reach.
-    scrollArea->setMinimumWidth(scrollArea->widget()->minimumSizeHint().width()
-        + scrollArea->verticalScrollBar()->sizeHint().width());
 }
 
-void PanelWindow::showMessage(const QStringList &problems)
+/// The row of the drive, which is added at the end where there is none.
+DriveRow *PanelWindow::rowOf(const Drive &drive)
 {
-    QString message = actionProblem;
-    if (message.isEmpty() && !problems.isEmpty()) {
-        message = problems.first();
-        if (problems.size() > 1) {
-            message += tr(" (and %1 more)").arg(problems.size() - 1);
-        }
+    const auto known =
+        std::find_if(rows.begin(), rows.end(), [&drive](const DriveRow *row) { return row->isOf(drive); });
+    if (known != rows.end()) {
+        return *known;
     }
-    // The head of the window names the folder.
-    message.remove(bench.folder() + QLatin1Char('/'));
-    messageLine->setText(message);
+    auto *const row = new DriveRow(benchDirectory, drive, rowColumn->parentWidget());
+    connect(row, &DriveRow::pressed, this, &PanelWindow::actionEnded);
+    rowColumn->insertWidget(rowColumn->count() - 1, row);
+    rows.push_back(row);
+    return row;
+}
+
+/// The head of the window names the directory; in a message it only takes the place of what matters.
+QString PanelWindow::withoutDirectory(QString message) const
+{
+    return message.remove(QString::fromStdString(benchDirectory) + QLatin1Char('/'));
 }
 
 void PanelWindow::switchCompanion(bool install)
 {
-    QString problem;
-    Companion companion(bench.folder());
-    const bool done = install ? companion.install(&problem) : companion.uninstall(&problem);
-    actionEnded(done ? QString() : problem);
+    actionEnded(onBench(benchDirectory, [this, install](BenchStore &store) {
+        Companion companion(store, benchDirectory);
+        install ? companion.install() : companion.uninstall();
+    }));
 }
 
-void PanelWindow::actionEnded(const QString &problem)
+void PanelWindow::actionEnded(const QString &refusal)
 {
-    actionProblem = problem;
+    actionRefusal = refusal;
     refresh();
 }
 

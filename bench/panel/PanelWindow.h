@@ -1,11 +1,13 @@
 #pragma once
 
-#include "bench/core/Bench.h"
+#include "bench/core/Drive.h"
+#include "devices/DeviceInfo.h"
 
-#include <QFileSystemWatcher>
 #include <QTimer>
-#include <QVector>
 #include <QWidget>
+
+#include <string>
+#include <vector>
 
 class QCheckBox;
 class QLabel;
@@ -18,41 +20,44 @@ class DriveRow;
 class ElidedLabel;
 
 /**
- * The bench in a window: its drives, one a row, the companion's switch, and one line for what went wrong.
+ * The bench in a window: its drives, one a row, the companion's switch, and one line for what was refused.
  *
- * It looks at the bench when the folder changes and four times a second: neither a file that is rewritten in
- * place nor the end of a process that was writing changes a folder. A row stays the same object, at the same
- * place, as long as its drive is on the bench; a new drive comes last.
+ * It reads the bench four times a second and after each of its own changes. A row stays the same object, at
+ * the same place, as long as its drive is on the bench; a new drive comes last.
  */
 class PanelWindow : public QWidget
 {
     Q_OBJECT
 
 public:
-    explicit PanelWindow(const Bench &bench);
-    ~PanelWindow() override;
+    /// `imageDirectory`: where the firmware images lie that decide what is up to date.
+    PanelWindow(std::string benchDirectory, std::string imageDirectory);
+
+    /// Moves the window, before it is shown, to where it hides no button of the updater, which is in the
+    /// upper left corner of that part of the screen: to its right where there is room, else below it.
+    void placeBesideUpdater(const QRect &available);
 
 private:
     void addHead(QVBoxLayout *column);
     void addDrives(QVBoxLayout *column);
-    void watchFolders();
     void refresh();
-    void showDrives(const QVector<Drive> &drives);
-    void showMessage(const QStringList &problems);
+    void showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records);
+    void removeRowsExcept(const std::vector<Drive> &drives);
+    DriveRow *rowOf(const Drive &drive);
+    QString withoutDirectory(QString message) const;
     void switchCompanion(bool install);
-    void actionEnded(const QString &problem);
+    void actionEnded(const QString &refusal);
 
-    Bench bench;
-    QFileSystemWatcher watcher;
-    QTimer soon; ///< gathers the many changes of a flash into one look
-    QTimer regularly;
-    QString actionProblem; ///< why the last press of a button had no effect
+    const std::string benchDirectory;
+    const std::string imageDirectory;
+    QTimer poll;
+    QString actionRefusal; ///< why the last press of a button had no effect
 
     QCheckBox *companionSwitch = nullptr;
     QLabel *emptyLabel = nullptr;
     QScrollArea *scrollArea = nullptr;
     QVBoxLayout *rowColumn = nullptr;
-    QVector<DriveRow *> rows;
+    std::vector<DriveRow *> rows;
     ElidedLabel *messageLine = nullptr;
 };
 
