@@ -27,6 +27,12 @@ const QString RestartLine =
     "Please unplug and replug your Tarvo <b>Pebble</b> hard drive to power off and power on the device.";
 const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
 
+/// The restart page has the same line, but no button.
+bool showsSuccess(const WindowFixture &fixture)
+{
+    return fixture.texts().contains(SuccessLine) && fixture.buttons().contains("Finish");
+}
+
 /// The window with drive "A", whose update has come to the restart.
 class RestartFixture : public WindowFixture
 {
@@ -204,12 +210,14 @@ void tst_DeviceListReconciliation::changedListInEachState()
         fixture.deliver({usbDrive("A")});
     }
     QVERIFY(fixture.texts().contains(lineOfThePage));
+    QCOMPARE(showsSuccess(fixture), state == MainWindow::Success);
 
     // The first change rebuilds the page of the state, for the selected drive only ...
     const QPointer<QWidget> page = fixture.page();
     fixture.deliver({usbDrive("A"), fireWireDrive("B")});
     QVERIFY(page.isNull());
     QVERIFY(fixture.texts().contains(lineOfThePage));
+    QCOMPARE(showsSuccess(fixture), state == MainWindow::Success);
     QCOMPARE(fixture.texts().contains("Tarvo Harbour FireWire"), state == MainWindow::Idle);
 
     // ... and the state is Idle from then on: the next one shows all drives.
@@ -229,15 +237,15 @@ void tst_DeviceListReconciliation::updatedDriveIsFollowedOutAndBackIn()
 
     fixture.deliver({upToDate(usbDrive("A")), fixture.other});
     QVERIFY(fixture.page() != restartPage);
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
     QVERIFY(fixture.texts().contains("Firmware: Up to date."));
     QCOMPARE(fixture.buttons(), QStringList{"Finish"});
 
     // The next change shows the success page once more, the one after that all drives.
     fixture.deliver({upToDate(usbDrive("A"))});
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
     fixture.deliver({upToDate(usbDrive("A")), fixture.other});
-    QVERIFY(!fixture.texts().contains(SuccessLine));
+    QVERIFY(!showsSuccess(fixture));
     QStringList buttons = fixture.buttons();
     buttons.sort();
     QCOMPARE(buttons, (QStringList{"Close", "Update Firmware and Configuration"}));
@@ -264,7 +272,7 @@ void tst_DeviceListReconciliation::driveBackAsAChangedRecordIsStillTheDrive()
     fixture.deliver({usbDrive("SOMEONE ELSE")});
     QVERIFY(fixture.texts().contains(RestartLine));
     fixture.deliver({usbDrive("SOMEONE ELSE"), upToDate(usbDrive("A"))});
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
 }
 
 void tst_DeviceListReconciliation::serialNumberWithHighBytesStillMatches()
@@ -285,7 +293,7 @@ void tst_DeviceListReconciliation::serialNumberWithHighBytesStillMatches()
     fixture.finish(true);
     fixture.deliver({usbDrive("OTHER")});
     fixture.deliver({usbDrive(serialNumber)});
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
 }
 
 void tst_DeviceListReconciliation::duplicateSerialNumbersEachCount()
@@ -297,6 +305,7 @@ void tst_DeviceListReconciliation::duplicateSerialNumbersEachCount()
     // One refresh, and so one companion check, for each of the two records; both are shown.
     QCOMPARE(fixture.tools.calls(), WindowProbe::repeated(2, "ls|/Library/LaunchDaemons"));
     QCOMPARE(fixture.texts().count(SuccessLine), 2);
+    QCOMPARE(fixture.buttons(), WindowProbe::repeated(2, "Finish"));
 }
 
 void tst_DeviceListReconciliation::unpluggedFlagIsClearedByTheNextRestart()
@@ -304,7 +313,7 @@ void tst_DeviceListReconciliation::unpluggedFlagIsClearedByTheNextRestart()
     RestartFixture fixture;
     fixture.deliver({});
     fixture.deliver({usbDrive("A")});
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
     fixture.deliver({});
     fixture.deliver({usbDrive("A")});
     QVERIFY(fixture.click("Update Firmware and Configuration"));
@@ -327,7 +336,7 @@ void tst_DeviceListReconciliation::unpluggedFlagSurvivesTheReturn()
     fixture.deliver({});
     QVERIFY(unplugged);
     fixture.deliver({usbDrive("A")});
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
     QVERIFY(unplugged);
 }
 
@@ -340,7 +349,7 @@ void tst_DeviceListReconciliation::serialNumberInOtherLettersIsAnotherDrive()
         QVERIFY(fixture.texts().contains(RestartLine));
     }
     fixture.deliver({usbDrive(std::string("A\0hidden", 8))});
-    QVERIFY(fixture.texts().contains(SuccessLine));
+    QVERIFY(showsSuccess(fixture));
 }
 
 void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsButtonsWork_data()
