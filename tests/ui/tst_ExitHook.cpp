@@ -1,3 +1,4 @@
+#include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/EventLoop.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
@@ -31,6 +32,9 @@ void tst_ExitHook::serviceIsResubmittedThoughTheCompanionIsInstalled()
     fixture.tools.forgetCalls();
     fixture.window.onExit();
     QCOMPARE(fixture.tools.calls(), SubmitCalls);
+    // Discovery goes on as long as the window is there.
+    QVERIFY(WindowMembers::discoveryThread(fixture.window)->discoveryEnabled);
+    QVERIFY(!WindowMembers::discoveryThread(fixture.window)->stopRequested);
 }
 
 void tst_ExitHook::exitTakesASecondAfterTheServiceAndThenRelaunches_data()
