@@ -144,6 +144,11 @@ void tst_WindowRefresh::refreshSizesTheWindowAnew()
     QCOMPARE(fixture.window.size(), QSize(350, 700));
     fixture.window.updateWindow();
     QCOMPARE(fixture.window.size(), QSize(850, 300));
+    // Also when only the width is the person's.
+    fixture.deliver({usbDrive()});
+    fixture.window.resize(400, 320);
+    fixture.window.updateWindow();
+    QCOMPARE(fixture.window.size(), QSize(850, 320));
 }
 
 void tst_WindowRefresh::drivesStandInRowsOfThree_data()
