@@ -23,7 +23,7 @@ private slots:
     void exitStatusIsThatOfTheEventLoop_data();
     void exitStatusIsThatOfTheEventLoop();
     void refusalAtStartEndsWithStatusZeroWithoutTheExitHook();
-    void toolkitOptionsAreRemovedBeforeTheWindowSeesThem();
+    void qtOptionsAreRemovedBeforeTheWindowSeesThem();
     void exceptionEndsTheProcess_data();
     void exceptionEndsTheProcess();
 };
@@ -51,7 +51,7 @@ void tst_EntryPoint::refusalAtStartEndsWithStatusZeroWithoutTheExitHook()
     QCOMPARE(run.output, Constructed + QStringList({"quit", "destroyed"}));
 }
 
-void tst_EntryPoint::toolkitOptionsAreRemovedBeforeTheWindowSeesThem()
+void tst_EntryPoint::qtOptionsAreRemovedBeforeTheWindowSeesThem()
 {
     const Run run = entryPoint("exit 0",
         {"one", "-style", "windows", "", "--two", "-platform", "offscreen", "-style=windows", "th ree"});

@@ -163,8 +163,8 @@ void tst_QDKUtilities::searchWithoutAScratchFileIsNegativeAndRemovesNothing()
 {
     QFETCH(int, index);
     const Search &search = Searches[index];
-    // A dangling symbolic link into a folder that does not exist can be neither written nor read.
-    QVERIFY(QFile::link("missing/folder/temp.txt", "temp.txt"));
+    // A dangling symbolic link into a directory that does not exist can be neither written nor read.
+    QVERIFY(QFile::link("missing/directory/temp.txt", "temp.txt"));
     QCOMPARE(search.call(), search.notFound);
     QCOMPARE(CLibrary::calls(), (QStringList{"system(" + search.listing + ")", "fopen(temp.txt, r)"}));
     QVERIFY(QFileInfo("temp.txt").isSymLink());
@@ -333,7 +333,7 @@ void tst_QDKUtilities::versionIsCutAsItsColumnRequires()
 
 void tst_QDKUtilities::versionWithoutAScratchFileIsEmpty()
 {
-    QVERIFY(QFile::link("missing/folder/temp.txt", "temp.txt"));
+    QVERIFY(QFile::link("missing/directory/temp.txt", "temp.txt"));
     tools->answer("ls /System/Library/Extensions/TarvoKorrin.kext", "", 1);
     QCOMPARE(QDKUtilities::getTarvoKorrinVersion(), std::string());
     QCOMPARE(CLibrary::calls().last(), QString("fopen(temp.txt, r)"));

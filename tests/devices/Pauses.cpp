@@ -10,7 +10,7 @@ namespace {
 
 std::mutex mutex;
 std::condition_variable ended;
-std::vector<qulonglong> pauses; // not the toolkit's list: its copies share one buffer beyond the lock
+std::vector<qulonglong> pauses; // not Qt's vector: its copies share one buffer beyond the lock
 int endings = 0; // not used up by a pause yet
 bool none = false;
 
@@ -54,7 +54,7 @@ void Pauses::endAll()
     ended.notify_all();
 }
 
-// The program's own calls are bound to these, which hide the toolkit's.
+// The program's own calls are bound to these, which hide Qt's own.
 
 void QThread::sleep(unsigned long seconds)
 {

@@ -92,7 +92,7 @@ bool registeredBeforeMain = false;
 __attribute__((constructor(101))) void reportAtExit()
 {
     if (qEnvironmentVariableIsSet("REPORT_AT_EXIT")) {
-        isRegistered(); // the toolkit's list of collections is made by its first use, and ends later then
+        isRegistered(); // Qt's list of collections is made by its first use, so it now ends later
         std::atexit([] { std::puts(isRegistered() ? "still registered" : "unregistered"); });
     }
 }

@@ -41,7 +41,7 @@ public:
         worker->start(QThread::InheritPriority);
         ended = worker->wait(30000);
         milliseconds = timer.elapsed();
-        // The thread sanitizer does not see what the toolkit's wait() puts in order.
+        // The thread sanitizer does not see what QThread::wait() puts in order.
         const std::lock_guard<std::mutex> lock(mutex);
     }
     ~Update() { delete worker; }
@@ -232,7 +232,7 @@ void tst_UpdateDeviceThread::imageLiesInTheExecutablesFolder_data()
     row("in the root", "/updater", "/pebble.tfw");
     row("relative", "./updater", "./pebble.tfw");
     row("relative, deeper", "build/bin/updater", "build/bin/pebble.tfw");
-    row("parent folder", "../updater", "../pebble.tfw");
+    row("parent directory", "../updater", "../pebble.tfw");
     row("with blanks", "/Volumes/My Tools/updater", "/Volumes/My Tools/pebble.tfw");
     row("with a backslash", "/opt/tar\\vo/upd\\ater", "/opt/tar\\vo/pebble.tfw");
     row("doubled slash stays as it is", "/opt//updater", "/opt//pebble.tfw");
@@ -266,10 +266,10 @@ void tst_UpdateDeviceThread::textsReachTheLibraryByteByByte()
 
     drive.serialNumber = std::string(" S\0N\xE9%1/ ", 9);
     drive.firmwareFileName = std::string(" im\0\xE4ge \xC3\xA9 %1.tfw ", 18);
-    const std::string folder("/o p\xDF\0%2/", 9);
-    const Update update(drive, folder + "updater");
+    const std::string directory("/o p\xDF\0%2/", 9);
+    const Update update(drive, directory + "updater");
     QCOMPARE(ScriptedPlatform::calls(),
-        callsFor(chipsetType, text(drive.serialNumber), text(folder + drive.firmwareFileName)));
+        callsFor(chipsetType, text(drive.serialNumber), text(directory + drive.firmwareFileName)));
 
     // A file name is not resolved again.
     ScriptedPlatform::reset();

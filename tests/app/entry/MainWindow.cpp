@@ -61,7 +61,7 @@ void MainWindow::showEvent(QShowEvent *)
     say("shown");
 }
 
-// Hides the toolkit's, which does nothing that can be seen before the event loop runs.
+// Hides Qt's own, which does nothing that can be seen before the event loop runs.
 void QCoreApplication::quit()
 {
     say("quit");
