@@ -13,7 +13,10 @@ import pytest
 SOURCE = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(SOURCE / "tests/acceptance"))
 
-from driver import Bench, Desktop, Program, wait_until  # noqa: E402
+from bench import Bench  # noqa: E402
+from desktop import Desktop  # noqa: E402
+from updater import Program  # noqa: E402
+from waiting import wait_until  # noqa: E402
 
 NAME = "tarvo-firmware-updater"
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
@@ -45,8 +48,8 @@ class Person:
 
     def __init__(self, place, prefix):
         self.home, self.runtime, self.current = place / "home", place / "runtime", place / "current"
-        for folder in (self.home, self.runtime, self.current):
-            folder.mkdir()
+        for directory in (self.home, self.runtime, self.current):
+            directory.mkdir()
         self.runtime.chmod(0o700)
         self.environment = {
             "HOME": str(self.home),
@@ -76,8 +79,8 @@ def start(desktop, person, tmp_path):
     def start_program(command=NAME, *arguments, cwd=None):
         with open(tmp_path / f"output{len(programs)}.txt", "w", encoding="utf-8") as log:
             # The command is looked for on the person's PATH.
-            program = Program(desktop, "/usr/bin/env", person.bench, cwd or person.current, [command, *arguments],
-                              person.environment, log)
+            program = Program(desktop, "/usr/bin/env", cwd or person.current, person.environment,
+                              [command, *arguments], log)
         programs.append(program)
         return program
 

@@ -14,7 +14,7 @@ def test_program_without_the_bench(start, tmp_path):
 
 
 def files(place):
-    return {os.path.relpath(os.path.join(folder, name), place) for folder, _, names in os.walk(place) for name in names}
+    return {os.path.relpath(os.path.join(directory, name), place) for directory, _, names in os.walk(place) for name in names}
 
 
 def test_no_file_is_in_both(prefix, tmp_path):

@@ -31,8 +31,8 @@ class Installed:
         prefix = place / "my programs"
         self.launcher = prefix / "bin" / NAME
         self.program = prefix / "lib" / NAME / NAME
-        for folder in (self.launcher.parent, self.program.parent, place / "home", place / "runtime"):
-            folder.mkdir(parents=True)
+        for directory in (self.launcher.parent, self.program.parent, place / "home", place / "runtime"):
+            directory.mkdir(parents=True)
         shutil.copy(SOURCE / "packaging/linux" / NAME, self.launcher)
         self.program.write_text(STAND_IN)
         self.program.chmod(0o755)
