@@ -7,7 +7,7 @@ import subprocess
 
 import pytest
 from conftest import FAST, NAME
-from driver import wait_until
+from waiting import wait_until
 
 USB, USB_SERIAL = "Pebble", "TV0001PEBBLE"
 FIREWIRE, FIREWIRE_SERIAL = "Harbour (FireWire 800)", "TV0004HARBOUR"
@@ -71,7 +71,7 @@ def test_update_of_a_firewire_drive(person, start):
 
 def test_scratch_files_of_the_person_are_left_alone(person, start):
     person.bench.init("--rate", FAST)
-    kept = [folder / "temp.txt" for folder in (person.home, person.current)]
+    kept = [directory / "temp.txt" for directory in (person.home, person.current)]
     for file in kept:
         file.write_bytes(b"com.tarvo.quaydesk.service.plist\n")
     update(person, start())
@@ -142,6 +142,12 @@ def test_commands_find_the_bench_of_the_person(prefix, person):
     assert (person.home / ".local/share/tarvo-drive-bench").is_dir()
     # The images lie beside the program, so the drives are known to be outdated.
     assert person.bench.drive(USB_SERIAL)["record"]["firmwareStatus"] == 1
+
+
+def test_bench_from_the_example(prefix, person):
+    example = prefix / "share/doc/tarvo-drive-bench/examples/sample-bench.json"
+    person.bench.init("--from", example)
+    assert {USB_SERIAL, FIREWIRE_SERIAL} <= person.bench.drives().keys()
 
 
 def test_end_by_closing_the_window(person, start):
