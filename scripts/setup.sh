@@ -21,8 +21,8 @@ use_temporary_directory() {
 # Ends what was started in the background, so that nothing is written behind the removal.
 end_quietly() {
     trap '' INT TERM
-    kill $(jobs -p) 2>/dev/null
-    wait
+    kill $(jobs -p) 2>/dev/null || true
+    wait || true
     exit 130
 }
 

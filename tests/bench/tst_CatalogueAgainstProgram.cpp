@@ -1,5 +1,5 @@
-#include "devices/DeviceInfo.h"
 #include "bench/core/Catalogue.h"
+#include "devices/DeviceInfo.h"
 #include "ui/DeviceLayout.h"
 
 #include <QDirIterator>

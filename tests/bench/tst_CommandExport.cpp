@@ -160,7 +160,7 @@ void tst_CommandExport::namesWhatIsMalformed_data()
     row("fault", drive(b + "\"faults\": [{\"fault\": \"no-return\"}, {\"fault\": \"smoke\"}]"),
         ": /drives/1/faults/1/fault: names no known fault");
     row("value of a fault", drive(b + "\"faults\": [{\"fault\": \"no-return\", \"value\": \"1\"}]"),
-        ": /drives/1/faults/0: no-return takes no value");
+        ": /drives/1/faults/0/value: is not a known member");
     row("number of a fault", drive(b + "\"faults\": [{\"fault\": \"slow-probe\", \"value\": -1}]"),
         ": /drives/1/faults/0/value: must be a whole number from 0 to 60000");
     row("sector", drive(b + "\"chip\": {\"32\": \"\"}"), ": /drives/1/chip/32: is no sector from 0 to 31");

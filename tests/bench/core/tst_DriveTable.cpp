@@ -13,7 +13,7 @@ class tst_DriveTable : public QObject
 private slots:
     void everyFieldComesBack();
     void findsDrivesByTheirBytes();
-    void findsWhoIsPluggedInAndAnswers();
+    void findsFirstWhoIsPluggedInAndAnswers();
     void namesARowThatWasEdited_data();
     void namesARowThatWasEdited();
     void aDriveThatCannotBeReadCanBeTakenOff();
@@ -117,7 +117,7 @@ void tst_DriveTable::findsDrivesByTheirBytes()
     }
 }
 
-void tst_DriveTable::findsWhoIsPluggedInAndAnswers()
+void tst_DriveTable::findsFirstWhoIsPluggedInAndAnswers()
 {
     TemporaryBench bench;
     for (const char *serial : {"B", "A", "C"}) {
@@ -136,7 +136,11 @@ void tst_DriveTable::findsWhoIsPluggedInAndAnswers()
     QCOMPARE(found(), "B"s);
     execute(bench, "UPDATE drives SET answers = 0 WHERE serial = x'42'");
     QCOMPARE(found(), "C"s);
+    // One that is not attached comes behind all that are.
     bench.lifeCycle().remove("C");
+    QCOMPARE(found(), "A"s);
+    bench.lifeCycle().remove("A");
+    bench.lifeCycle().remove("B");
     QCOMPARE(found(), "none"s);
 }
 

@@ -1,6 +1,7 @@
 #include "bench/core/Companion.h"
 #include "bench/core/Flash.h"
 #include "bench/core/SampleBench.h"
+#include "bench/core/Unmount.h"
 #include "bench/panel/DriveRow.h"
 #include "tests/bench/panel/Panel.h"
 
