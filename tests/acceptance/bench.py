@@ -146,6 +146,8 @@ class Bench:
 
     def damage(self):
         """Overwrites the beginning of the database; returns what is then in its file."""
+        with contextlib.closing(sqlite3.connect(self.database)) as connection:
+            connection.execute("PRAGMA wal_checkpoint(TRUNCATE)")  # what SQLite keeps beside it would stand in for it
         content = bytes(100) + self.database.read_bytes()[100:]
         self.database.write_bytes(content)
         return content
