@@ -76,20 +76,20 @@ DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidge
     wideWidth = parts->minimumSize().width();
 }
 
-QWidget *DriveRow::addFacts(const Model &model)
+QWidget *DriveRow::addFacts(const Model &product)
 {
     auto *const area = new QWidget(this);
     facts = addGrid(area);
     auto *const picture = new QLabel(area);
     picture->setFixedSize(PictureSize, PictureSize);
-    picture->setPixmap(QIcon(QString::fromStdString(model.picture())).pixmap(PictureSize, PictureSize));
+    picture->setPixmap(QIcon(QString::fromStdString(product.picture())).pixmap(PictureSize, PictureSize));
     facts->addWidget(picture, 0, 0, 3, 1);
 
     ElidedLabel *const name = addLabel(facts, 0, 1);
     QFont bold = font();
     bold.setBold(true);
     name->setFont(bold);
-    name->setText(QString::fromLatin1(model.name));
+    name->setText(QString::fromLatin1(product.name));
     serialLabel = addLabel(facts, 1, 1);
     bridgeLabel = addLabel(facts, 2, 1);
     setTextColor(bridgeLabel, SecondaryTextColor);

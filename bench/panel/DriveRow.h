@@ -43,7 +43,7 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    QWidget *addFacts(const Model &model);
+    QWidget *addFacts(const Model &product);
     QWidget *addState();
     void arrange(bool isWide);
 
