@@ -178,37 +178,43 @@ void MainWindow::addDevicePages(QBoxLayout *column)
             continue;
         }
         auto *devicePage = new DeviceLayout(this, device);
-        switch (updateState) {
-        case Idle:
-            // The first row is closed empty, so the drives start in the second.
-            if (index % DevicesPerRow == 0) {
-                column->addLayout(row);
-                column->addStretch();
-                row = new QHBoxLayout;
-                row->addStretch();
-            }
-            break;
-        case DeviceSelected:
-            devicePage->deviceSelected();
-            break;
-        case InProgress:
-            devicePage->updateInProgess();
-            break;
-        case Success:
-            devicePage->updateSuccess();
-            break;
-        case RestartDevice:
-            devicePage->restartDevice();
-            break;
-        case Failure:
-            devicePage->updateFailure();
-            break;
+        // The first row is closed empty, so the drives start in the second.
+        if (updateState == Idle && index % DevicesPerRow == 0) {
+            column->addLayout(row);
+            column->addStretch();
+            row = new QHBoxLayout;
+            row->addStretch();
         }
+        showState(devicePage);
         row->addWidget(devicePage->contentWidget, 0, Qt::AlignHCenter);
         row->addStretch();
     }
     column->addLayout(row);
     column->addStretch();
+}
+
+/// Turns a fresh page into the look of the update's state.
+void MainWindow::showState(DeviceLayout *devicePage) const
+{
+    switch (updateState) {
+    case Idle:
+        break;
+    case DeviceSelected:
+        devicePage->deviceSelected();
+        break;
+    case InProgress:
+        devicePage->updateInProgess();
+        break;
+    case Success:
+        devicePage->updateSuccess();
+        break;
+    case RestartDevice:
+        devicePage->restartDevice();
+        break;
+    case Failure:
+        devicePage->updateFailure();
+        break;
+    }
 }
 
 void MainWindow::resizeWindow(int deviceCount)

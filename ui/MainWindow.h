@@ -9,6 +9,7 @@
 #include <vector>
 
 class DeviceDiscoveryThread;
+class DeviceLayout;
 class QBoxLayout;
 class QLabel;
 class QStackedWidget;
@@ -64,6 +65,7 @@ private:
     bool warnOfCompanion();
     void addNoDriveMessage(QBoxLayout *column);
     void addDevicePages(QBoxLayout *column);
+    void showState(DeviceLayout *devicePage) const;
     void followUpdatedDevice(const std::vector<DeviceInfo> &newList);
     bool isSelected(const DeviceInfo &device) const;
 

@@ -51,16 +51,14 @@ Refused cannotWrite(const std::string &file, const std::string &reason)
 Refused explained(const SQLite::Exception &exception, const std::string &file)
 {
     const std::string reason = exception.what();
-    switch (exception.getErrorCode() & 0xFF) {
-    case SQLITE_BUSY:
-    case SQLITE_LOCKED:
+    const int code = exception.getErrorCode() & 0xFF;
+    if (code == SQLITE_BUSY || code == SQLITE_LOCKED) {
         return Refused(file + " was in use by another process for 5 seconds; try again");
-    case SQLITE_NOTADB:
-    case SQLITE_CORRUPT:
-        return Refused(file + " is damaged: " + reason + "; remove it and make a new bench");
-    default:
-        return cannotWrite(file, reason);
     }
+    if (code == SQLITE_NOTADB || code == SQLITE_CORRUPT) {
+        return Refused(file + " is damaged: " + reason + "; remove it and make a new bench");
+    }
+    return cannotWrite(file, reason);
 }
 
 /// The path of the database in that directory, which is there and no link.
