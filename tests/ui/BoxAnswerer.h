@@ -2,6 +2,7 @@
 
 #include "tests/support/WindowProbe.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QMessageBox>
 #include <QPointer>
