@@ -79,9 +79,11 @@ void add(const CommandLine &line, const AddOptions &options, bool hasChipset)
     checkVersion(drive.flashConfiguration);
     BenchStore store = line.openBench();
     DriveLifeCycle lifeCycle(store);
-    drive.serial =
-        options.serial.empty() ? freeSerial(lifeCycle.drives(), drive.model) : serialFrom(options.serial);
-    attempt("add " + escaped(drive.serial), [&] { lifeCycle.add(drive); });
+    store.change([&] {
+        drive.serial =
+            options.serial.empty() ? freeSerial(lifeCycle.drives(), drive.model) : serialFrom(options.serial);
+        attempt("add " + escaped(drive.serial), [&] { lifeCycle.add(drive); });
+    });
     print(escaped(drive.serial) + '\n');
 }
 

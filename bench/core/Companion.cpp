@@ -1,6 +1,5 @@
 #include "bench/core/Companion.h"
 
-#include "bench/core/Host.h"
 #include "bench/core/Refused.h"
 
 #include <algorithm>
@@ -59,14 +58,11 @@ void Companion::install()
 
 void Companion::uninstall()
 {
-    const HostState found = Host(store).state();
-    if (!found.companionInstalled) {
-        throw Refused("the companion is not installed; to install it, use: drive-bench companion install");
-    }
-    if (!found.processes.empty()) {
-        stop();
-    }
-    Host(store).change([](HostState &host) {
+    endProcesses([](HostState &host) {
+        if (!host.companionInstalled) {
+            throw Refused(
+                "the companion is not installed; to install it, use: drive-bench companion install");
+        }
         host.companionInstalled = false;
         host.serviceSubmitted = false;
         host.extensionInstalled = false;
@@ -97,20 +93,28 @@ void Companion::start(const std::string &tool)
 
 void Companion::stop()
 {
-    std::vector<Process> stopped;
+    endProcesses([](HostState &host) {
+        if (host.processes.empty()) {
+            throw Refused("the companion is not running; to start it, use: drive-bench companion start");
+        }
+        host.serviceSubmitted = false;
+        host.extensionLoaded = false;
+    });
+}
+
+/// Changes the host and takes its processes off the list, atomically; then it ends them.
+void Companion::endProcesses(const std::function<void(HostState &host)> &work)
+{
+    std::vector<Process> ended;
     store.change([&] {
         Host host(store);
-        host.change([&stopped](HostState &state) {
-            if (state.processes.empty()) {
-                throw Refused("the companion is not running; to start it, use: drive-bench companion start");
-            }
-            stopped = state.processes;
-            state.serviceSubmitted = false;
-            state.extensionLoaded = false;
+        host.change([&](HostState &state) {
+            work(state);
+            ended = state.processes;
         });
         host.removeProcesses();
     });
-    for (const Process &process : stopped) {
+    for (const Process &process : ended) {
         ::kill(static_cast<pid_t>(process.id), SIGTERM);
     }
 }

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "bench/core/BenchStore.h"
+#include "bench/core/Host.h"
 
+#include <functional>
 #include <string>
 
 namespace bench {
@@ -27,6 +29,8 @@ public:
     void startProcess(const std::string &tool, const std::string &command);
 
 private:
+    void endProcesses(const std::function<void(HostState &host)> &work);
+
     BenchStore &store;
     const std::string directory;
 };

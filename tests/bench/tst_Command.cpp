@@ -26,6 +26,7 @@ private slots:
     void showsTheLastUpdate();
     void listsModels();
     void addsAndRemovesDrives();
+    void addsManyAtOnce();
     void plugsAndRestarts();
     void setsAndClearsEveryFault_data();
     void setsAndClearsEveryFault();
@@ -71,10 +72,7 @@ void tst_Command::listsDrives()
     bench.addOutdated("B", "Lamina Slim SSD");
     bench.lifeCycle().unplug("B");
     bench.lifeCycle().setFault("A", {FaultKind::NoReturn});
-    QElapsedTimer clock;
-    clock.start();
     const QByteArray text = driveBench("list", bench.directory()).output;
-    qInfo("drive-bench list: %lld ms", clock.elapsed());
     QVERIFY2(hasLine(text, "A +Pebble +ready +0\\.9 +1 +no-return"), text.constData());
     QVERIFY2(hasLine(text, "B +Lamina Slim SSD +unplugged +0\\.9 +1 +-"), text.constData());
     QVERIFY(text.contains("\nCompanion: not installed\n"));
@@ -141,6 +139,18 @@ void tst_Command::addsAndRemovesDrives()
     QCOMPARE(driveBench("remove TV0001SKIFF", bench.directory()).status, 0);
     QCOMPARE(bench.lifeCycle().drives().size(), std::size_t(1));
     QCOMPARE(driveBench("add Pebble", bench.directory()).output, QByteArray("TV0001PEBBLE\n"));
+}
+
+/// Each finds a serial number of its own.
+void tst_Command::addsManyAtOnce()
+{
+    TemporaryBench bench;
+    const Ended ended = runProgram("sh",
+        {"-c", "for i in 1 2 3 4 5 6 7 8; do \"$0\" add Pebble & done; wait", driveBenchPath()},
+        bench.directory());
+    QCOMPARE(ended.errors, QByteArray());
+    QCOMPARE(bench.lifeCycle().drives().size(), std::size_t(8));
+    QVERIFY(ended.output.contains("TV0008PEBBLE\n"));
 }
 
 void tst_Command::plugsAndRestarts()

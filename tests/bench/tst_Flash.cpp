@@ -234,7 +234,7 @@ void tst_Flash::anIncompleteDriveCanBeFlashedAgain()
 void tst_Flash::refusesASecondWriter()
 {
     TemporaryBench bench;
-    bench.addOutdated("A", "Pebble", 5000);
+    bench.addOutdated("A", "Pebble", 2000);
     std::string reason = "none yet";
     std::thread writer([&] { reason = flash(bench); });
     QTRY_VERIFY(bench.drive("A").bytesWritten > 0);

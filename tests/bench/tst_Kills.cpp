@@ -1,4 +1,5 @@
 #include "bench/core/BenchDocument.h"
+#include "bench/core/Companion.h"
 #include "bench/core/SampleBench.h"
 #include "tests/bench/Flashing.h"
 #include "tests/bench/Programs.h"
@@ -64,7 +65,7 @@ void tst_Kills::aKilledCommandHasDoneAllOrNothing_data()
 {
     QTest::addColumn<QString>("line");
     for (const char *line : {"init --force", "add Skiff", "unplug A", "plug B", "remove A",
-             "fault A pulled-out 100", "companion install"}) {
+             "fault A pulled-out 100", "companion install", "companion uninstall"}) {
         QTest::newRow(line) << line;
     }
 }
@@ -72,14 +73,23 @@ void tst_Kills::aKilledCommandHasDoneAllOrNothing_data()
 void tst_Kills::aKilledCommandHasDoneAllOrNothing()
 {
     QFETCH(QString, line);
+    // Listed as one of the companion's, and there for every one of the benches.
+    QProcess process;
+    process.start("sh", {"-c", "trap '' TERM; exec sleep 300"});
+    QVERIFY(process.waitForStarted());
     QTemporaryDir parent;
     const QString origin = parent.filePath("origin");
-    BenchStore::create(origin.toStdString(), false, [](BenchStore &store) {
+    BenchStore::create(origin.toStdString(), false, [&](BenchStore &store) {
         for (const char *serial : {"A", "B"}) {
             Drive drive = newDrive(models().front());
             drive.serial = serial;
             drive.plugged = drive.serial == "A";
             DriveLifeCycle(store).add(drive);
+        }
+        if (line == "companion uninstall") {
+            Companion(store, {}).install();
+            Host(store).addProcess({process.processId(), "/Applications/Tarvo Quaydesk.app"});
+            store.database().exec("UPDATE processes SET heartbeat = heartbeat + 600000");
         }
     });
     const auto copyTo = [&](const QString &name) {
@@ -112,6 +122,8 @@ void tst_Kills::aKilledCommandHasDoneAllOrNothing()
         changed += found == after;
     }
     qInfo("done %d times of %d", changed, KillsOfACommand);
+    process.kill();
+    QVERIFY(process.waitForFinished());
 }
 
 void tst_Kills::aKilledFlashLeavesADriveThatCanBeFlashedAgain()
