@@ -72,6 +72,8 @@ class Program:
     def __init__(self, desktop, command, directory, environment, arguments=(), log=None):
         self.desktop = desktop
         variables = {name: value for name, value in {**desktop.environment, **environment}.items() if value is not None}
+        # On the accessibility bus, boxes are in the program's own pixels.
+        self.scale = int(variables.get("QT_SCALE_FACTOR", 1))
         self.started_at = time.monotonic()
         self.process = subprocess.Popen([str(command), *arguments], cwd=directory, env=variables, stdout=log,
                                         stderr=log, preexec_fn=end_with_parent)
@@ -220,7 +222,7 @@ class Program:
 
         def settled(screen):
             nonlocal picture
-            boxes = [window.box for window in screen.windows]
+            boxes = [[self.scale * edge for edge in window.box] for window in screen.windows]
             if not boxes:
                 return False
             before = self.desktop.screenshot()
