@@ -72,9 +72,9 @@ void tst_Flash::aFireWireDriveRunsItsNewFirmwareAtOnce()
 void tst_Flash::takesExactlyItsRateWithoutBusyWaiting()
 {
     // Never faster than its rate; the best of five, since a busy machine makes any flash late.
-    double seconds = 2;
+    double seconds = 10;
     double processorSeconds = 1;
-    for (int attempt = 0; attempt < 5 && seconds >= 1.1; ++attempt) {
+    for (int attempt = 0; attempt < 5 && seconds >= 1.5; ++attempt) {
         TemporaryBench bench;
         // The image holds 3500 bytes.
         bench.addOutdated("A", "Pebble", 3500);
@@ -85,8 +85,8 @@ void tst_Flash::takesExactlyItsRateWithoutBusyWaiting()
         processorSeconds = double(std::clock() - processorBegin) / CLOCKS_PER_SEC;
         QVERIFY2(seconds > 0.95, qPrintable(QString::number(seconds)));
     }
-    QVERIFY2(seconds < 1.1, qPrintable(QString::number(seconds)));
-    QVERIFY2(processorSeconds < 0.3, qPrintable(QString::number(processorSeconds)));
+    QVERIFY2(seconds < 1.5, qPrintable(QString::number(seconds)));
+    QVERIFY2(processorSeconds < 0.6, qPrintable(QString::number(processorSeconds)));
 }
 
 void tst_Flash::refusesBeforeErasing_data()
