@@ -24,6 +24,7 @@ void prepareBench()
     }
 }
 
+#ifdef __linux__
 bool isSet(const char *variable)
 {
     const char *const value = std::getenv(variable);
@@ -58,12 +59,13 @@ void chooseWindowingSystem()
     }
     ::setenv("QT_QPA_PLATFORM", "xcb", 1);
 }
+#else
+void chooseWindowingSystem() { }
+#endif
 
 const bool isPrepared = [] {
     prepareBench();
-#ifdef __linux__
     chooseWindowingSystem();
-#endif
     return true;
 }();
 
