@@ -71,8 +71,12 @@ def other_numbers(text):
     digits = digits.replace("'", "")
     if "." in digits:
         return [f"{float(digits) + 1}{suffix}"]
-    form = f"0x{{:0{len(digits) - 2}X}}" if digits[:2] in ("0x", "0X") else "{}"
-    value = int(digits, 0)
+    if digits[:2] in ("0x", "0X"):
+        form, value = f"0x{{:0{len(digits) - 2}X}}", int(digits, 16)
+    elif len(digits) > 1 and digits[0] == "0":
+        form, value = f"{{:0{len(digits)}o}}", int(digits, 8)
+    else:
+        form, value = "{}", int(digits)
     return [form.format(other) + suffix for other in (value + 1, value - 1) if other >= 0]
 
 
