@@ -9,7 +9,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
-/// The guide to the bench: every command in it, run as written and in its order, and what it has to name.
+/// The guide to the bench and its manual page: every command line in them, run as written and in its order,
+/// and what the guide has to name.
 class tst_Guide : public QObject
 {
     Q_OBJECT
@@ -17,22 +18,41 @@ class tst_Guide : public QObject
 private slots:
     void everyCommandWorks_data();
     void everyCommandWorks();
+    void everyExampleOfTheManualWorks_data();
+    void everyExampleOfTheManualWorks();
     void namesEveryFault();
     void namesEveryMember();
 
 private:
+    void run(QString command, const QString &bench);
+
     QTemporaryDir directory;
 };
 
 namespace {
 
-QString guide()
+QString textOf(const char *path)
 {
-    QFile file(GUIDE);
+    QFile file(path);
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
+QString guide()
+{
+    return textOf(GUIDE);
+}
+
 } // namespace
+
+/// Runs a command line of a document. Files in /tmp are in a directory of this test instead.
+void tst_Guide::run(QString command, const QString &bench)
+{
+    const QString commands = "cd \"$0\"; " + command.replace("/tmp", directory.path());
+    const Ended ended = runProgram(
+        "sh", {"-c", commands, QFileInfo(driveBenchPath()).path()}, directory.filePath(bench).toStdString());
+    QVERIFY2(ended.status == 0, ended.errors.constData());
+    QCOMPARE(ended.errors, QByteArray());
+}
 
 void tst_Guide::everyCommandWorks_data()
 {
@@ -52,11 +72,23 @@ void tst_Guide::everyCommandWorks()
     QFETCH(QString, command);
     // The program that is started by its name alone looks for its images in the working directory.
     QVERIFY2(command.startsWith("./drive-bench "), qPrintable(command));
-    const QString commands = "cd \"$0\"; " + command.replace("/tmp", directory.path());
-    const Ended ended = runProgram("sh", {"-c", commands, QFileInfo(driveBenchPath()).path()},
-        directory.filePath("bench").toStdString());
-    QVERIFY2(ended.status == 0, ended.errors.constData());
-    QCOMPARE(ended.errors, QByteArray());
+    run(command, "bench");
+}
+
+void tst_Guide::everyExampleOfTheManualWorks_data()
+{
+    QTest::addColumn<QString>("command");
+    const QString examples = textOf(MANUAL).section(".SH EXAMPLES\n.nf\n", 1).section(".fi", 0, 0);
+    for (const QString &line : examples.split('\n', Qt::SkipEmptyParts)) {
+        QTest::addRow("%s", qPrintable(line)) << QString(line).remove('\\');
+    }
+}
+
+void tst_Guide::everyExampleOfTheManualWorks()
+{
+    QFETCH(QString, command);
+    QVERIFY2(command.startsWith("drive-bench "), qPrintable(command));
+    run("./" + command, "manual");
 }
 
 void tst_Guide::namesEveryFault()
