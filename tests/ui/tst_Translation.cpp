@@ -8,6 +8,8 @@
 #include <QTranslator>
 #include <QtTest>
 
+#include <memory>
+
 using DeviceRecords::usbDrive;
 
 namespace {
@@ -133,6 +135,23 @@ QStringList without(QStringList list, const QStringList &others)
     return list;
 }
 
+using StateFunction = void (DeviceLayout::*)();
+
+/// What a page goes through; null for what it begins with.
+constexpr StateFunction StateFunctions[] = {nullptr, &DeviceLayout::deviceSelected,
+    &DeviceLayout::updateInProgess, &DeviceLayout::updateSuccess, &DeviceLayout::restartDevice,
+    &DeviceLayout::updateFailure};
+
+/// The page of a drive in that state.
+std::unique_ptr<DeviceLayout> pageOf(QObject *receiver, const DeviceInfo &drive, StateFunction stateFunction)
+{
+    auto page = std::make_unique<DeviceLayout>(receiver, drive);
+    if (stateFunction != nullptr) {
+        (page.get()->*stateFunction)();
+    }
+    return page;
+}
+
 } // namespace
 
 class tst_Translation : public QObject
@@ -141,6 +160,7 @@ class tst_Translation : public QObject
 
 private slots:
     void everyPhraseOfAPageIsTranslated();
+    void everyAccessibleNameOfAPageIsTranslated();
     void everyPhraseOfTheWindowIsTranslated();
     void sourcesNameEveryPhrase_data();
     void sourcesNameEveryPhrase();
@@ -154,15 +174,9 @@ void tst_Translation::everyPhraseOfAPageIsTranslated()
     const QRegularExpression values("Tarvo|Pebble|1\\.2|1\\.3|=>|</?b>|\\s");
     QStringList missing = expected;
     for (const DeviceInfo &drive : everyDrive()) {
-        for (void (DeviceLayout::*stateFunction)() : {static_cast<void (DeviceLayout::*)()>(nullptr),
-                 &DeviceLayout::deviceSelected, &DeviceLayout::updateInProgess, &DeviceLayout::updateSuccess,
-                 &DeviceLayout::restartDevice, &DeviceLayout::updateFailure}) {
+        for (const StateFunction stateFunction : StateFunctions) {
             PageReceiver receiver;
-            DeviceLayout page(&receiver, drive);
-            if (stateFunction != nullptr) {
-                (page.*stateFunction)();
-            }
-            for (const QString &text : textsOf(page)) {
+            for (const QString &text : textsOf(*pageOf(&receiver, drive, stateFunction))) {
                 QString rest;
                 const QStringList phrases = phrasesIn(text, &rest);
                 QCOMPARE(rest.remove(values), QString());
@@ -172,6 +186,31 @@ void tst_Translation::everyPhraseOfAPageIsTranslated()
         }
     }
     QCOMPARE(missing, QStringList());
+}
+
+void tst_Translation::everyAccessibleNameOfAPageIsTranslated()
+{
+    const MarkingTranslator translator;
+    QStringList found;
+    for (const DeviceInfo &drive : everyDrive()) {
+        for (const StateFunction stateFunction : StateFunctions) {
+            PageReceiver receiver;
+            const auto page = pageOf(&receiver, drive, stateFunction);
+            for (const QWidget *widget : page->findChildren<QWidget *>()) {
+                for (const QString &text : {widget->accessibleName(), widget->accessibleDescription()}) {
+                    QString rest;
+                    found += phrasesIn(text, &rest);
+                    QCOMPARE(rest, QString());
+                }
+            }
+        }
+    }
+    const QStringList expected = marked("DeviceLayout",
+        {"Picture of the Tarvo Pebble",
+            "Tarvo Pebble, serial number " + QString(usbDrive().serialNumber.c_str()), "Up to date",
+            "Update required", "Unknown status", "Not supported", "Warning", "Error", "Updating the device",
+            "Waiting for the device to be powered off and on"});
+    QCOMPARE(without(expected, found), QStringList());
 }
 
 void tst_Translation::everyPhraseOfTheWindowIsTranslated()
