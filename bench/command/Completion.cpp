@@ -1,8 +1,5 @@
-#include "bench/command/Completion.h"
-
 #include "bench/command/CommandLine.h"
 #include "bench/core/DriveLifeCycle.h"
-#include "bench/core/Files.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
 
@@ -18,37 +15,34 @@ struct Position
     CLI::App *command;
     std::vector<std::string> arguments = {}; ///< of the command, without options
     std::string benchDirectory = bench::benchDirectory();
-    bool isValue = false; ///< the word is the value of an option
+    std::string option = {}; ///< the word is the value of this one; empty where it is not
 };
 
-CLI::App *subcommand(CLI::App *parent, const std::string &name)
+bool isOption(const std::string &word)
 {
-    for (CLI::App *command : parent->get_subcommands({})) {
-        if (command->get_name() == name) {
-            return command;
-        }
-    }
-    return nullptr;
+    return word.compare(0, 1, "-") == 0;
 }
 
 Position positionBehind(CLI::App &root, const std::vector<std::string> &words)
 {
     Position position{&root};
-    std::string option;
+    const auto setOption = [&position](const std::string &option, const std::string &value) {
+        position.benchDirectory = option == "--bench" ? value : position.benchDirectory;
+    };
     for (const std::string &word : words) {
-        if (position.isValue) {
-            position.benchDirectory = option == "--bench" ? word : position.benchDirectory;
-            position.isValue = false;
-        } else if (word.compare(0, 1, "-") == 0) {
-            const std::size_t equals = std::min(word.find('='), word.size());
-            option = word.substr(0, equals);
-            const CLI::Option *const known = position.command->get_option_no_throw(option);
-            const bool hasValue = equals < word.size();
-            position.isValue = known != nullptr && known->get_items_expected_max() > 0 && !hasValue;
-            position.benchDirectory =
-                option == "--bench" && hasValue ? word.substr(equals + 1) : position.benchDirectory;
-        } else if (CLI::App *const command = subcommand(position.command, word)) {
-            position.command = command;
+        const std::size_t equals = std::min(word.find('='), word.size());
+        const auto commands = position.command->get_subcommands(
+            [&word](const CLI::App *command) { return command->get_name() == word; });
+        if (!position.option.empty()) {
+            setOption(position.option, word);
+            position.option.clear();
+        } else if (isOption(word) && equals < word.size()) {
+            setOption(word.substr(0, equals), word.substr(equals + 1));
+        } else if (isOption(word)) {
+            const CLI::Option *const option = position.command->get_option_no_throw(word);
+            position.option = option != nullptr && option->get_items_expected_max() > 0 ? word : "";
+        } else if (!commands.empty()) {
+            position.command = commands.front();
         } else {
             position.arguments.push_back(word);
         }
@@ -56,14 +50,18 @@ Position positionBehind(CLI::App &root, const std::vector<std::string> &words)
     return position;
 }
 
-std::vector<Drive> drivesOf(const std::string &benchDirectory)
+/// The argument that comes next, null when the command takes no more.
+const CLI::Option *nextArgument(const Position &position)
 {
-    try {
-        BenchStore store(benchDirectory);
-        return DriveLifeCycle(store).drives();
-    } catch (const Refused &) {
-        return {};
+    std::size_t taken = position.arguments.size();
+    for (const CLI::Option *option : position.command->get_options()) {
+        const auto count = static_cast<std::size_t>(option->get_items_expected_max());
+        if (option->get_positional() && taken < count) {
+            return option;
+        }
+        taken -= option->get_positional() ? count : 0;
     }
+    return nullptr;
 }
 
 /// What may stand for an argument of that name behind those that are there.
@@ -71,7 +69,8 @@ std::vector<std::string> candidates(const std::string &argument, const Position 
 {
     std::vector<std::string> found;
     if (argument == "SERIAL") {
-        for (const Drive &drive : drivesOf(position.benchDirectory)) {
+        BenchStore store(position.benchDirectory);
+        for (const Drive &drive : DriveLifeCycle(store).drives()) {
             found.push_back(escaped(drive.serial));
         }
     } else if (argument == "MODEL") {
@@ -79,12 +78,10 @@ std::vector<std::string> candidates(const std::string &argument, const Position 
             found.emplace_back(model.name);
         }
     } else if (argument == "FAULT" && position.command->get_name() == "clear") {
-        for (const Drive &drive : drivesOf(position.benchDirectory)) {
-            for (const Fault &fault : drive.faults) {
-                if (escaped(drive.serial) == position.arguments.front()) {
-                    found.emplace_back(describe(fault.kind).name);
-                }
-            }
+        BenchStore store(position.benchDirectory);
+        const std::string serial = unescaped(position.arguments.front()).value_or("");
+        for (const Fault &fault : DriveLifeCycle(store).drive(serial).faults) {
+            found.emplace_back(describe(fault.kind).name);
         }
     } else if (argument == "FAULT") {
         for (const FaultDescription &kind : faultDescriptions()) {
@@ -101,31 +98,26 @@ std::vector<std::string> candidates(const std::string &argument, const Position 
 std::vector<std::string> allCandidates(const Position &position, const std::string &beginning)
 {
     std::vector<std::string> found;
-    if (position.isValue) {
+    if (!position.option.empty()) {
         return found;
     }
-    std::vector<std::string> arguments;
-    for (const CLI::Option *option : position.command->get_options()) {
-        const bool isArgument = option->get_positional();
-        if (isArgument) {
-            // The last argument of many is repeated for any further one.
-            const int count = std::min(option->get_items_expected_max(), 1000);
-            arguments.insert(arguments.end(), static_cast<std::size_t>(count), option->get_name());
-        } else if (beginning.compare(0, 1, "-") == 0) {
-            found.push_back("--" + option->get_lnames().front());
+    if (isOption(beginning)) {
+        for (const CLI::Option *option : position.command->get_options()) {
+            if (!option->get_positional()) {
+                found.push_back("--" + option->get_lnames().front());
+            }
         }
-    }
-    if (beginning.compare(0, 1, "-") == 0) {
         return found;
+    }
+    if (const CLI::Option *const argument = nextArgument(position)) {
+        return candidates(argument->get_name(), position);
     }
     if (position.arguments.empty()) {
         for (const CLI::App *command : position.command->get_subcommands({})) {
             found.push_back(command->get_name());
         }
     }
-    return position.arguments.size() < arguments.size()
-        ? candidates(arguments[position.arguments.size()], position)
-        : found;
+    return found;
 }
 
 } // namespace
@@ -135,10 +127,12 @@ std::string completions(CommandLine &line, const std::vector<std::string> &words
     const std::string beginning = words.empty() ? std::string() : words.back();
     const std::vector<std::string> before(words.begin(), words.empty() ? words.end() : words.end() - 1);
     std::string text;
-    for (const std::string &candidate : allCandidates(positionBehind(line.root(), before), beginning)) {
-        if (candidate.compare(0, beginning.size(), beginning) == 0) {
-            text += candidate + '\n';
+    try {
+        for (const std::string &candidate : allCandidates(positionBehind(line.root(), before), beginning)) {
+            text += candidate.compare(0, beginning.size(), beginning) == 0 ? candidate + '\n' : "";
         }
+    } catch (const Refused &) {
+        return {}; // of a bench that cannot be read no drive is known
     }
     return text;
 }
