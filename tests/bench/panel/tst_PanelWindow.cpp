@@ -167,7 +167,7 @@ void tst_PanelWindow::everyTextIsLegible()
     });
     isDarkBefore ? darken() : lighten();
     Panel panel(bench);
-    panel.window.resize(1000, 800);
+    panel.window.resize(1000, 1100);
     bench.lifeCycle().unplug("TV0002BOLLARD");
     panel.press("Unplug TV0002BOLLARD");
     QVERIFY(panel.shows("it is unplugged already"));
