@@ -77,7 +77,8 @@ CLI::App *CommandLine::add(const std::string &name, const std::string &summary, 
 {
     const std::size_t space = name.find(' ');
     CLI::App *const parent = space == std::string::npos ? &app : app.get_subcommand(name.substr(0, space));
-    CLI::App *const command = parent->add_subcommand(name.substr(space + 1), summary);
+    CLI::App *const command =
+        parent->add_subcommand(space == std::string::npos ? name : name.substr(space + 1), summary);
     addBenchOption(command);
     command->footer(details + (details.empty() ? "" : "\n\n") + "Example:\n  drive-bench " + name
         + (example.empty() ? "" : ' ' + example));

@@ -82,15 +82,13 @@ void printList(const CommandLine &line)
         return;
     }
     std::vector<Row> rows{{"SERIAL", "MODEL", "STATE", "FIRMWARE", "CONFIGURATION", "FAULTS"}};
-    const auto orElse = [](const std::string &text, const char *other) {
-        return text.empty() ? other : text;
+    const auto running = [](const Drive &drive, const std::string &version) {
+        return drive.incomplete || version.empty() ? "none" : escaped(version);
     };
     for (const Drive &drive : drives) {
-        const bool runs = !drive.incomplete;
         rows.push_back({escaped(drive.serial), drive.model, drive.progressText(),
-            orElse(runs ? escaped(drive.runningFirmware) : "", "none"),
-            orElse(runs ? escaped(drive.runningConfiguration) : "", "none"),
-            orElse(faultNames(drive.faults), "-")});
+            running(drive, drive.runningFirmware), running(drive, drive.runningConfiguration),
+            drive.faults.empty() ? "-" : faultNames(drive.faults)});
     }
     printColumns(rows);
     print("\nCompanion: " + companionText(host) + '\n');
