@@ -46,7 +46,7 @@ void writeAll(const std::map<std::string, std::string> &files)
     }
 }
 
-void build(const Options &options)
+void buildImages(const Options &options)
 {
     std::vector<Model> wanted;
     for (const std::string &name : options.models) {
@@ -68,7 +68,7 @@ void build(const Options &options)
     }
 }
 
-void inspect(const std::string &file, bool asJson)
+void inspectImage(const std::string &file, bool asJson)
 {
     FirmwareImage image;
     try {
@@ -105,7 +105,7 @@ void addImageCommands(CommandLine &line)
     CLI::App *const build = line.add("image build", "Write the firmware images of the models",
         "Without a model, those of all models. They go beside the executable, where the program looks\n"
         "for them.",
-        "Pebble --firmware 2.15 --output .", [&options] { bench::build(options); });
+        "Pebble --firmware 2.15 --output .", [&options] { buildImages(options); });
     build->add_option("MODEL", options.models, "names of models");
     build->add_option("--output", options.imageDirectory, "write into this directory")->type_name("DIR");
     build->add_option("--firmware", options.firmware, "instead of the newest firmware version")
@@ -116,7 +116,7 @@ void addImageCommands(CommandLine &line)
     build->add_flag("--quiet", options.quiet, "print nothing");
 
     CLI::App *const inspect = line.add("image inspect", "Check a firmware image and show what is in it", "",
-        "pebble.tfw", [&options] { bench::inspect(options.file, options.json); });
+        "pebble.tfw", [&options] { inspectImage(options.file, options.json); });
     inspect->add_option("FILE", options.file, "the image")->required();
     inspect->add_flag("--json", options.json, "print JSON");
 }
