@@ -110,8 +110,13 @@ DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidge
     lines->setSpacing(2);
     addFacts(lines, drive.catalogueModel());
 
+    buttons = new DriveButtons(benchDirectory, drive, this);
+    connect(buttons, &DriveButtons::pressed, this, &DriveRow::pressed);
+    lines->addSpacing(Spacing / 2);
+    lines->addWidget(buttons);
+    lines->addSpacing(Spacing / 2);
+
     pluggedLabel = new ElidedLabel(this);
-    lines->addSpacing(2);
     lines->addWidget(pluggedLabel);
     stateLabel = new ElidedLabel(this);
     lines->addWidget(stateLabel);
@@ -124,11 +129,6 @@ DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidge
     lines->addWidget(progress);
     updateLabel = new ElidedLabel(this, QPalette::PlaceholderText);
     lines->addWidget(updateLabel);
-
-    buttons = new DriveButtons(benchDirectory, drive, this);
-    connect(buttons, &DriveButtons::pressed, this, &DriveRow::pressed);
-    lines->addSpacing(Spacing / 2);
-    lines->addWidget(buttons);
 }
 
 void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)

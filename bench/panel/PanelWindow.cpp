@@ -41,15 +41,16 @@ int updaterHeight(std::size_t drives)
     return std::min(700, (static_cast<int>(drives) + 2) / 3 * 200 + 120);
 }
 
-/// Dark on white for every role and group, so that nothing is left to the colours of the desktop.
+/// Dark on white for every role and group, so that nothing is left to the colours of the desktop. What
+/// explains another text has the role of placeholders, what went wrong that of bright text.
 QPalette panelPalette()
 {
     const QColor text(0x20, 0x20, 0x20);
-    const QColor explanation(0x50, 0x50, 0x50);
+    const QColor button(0xF0, 0xF0, 0xF0);
     const QColor problem(0xA0, 0x10, 0x10);
-    QPalette palette(text, QColor(0xF0, 0xF0, 0xF0), Qt::white, QColor(0xA0, 0xA0, 0xA0),
-        QColor(0xC0, 0xC0, 0xC0), text, problem, Qt::white, Qt::white);
-    palette.setColor(QPalette::PlaceholderText, explanation);
+    QPalette palette(text, button, Qt::white, QColor(0xA0, 0xA0, 0xA0), QColor(0xC0, 0xC0, 0xC0), text,
+        problem, Qt::white, Qt::white);
+    palette.setColor(QPalette::PlaceholderText, QColor(0x50, 0x50, 0x50));
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         palette.setColor(QPalette::Disabled, role, QColor(0x60, 0x60, 0x60));
     }
