@@ -61,7 +61,6 @@ int main(int argc, char **argv)
     qInstallMessageHandler(endWithoutDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(nullptr);
-    QCoreApplication::setApplicationName(QStringLiteral("drive-bench-panel"));
 
     CLI::App app(
         "The drives of a bench in a window: unplug them, plug them in, let them fail.", "drive-bench-panel");
