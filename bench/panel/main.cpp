@@ -1,9 +1,8 @@
 #include "bench/core/Files.h"
 #include "bench/panel/PanelWindow.h"
 
-#include <CLI/CLI.hpp>
-
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QScreen>
 #include <QTimer>
 
@@ -11,7 +10,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <string>
 
 namespace {
 
@@ -62,28 +60,34 @@ int main(int argc, char **argv)
     QApplication application(argc, argv);
     qInstallMessageHandler(nullptr);
 
-    CLI::App app(
-        "The drives of a bench in a window: unplug them, plug them in, let them fail.", "drive-bench-panel");
-    std::string directory = bench::benchDirectory();
-    app.add_option("--bench", directory, "the directory of the bench, instead of $TARVO_BENCH")
-        ->type_name("DIR");
-    bool isBeside = false;
-    app.add_flag("--beside-updater", isBeside,
-        "open it right of the updater in the upper left corner of the screen, or below it");
-    app.footer("Without --bench and $TARVO_BENCH the bench is in the directory \"bench\" beside the "
-               "executable, for an\n"
-               "installed package in $XDG_DATA_HOME/tarvo-drive-bench.");
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::Success &help) {
-        return app.exit(help);
-    } catch (const CLI::ParseError &error) {
-        std::fprintf(stderr, "drive-bench-panel: %s; see: drive-bench-panel --help\n", error.what());
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("The drives of a bench in a window: unplug them, plug them in, let them fail."));
+    const QCommandLineOption directory(QStringLiteral("bench"),
+        QStringLiteral(
+            "The directory of the bench, instead of $TARVO_BENCH. Without either it is the directory "
+            "\"bench\" beside the executable, for an installed package "
+            "$XDG_DATA_HOME/tarvo-drive-bench."),
+        QStringLiteral("DIR"), QString::fromStdString(bench::benchDirectory()));
+    const QCommandLineOption beside(QStringLiteral("beside-updater"),
+        QStringLiteral("Open it right of the updater in the upper left corner of the screen, or below it."));
+    parser.addOptions({directory, beside});
+    const QCommandLineOption help = parser.addHelpOption();
+    const bool isUnderstood = parser.parse(QCoreApplication::arguments());
+    if (!isUnderstood || !parser.positionalArguments().isEmpty()) {
+        const QString problem = isUnderstood
+            ? QStringLiteral("It takes no argument \"%1\".").arg(parser.positionalArguments().first())
+            : parser.errorText();
+        std::fprintf(stderr, "drive-bench-panel: %s See: drive-bench-panel --help\n", qPrintable(problem));
         return 2;
     }
+    if (parser.isSet(help)) {
+        std::printf("%s", qPrintable(parser.helpText()));
+        return 0;
+    }
 
-    bench::PanelWindow window(directory, bench::executableDirectory());
-    if (isBeside) {
+    bench::PanelWindow window(parser.value(directory).toStdString(), bench::executableDirectory());
+    if (parser.isSet(beside)) {
         window.placeBesideUpdater(window.screen()->availableGeometry());
     }
     QTimer poll;
