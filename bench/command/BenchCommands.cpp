@@ -1,7 +1,6 @@
 #include "bench/command/CommandLine.h"
 #include "bench/core/BenchDocument.h"
 #include "bench/core/DriveLifeCycle.h"
-#include "bench/core/Files.h"
 #include "bench/core/Refused.h"
 #include "bench/core/SampleBench.h"
 
@@ -11,69 +10,43 @@ namespace {
 
 constexpr std::size_t MaximumDocument = 256 * 1024 * 1024;
 
-struct InitOptions
+void init(const Options &options)
 {
-    bool force = false;
-    bool empty = false;
-    std::int64_t rate = Drive::DefaultFlashRate;
-    std::string file;
-};
-
-BenchDocument documentFrom(const std::string &file)
-{
-    std::string text;
-    attempt("read " + file, [&] { text = readFile(file, MaximumDocument); });
-    return parseBench(text, file);
-}
-
-void init(const CommandLine &line, const InitOptions &options)
-{
-    std::size_t count = 0;
+    BenchDocument document;
+    std::vector<Drive> drives;
     if (!options.file.empty()) {
-        const BenchDocument document = documentFrom(options.file);
-        count = document.drives.size();
-        BenchStore::create(line.benchDirectory(), options.force,
-            [&document](BenchStore &store) { fillBench(store, document); });
-    } else {
-        std::vector<Drive> drives = options.empty ? std::vector<Drive>() : sampleDrives();
-        count = drives.size();
-        BenchStore::create(line.benchDirectory(), options.force, [&](BenchStore &store) {
-            for (Drive &drive : drives) {
-                drive.flashRate = options.rate;
-                DriveLifeCycle(store).add(drive);
-            }
-        });
+        std::string text;
+        attempt("read " + options.file, [&] { text = readFile(options.file, MaximumDocument); });
+        document = parseBench(text, options.file);
+    } else if (!options.empty) {
+        drives = sampleDrives();
     }
-    print(line.benchDirectory() + ": a bench with " + std::to_string(count) + " drives\n");
+    BenchStore::create(options.benchDirectory, options.force, [&](BenchStore &store) {
+        fillBench(store, document);
+        for (Drive &drive : drives) {
+            drive.flashRate = options.rate.value_or(drive.flashRate);
+            DriveLifeCycle(store).add(drive);
+        }
+    });
+    const std::size_t count = document.drives.size() + drives.size();
+    print(options.benchDirectory + ": a bench with " + std::to_string(count) + " drives\n");
 }
 
 void addInit(CommandLine &line)
 {
-    const auto options = std::make_shared<InitOptions>();
-    CLI::App *const command = line.add(&line.root(), "init", "Make a bench with six sample drives",
+    Options &options = line.options;
+    CLI::App *const command = line.add("init", "Make a bench with six sample drives",
         "One drive each that needs both, firmware, configuration, both over FireWire, nothing,\n"
         "and one whose bridge has no updater.",
-        "drive-bench init --bench /tmp/bench --force");
-    command->add_flag("--force", options->force, "replace the bench that is there");
-    CLI::Option *const empty = command->add_flag("--empty", options->empty, "without the sample drives");
-    CLI::Option *const rate = addNumber(command, "--rate", "BYTES", options->rate, 1, Drive::MaximumFlashRate,
+        "--bench /tmp/bench --force", [&options] { init(options); });
+    command->add_flag("--force", options.force, "replace the bench that is there");
+    CLI::Option *const empty = command->add_flag("--empty", options.empty, "without the sample drives");
+    CLI::Option *const rate = addNumber(command, "--rate", "BYTES", options.rate, 1, Drive::MaximumFlashRate,
         "flash rate in bytes a second (16384)");
-    command->add_option("--from", options->file, "with what drive-bench export printed into this file")
+    command->add_option("--from", options.file, "with what drive-bench export printed into this file")
         ->type_name("FILE")
         ->excludes(empty)
         ->excludes(rate);
-    command->callback([&line, options] { init(line, *options); });
-}
-
-void addExport(CommandLine &line)
-{
-    CLI::App *const command = line.add(&line.root(), "export", "Print the whole bench as JSON",
-        "For version control, for a bug report, or to be edited and read again with init --from.",
-        "drive-bench export > bench.json");
-    command->callback([&line] {
-        BenchStore store = line.openBench();
-        print(exportBench(store));
-    });
 }
 
 } // namespace
@@ -81,7 +54,12 @@ void addExport(CommandLine &line)
 void addBenchCommands(CommandLine &line)
 {
     addInit(line);
-    addExport(line);
+    line.add("export", "Print the whole bench as JSON",
+        "For version control, for a bug report, or to be edited and read again with init --from.",
+        "> bench.json", [&line] {
+            BenchStore store = line.openBench();
+            print(exportBench(store));
+        });
 }
 
 } // namespace bench

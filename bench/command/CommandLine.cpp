@@ -1,7 +1,6 @@
 #include "bench/command/CommandLine.h"
 
 #include "Version.h"
-#include "bench/core/Files.h"
 #include "bench/core/FirmwareImage.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
@@ -55,15 +54,14 @@ std::string suggestion(const CLI::App &parent, const std::string &word)
 
 CommandLine::CommandLine() : app("A bench of simulated drives, in place of drives on a desk.", "drive-bench")
 {
-    directory = bench::benchDirectory();
-    app.add_option("--bench", directory, "the directory of the bench, instead of $TARVO_BENCH")
-        ->type_name("DIR");
+    addBenchOption(&app);
     app.set_version_flag("--version", std::string("drive-bench ") + TarvoVersion);
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
     app.footer(
-        "Every command takes --bench DIR (otherwise $TARVO_BENCH, otherwise the directory \"bench\" beside\n"
-        "the executable) and --help. Exit status: 0 done, 1 refused, 2 wrong usage.\n\n"
+        "Every command takes --bench DIR and --help. Without --bench and $TARVO_BENCH the bench is in the\n"
+        "directory \"bench\" beside the executable, for an installed package in\n"
+        "$XDG_DATA_HOME/tarvo-drive-bench. Exit status: 0 done, 1 refused, 2 wrong usage.\n\n"
         "Example:\n  drive-bench init --bench /tmp/bench");
     addBenchCommands(*this);
     addListCommands(*this);
@@ -74,14 +72,44 @@ CommandLine::CommandLine() : app("A bench of simulated drives, in place of drive
     addWatchCommands(*this);
 }
 
-CLI::App *CommandLine::add(CLI::App *parent, const std::string &name, const std::string &summary,
-    const std::string &details, const std::string &example)
+CLI::App *CommandLine::add(const std::string &name, const std::string &summary, const std::string &details,
+    const std::string &example, const std::function<void()> &work)
 {
-    CLI::App *const command = parent->add_subcommand(name, summary);
-    command->add_option("--bench", directory, "the directory of the bench, instead of $TARVO_BENCH")
-        ->type_name("DIR");
-    command->footer((details.empty() ? "" : details + "\n\n") + "Example:\n  " + example);
+    const std::size_t space = name.find(' ');
+    CLI::App *const parent = space == std::string::npos ? &app : app.get_subcommand(name.substr(0, space));
+    CLI::App *const command =
+        parent->add_subcommand(space == std::string::npos ? name : name.substr(space + 1), summary);
+    addBenchOption(command);
+    command->footer(details + (details.empty() ? "" : "\n\n") + "Example:\n  drive-bench " + name
+        + (example.empty() ? "" : ' ' + example));
+    command->callback(work);
     return command;
+}
+
+CLI::App *CommandLine::addForDrive(const std::string &name, const std::string &summary,
+    const std::string &details, const std::string &example, const std::function<void()> &work)
+{
+    CLI::App *const command = add(name, summary, details, example, work);
+    command->add_option("SERIAL", options.serial, "the drive")->required();
+    return command;
+}
+
+void CommandLine::addBenchOption(CLI::App *command)
+{
+    command
+        ->add_option("--bench", options.benchDirectory, "the directory of the bench, instead of $TARVO_BENCH")
+        ->type_name("DIR");
+}
+
+void CommandLine::onDrive(const std::string &action,
+    const std::function<void(DriveLifeCycle &drives, const std::string &serial)> &work) const
+{
+    attempt(action + ' ' + options.serial, [&] {
+        const std::string serial = serialFrom(options.serial);
+        BenchStore store = openBench();
+        DriveLifeCycle drives(store);
+        work(drives, serial);
+    });
 }
 
 int CommandLine::run(int argc, char **argv)
@@ -124,7 +152,8 @@ int CommandLine::explain(const CLI::ParseError &error) const
 }
 
 CLI::Option *addNumber(CLI::App *command, const std::string &name, const std::string &valueName,
-    std::int64_t &number, std::int64_t minimum, std::int64_t maximum, const std::string &description)
+    std::optional<std::int64_t> &number, std::int64_t minimum, std::int64_t maximum,
+    const std::string &description)
 {
     // The library itself would read 010 as an octal number.
     const auto toDecimal = [=](std::string &text) {
@@ -150,18 +179,53 @@ std::string serialFrom(const std::string &argument)
     return *serial;
 }
 
-void checkVersion(const std::string &version)
+std::string versionFrom(const std::string &argument, const std::string &otherwise)
 {
+    const std::string &version = argument.empty() ? otherwise : argument;
     const bool isAscii = std::all_of(version.begin(), version.end(), [](char letter) { return letter > 0; });
-    if (version.size() > FirmwareImage::MaximumText || version.empty() || !isAscii) {
+    if (version.size() > FirmwareImage::MaximumText || !isAscii) {
         throw WrongUsage("--firmware and --configuration take 1 to "
             + std::to_string(FirmwareImage::MaximumText) + " ASCII characters each");
     }
+    return version;
+}
+
+const Model &modelNamed(const std::string &name)
+{
+    const Model *const model = findModel(name);
+    if (model == nullptr) {
+        throw Refused("there is no such model; drive-bench models lists them");
+    }
+    return *model;
 }
 
 void print(const std::string &text)
 {
     std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+void printColumns(const std::vector<std::vector<std::string>> &rows)
+{
+    std::vector<std::size_t> widths(rows.front().size());
+    for (const auto &row : rows) {
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], row[i].size() + 2);
+        }
+    }
+    for (const auto &row : rows) {
+        std::string line;
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            line += row[i];
+            line.resize(line.size() + widths[i] - row[i].size(), ' ');
+        }
+        print(line.substr(0, line.find_last_not_of(' ') + 1) + '\n');
+    }
+}
+
+std::string versionsText(const std::string &firmware, const std::string &configuration)
+{
+    return firmware.empty() ? "none"
+                            : "firmware " + escaped(firmware) + ", configuration " + escaped(configuration);
 }
 
 void attempt(const std::string &action, const std::function<void()> &work)

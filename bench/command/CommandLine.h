@@ -1,13 +1,43 @@
 #pragma once
 
 #include "bench/core/BenchStore.h"
+#include "bench/core/DriveLifeCycle.h"
+#include "bench/core/Files.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace bench {
+
+/// The arguments and options of all commands: a process runs one of them.
+struct Options
+{
+    std::string benchDirectory = bench::benchDirectory();
+    std::string serial; ///< as it was typed, see serialFrom()
+    std::string model;
+    std::vector<std::string> models;
+    std::string firmware; ///< version; empty for the model's newest one
+    std::string configuration; ///< revision; empty for the model's newest one
+    std::optional<std::int64_t> chipset;
+    std::optional<std::int64_t> rate; ///< bytes a second
+    std::optional<std::int64_t> seconds;
+    std::string fault;
+    std::string value;
+    std::string file;
+    std::string imageDirectory = executableDirectory();
+    bool empty = false;
+    bool force = false;
+    bool json = false;
+    bool list = false;
+    bool once = false;
+    bool quiet = false;
+    bool unplugged = false;
+};
 
 /// The command line of drive-bench: the commands and what they share.
 class CommandLine
@@ -19,19 +49,29 @@ public:
     int run(int argc, char **argv);
 
     CLI::App &root() { return app; }
-    const std::string &benchDirectory() const { return directory; }
-    BenchStore openBench() const { return BenchStore(directory); }
+    BenchStore openBench() const { return BenchStore(options.benchDirectory); }
 
-    /// Adds a command to `parent`. `summary` begins its help and stands in the list of commands, `details`
-    /// follows and may be empty, `example` is a whole command line.
-    CLI::App *add(CLI::App *parent, const std::string &name, const std::string &summary,
-        const std::string &details, const std::string &example);
+    /// Adds a command that runs `work`. `name` may be two words, the first of which is a command that was
+    /// added before. `summary` begins its help and stands in the list of commands, `details` follows and may
+    /// be empty, `example` is what may stand behind the name.
+    CLI::App *add(const std::string &name, const std::string &summary, const std::string &details,
+        const std::string &example, const std::function<void()> &work);
+    /// Adds a command that takes the serial number of a drive.
+    CLI::App *addForDrive(const std::string &name, const std::string &summary, const std::string &details,
+        const std::string &example, const std::function<void()> &work);
+
+    /// Runs `work` on the drive that the arguments name; what is refused is refused as "cannot <action>
+    /// <drive>: <reason>".
+    void onDrive(const std::string &action,
+        const std::function<void(DriveLifeCycle &drives, const std::string &serial)> &work) const;
+
+    Options options; ///< complete when a command runs
 
 private:
+    void addBenchOption(CLI::App *command);
     int explain(const CLI::ParseError &error) const;
 
     CLI::App app;
-    std::string directory;
 };
 
 // Each family of commands has a source file of its own.
@@ -45,7 +85,11 @@ void addWatchCommands(CommandLine &line); ///< watch, panel
 
 /// An option that takes a whole number between the limits.
 CLI::Option *addNumber(CLI::App *command, const std::string &name, const std::string &valueName,
-    std::int64_t &number, std::int64_t minimum, std::int64_t maximum, const std::string &description);
+    std::optional<std::int64_t> &number, std::int64_t minimum, std::int64_t maximum,
+    const std::string &description);
+
+/// What may stand in the place of the last of these words of a command line, one candidate a line.
+std::string completions(CommandLine &line, const std::vector<std::string> &words);
 
 /// A wrong usage that only a command can notice.
 class WrongUsage : public CLI::ParseError
@@ -57,11 +101,21 @@ public:
 /// The bytes of the serial number that an argument names: \xNN stands for any byte. Throws WrongUsage.
 std::string serialFrom(const std::string &argument);
 
-/// Throws WrongUsage when the version cannot stand in an image.
-void checkVersion(const std::string &version);
+/// The model of that name. Refused when there is none.
+const Model &modelNamed(const std::string &name);
+
+/// The version that was given or, where that is empty, the other one. Throws WrongUsage when it cannot stand
+/// in an image.
+std::string versionFrom(const std::string &argument, const std::string &otherwise);
 
 /// Prints on standard output.
 void print(const std::string &text);
+
+/// Prints rows of ASCII in columns as wide as they need to be.
+void printColumns(const std::vector<std::vector<std::string>> &rows);
+
+/// A firmware version and a configuration revision, bytes, for a person; "none" for empty ones.
+std::string versionsText(const std::string &firmware, const std::string &configuration);
 
 /// Runs `work`; what it is refused is refused as "cannot <action>: <reason>".
 void attempt(const std::string &action, const std::function<void()> &work);

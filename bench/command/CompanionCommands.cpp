@@ -1,18 +1,16 @@
 #include "bench/command/CommandLine.h"
 #include "bench/core/Companion.h"
-#include "bench/core/Files.h"
 
 namespace bench {
 
 namespace {
 
-void addAction(CommandLine &line, CLI::App *parent, const std::string &name, const std::string &summary,
+void addAction(CommandLine &line, const std::string &name, const std::string &summary,
     const std::string &details, const std::function<void(Companion &companion)> &action)
 {
-    CLI::App *const command = line.add(parent, name, summary, details, "drive-bench companion " + name);
-    command->callback([&line, action] {
+    line.add("companion " + name, summary, details, "", [&line, action] {
         BenchStore store = line.openBench();
-        Companion companion(store, line.benchDirectory());
+        Companion companion(store, line.options.benchDirectory);
         action(companion);
     });
 }
@@ -21,19 +19,18 @@ void addAction(CommandLine &line, CLI::App *parent, const std::string &name, con
 
 void addCompanionCommands(CommandLine &line)
 {
-    CLI::App *const parent = line.add(&line.root(), "companion",
-        "Install, start, stop or remove the companion product", "", "drive-bench companion install");
-    parent->require_subcommand(1);
-    addAction(line, parent, "install", "Install the companion product",
+    line.add("companion", "Install, start, stop or remove the companion product", "", "install", {})
+        ->require_subcommand(1);
+    addAction(line, "install", "Install the companion product",
         "Its service's property list and the kernel extension are then in place, and the program warns of "
         "it.",
         [](Companion &companion) { companion.install(); });
-    addAction(line, parent, "uninstall", "Stop and remove the companion product", "",
+    addAction(line, "uninstall", "Stop and remove the companion product", "",
         [](Companion &companion) { companion.uninstall(); });
-    addAction(line, parent, "start", "Start its applications and its service",
+    addAction(line, "start", "Start its applications and its service",
         "Each is a process of its own, which may be killed.",
         [](Companion &companion) { companion.start(executableDirectory() + "/host-tools/host-tool"); });
-    addAction(line, parent, "stop", "Stop its applications and its service", "",
+    addAction(line, "stop", "Stop its applications and its service", "",
         [](Companion &companion) { companion.stop(); });
 }
 

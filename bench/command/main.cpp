@@ -1,5 +1,4 @@
 #include "bench/command/CommandLine.h"
-#include "bench/command/Completion.h"
 
 #include <cerrno>
 #include <cstdio>

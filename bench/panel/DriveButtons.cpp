@@ -1,6 +1,6 @@
 #include "bench/panel/DriveButtons.h"
 
-#include "bench/panel/DriveTexts.h"
+#include "bench/core/Text.h"
 #include "bench/panel/FaultMenu.h"
 #include "bench/panel/OnBench.h"
 
@@ -17,30 +17,26 @@ namespace {
 
 /// The program asks every two seconds which drives there are; one that is away for so long is missed.
 constexpr std::chrono::milliseconds AwayTime(3000);
-constexpr int Spacing = 6;
 
 } // namespace
 
 DriveButtons::DriveButtons(std::string benchDirectory, const Drive &drive, QWidget *parent)
     : QWidget(parent), benchDirectory(std::move(benchDirectory)), serial(drive.serial)
 {
-    lines = new QBoxLayout(QBoxLayout::TopToBottom, this);
-    lines->setContentsMargins(0, 0, 0, 0);
-    lines->setSpacing(Spacing);
-
-    auto *const first = new QHBoxLayout;
-    unplugButton = addButton(first, tr("Unplug"), tr("Unplug %1"));
+    auto *const line = new QHBoxLayout(this);
+    line->setContentsMargins(0, 0, 0, 0);
+    line->setSpacing(6);
+    unplugButton = addButton(line, tr("Unplug"), tr("Unplug %1"));
     connect(unplugButton, &QPushButton::clicked, this, &DriveButtons::unplug);
-    plugButton = addButton(first, tr("Plug"), tr("Plug %1"));
+    plugButton = addButton(line, tr("Plug"), tr("Plug %1"));
     connect(plugButton, &QPushButton::clicked, this, &DriveButtons::plug);
-
-    auto *const second = new QHBoxLayout;
     const bool hasPowerButton = drive.catalogueModel().restart == Restart::PowerButton;
-    restartButton = addButton(second, hasPowerButton ? tr("Power-cycle") : tr("Replug"),
+    restartButton = addButton(line, hasPowerButton ? tr("Power-cycle") : tr("Replug"),
         hasPowerButton ? tr("Power-cycle %1") : tr("Replug %1"));
     connect(restartButton, &QPushButton::clicked, this, &DriveButtons::restart);
-    faultButton = addButton(second, tr("Faults"), tr("Faults of %1"));
+    faultButton = addButton(line, tr("Faults"), tr("Faults of %1"));
     addFaultMenu();
+    line->addStretch();
 
     comeBack.setSingleShot(true);
     comeBack.setTimerType(Qt::PreciseTimer);
@@ -57,13 +53,9 @@ DriveButtons::~DriveButtons()
 QPushButton *DriveButtons::addButton(QBoxLayout *line, const QString &text, const QString &accessibleName)
 {
     auto *const button = new QPushButton(text, this);
-    button->setAccessibleName(accessibleName.arg(shown(serial)));
+    button->setAccessibleName(accessibleName.arg(QString::fromStdString(escaped(serial))));
     button->setFixedWidth(QPushButton(tr("Power-cycle"), this).sizeHint().width()); // the longest text
-    line->setSpacing(Spacing);
     line->addWidget(button);
-    if (line->count() == 1) {
-        lines->addLayout(line);
-    }
     return button;
 }
 
@@ -77,12 +69,6 @@ void DriveButtons::addFaultMenu()
         [this](FaultKind kind) { act([&](DriveLifeCycle &drives) { drives.clearFault(serial, kind); }); });
     connect(faultMenu, &FaultMenu::allDropped, this,
         [this] { act([this](DriveLifeCycle &drives) { drives.clearFaults(serial); }); });
-}
-
-void DriveButtons::arrange(bool isSquare)
-{
-    lines->setDirection(isSquare ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-    updateGeometry();
 }
 
 bool DriveButtons::hasOpenMenu() const

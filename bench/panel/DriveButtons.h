@@ -28,8 +28,6 @@ public:
     /// Plugs in a drive that is about to come back: it is not left unplugged.
     ~DriveButtons() override;
 
-    /// In two columns of two, or all in one line.
-    void arrange(bool isSquare);
     /// Enables what can be done to the drive now.
     void showDrive(const Drive &drive);
     /// Seconds until the drive is plugged in by itself; 0 when it is not about to be.
@@ -52,7 +50,6 @@ private:
     const std::string serial;
     QTimer comeBack; ///< runs while the drive is unplugged and about to be plugged in
 
-    QBoxLayout *lines = nullptr;
     QPushButton *unplugButton = nullptr;
     QPushButton *plugButton = nullptr;
     QPushButton *restartButton = nullptr;

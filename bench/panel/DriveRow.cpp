@@ -1,16 +1,15 @@
 #include "bench/panel/DriveRow.h"
 
+#include "bench/core/Text.h"
 #include "bench/panel/DriveButtons.h"
-#include "bench/panel/DriveTexts.h"
 #include "bench/panel/ElidedLabel.h"
-#include "bench/panel/PanelPalette.h"
+#include "bench/panel/FaultMenu.h"
 
-#include <QBoxLayout>
 #include <QGridLayout>
 #include <QIcon>
 #include <QLabel>
+#include <QLocale>
 #include <QProgressBar>
-#include <QStackedWidget>
 
 #include <algorithm>
 
@@ -21,140 +20,153 @@ namespace {
 constexpr int PictureSize = 48;
 constexpr int Spacing = 8;
 
-void setTextColor(QWidget *widget, const QColor &color)
+QString tr(const char *text)
 {
-    QPalette palette = widget->palette();
-    palette.setColor(QPalette::WindowText, color);
-    widget->setPalette(palette);
+    return DriveRow::tr(text);
 }
 
-QGridLayout *addGrid(QWidget *widget)
+/// Bytes of a drive as one line.
+QString shown(const std::string &bytes)
 {
-    auto *const grid = new QGridLayout(widget);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setHorizontalSpacing(Spacing);
-    grid->setVerticalSpacing(0);
-    for (int line = 0; line < 3; ++line) {
-        grid->setRowMinimumHeight(line, widget->fontMetrics().height() + 2);
+    return QString::fromStdString(escaped(bytes));
+}
+
+QString versionsText(const std::string &firmware, const std::string &configuration)
+{
+    return firmware.empty() ? tr("none") : tr("%1, conf. %2").arg(shown(firmware), shown(configuration));
+}
+
+QString progressText(const Drive &drive)
+{
+    const std::int64_t left = std::max<std::int64_t>(0, drive.bytesToWrite - drive.bytesWritten);
+    const QLocale locale;
+    return tr("%1 of %2 bytes, %3 s left")
+        .arg(locale.toString(qlonglong(drive.bytesWritten)), locale.toString(qlonglong(drive.bytesToWrite)),
+            locale.toString(qlonglong((left + drive.flashRate - 1) / drive.flashRate)));
+}
+
+/// What the status of a drive that works means for a person.
+QString readyText(const DeviceInfo &record)
+{
+    const bool firmware = record.firmwareStatus == Status::UpdateRequired;
+    const bool configuration = record.configurationStatus == Status::UpdateRequired;
+    if (record.firmwareStatus == Status::NotYetDetermined
+        || record.configurationStatus == Status::NotYetDetermined) {
+        return tr("Status not known yet");
     }
-    return grid;
+    if (record.chipsetType == Chipset::NotSupported) {
+        return tr("No updater for its bridge");
+    }
+    if (firmware && configuration) {
+        return tr("Needs firmware and configuration");
+    }
+    if (firmware || configuration) {
+        return firmware ? tr("Needs firmware") : tr("Needs configuration");
+    }
+    return record.firmwareStatus == Status::UpToDate && record.configurationStatus == Status::UpToDate
+        ? tr("Up to date")
+        : tr("Status unknown");
 }
 
-ElidedLabel *addLabel(QGridLayout *grid, int line, int column)
+/// What the drive needs or does; empty for one that is unplugged.
+QString stateText(const Drive &drive, const DeviceInfo &record)
 {
-    auto *const label = new ElidedLabel(grid->parentWidget());
-    grid->addWidget(label, line, column);
-    return label;
+    switch (drive.state()) {
+    case DriveState::Unplugged:
+        break;
+    case DriveState::Silent:
+        return tr("Does not answer");
+    case DriveState::Writing:
+        return progressText(drive);
+    case DriveState::BootRom:
+        return tr("Boot ROM: update it again");
+    case DriveState::RestartNeeded:
+        return drive.catalogueModel().restart == Restart::PowerButton
+            ? tr("Updated: press power-cycle")
+            : tr("Updated: unplug it and plug it in");
+    case DriveState::Ready:
+        return readyText(record);
+    }
+    return {};
+}
+
+QString faultsText(const std::vector<Fault> &faults)
+{
+    QStringList titles;
+    for (const Fault &fault : faults) {
+        const QString title = FaultMenu::title(fault.kind);
+        titles.append(fault.once ? tr("%1, once").arg(title) : title);
+    }
+    return titles.isEmpty() ? QString() : tr("Fault: %1").arg(titles.join(QStringLiteral("; ")));
 }
 
 } // namespace
 
-DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent)
-    : QFrame(parent), serial(drive.serial), model(drive.model)
+DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent) : QFrame(parent)
 {
-    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    parts = new QBoxLayout(QBoxLayout::LeftToRight);
-    parts->setContentsMargins(Spacing, Spacing, Spacing, Spacing);
-    parts->addWidget(addFacts(drive.catalogueModel()), 0, Qt::AlignTop);
+    setFrameStyle(int(QFrame::StyledPanel) | int(QFrame::Plain));
+    auto *const lines = new QVBoxLayout(this);
+    lines->setContentsMargins(Spacing, Spacing, Spacing, Spacing);
+    lines->setSpacing(2);
+    addFacts(lines, drive.catalogueModel());
+
     buttons = new DriveButtons(benchDirectory, drive, this);
     connect(buttons, &DriveButtons::pressed, this, &DriveRow::pressed);
-    parts->addWidget(buttons, 0, Qt::AlignLeft | Qt::AlignVCenter);
-    parts->addWidget(addState(), 1, Qt::AlignTop);
+    lines->addSpacing(Spacing / 2);
+    lines->addWidget(buttons);
+    lines->addSpacing(Spacing / 2);
 
-    auto *const line = new QFrame(this);
-    line->setFrameStyle(int(QFrame::HLine) | int(QFrame::Plain));
-    setTextColor(line, LineColor);
-    auto *const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addLayout(parts);
-    column->addWidget(line);
-
-    arrange(false);
-    narrowWidth = parts->minimumSize().width();
-    arrange(true);
-    wideWidth = parts->minimumSize().width();
+    pluggedLabel = new ElidedLabel(this);
+    lines->addWidget(pluggedLabel);
+    stateLabel = new ElidedLabel(this);
+    lines->addWidget(stateLabel);
+    faultLabel = new ElidedLabel(this, QPalette::PlaceholderText);
+    lines->addWidget(faultLabel);
+    progress = new QProgressBar(this);
+    progress->setTextVisible(false);
+    progress->setFixedHeight(faultLabel->sizeHint().height());
+    progress->setAccessibleName(tr("Flash of %1").arg(shown(drive.serial)));
+    lines->addWidget(progress);
+    updateLabel = new ElidedLabel(this, QPalette::PlaceholderText);
+    lines->addWidget(updateLabel);
 }
 
-QWidget *DriveRow::addFacts(const Model &product)
+void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)
 {
-    auto *const area = new QWidget(this);
-    facts = addGrid(area);
-    auto *const picture = new QLabel(area);
+    auto *const facts = new QGridLayout;
+    facts->setHorizontalSpacing(Spacing);
+    facts->setVerticalSpacing(2);
+    facts->setColumnStretch(1, 1);
+    facts->setColumnMinimumWidth(3, fontMetrics().horizontalAdvance(QStringLiteral("0.00, conf. 00 ")));
+    lines->addLayout(facts);
+    const auto addLabel = [this, facts](int line, int column, QPalette::ColorRole role) {
+        auto *const label = new ElidedLabel(this, role);
+        facts->addWidget(label, line, column);
+        return label;
+    };
+
+    auto *const picture = new QLabel(this);
     picture->setFixedSize(PictureSize, PictureSize);
-    picture->setPixmap(QIcon(QString::fromStdString(product.picture())).pixmap(PictureSize, PictureSize));
+    picture->setPixmap(QIcon(QString::fromStdString(model.picture())).pixmap(PictureSize, PictureSize));
     facts->addWidget(picture, 0, 0, 3, 1);
 
-    ElidedLabel *const name = addLabel(facts, 0, 1);
+    ElidedLabel *const name = addLabel(0, 1, QPalette::WindowText);
     QFont bold = font();
     bold.setBold(true);
     name->setFont(bold);
-    name->setText(QString::fromLatin1(product.name));
-    serialLabel = addLabel(facts, 1, 1);
-    bridgeLabel = addLabel(facts, 2, 1);
-    setTextColor(bridgeLabel, SecondaryTextColor);
+    name->setText(QString::fromLatin1(model.name));
+    serialLabel = addLabel(1, 1, QPalette::WindowText);
+    bridgeLabel = addLabel(2, 1, QPalette::PlaceholderText);
 
     const QStringList captions{tr("Running"), tr("In flash"), tr("On offer")};
     for (int line = 0; line < captions.size(); ++line) {
-        auto *const caption = new QLabel(captions.at(line), area);
-        setTextColor(caption, SecondaryTextColor);
+        auto *const caption = new QLabel(captions.at(line), this);
+        caption->setForegroundRole(QPalette::PlaceholderText);
         facts->addWidget(caption, line, 2);
     }
-    runningLabel = addLabel(facts, 0, 3);
-    flashLabel = addLabel(facts, 1, 3);
-    offerLabel = addLabel(facts, 2, 3);
-
-    // Widths that depend on no drive, so that the columns of all rows are aligned.
-    for (const Model &other : models()) {
-        const QString text = QString::fromLatin1(other.name);
-        nameWidth = std::max(nameWidth, QFontMetrics(bold).horizontalAdvance(text));
-    }
-    facts->setColumnMinimumWidth(3, fontMetrics().horizontalAdvance(QStringLiteral("0.00, conf. 00 ")));
-    facts->setColumnStretch(1, 1);
-    return area;
-}
-
-QWidget *DriveRow::addState()
-{
-    auto *const lines = new QWidget(this);
-    QGridLayout *const table = addGrid(lines);
-    pluggedLabel = addLabel(table, 0, 0);
-    statusLabel = addLabel(table, 1, 0);
-    updateLabel = addLabel(table, 2, 0);
-    setTextColor(updateLabel, SecondaryTextColor);
-
-    lastLine = new QStackedWidget(lines);
-    lastLine->setFixedHeight(fontMetrics().height());
-    faultLabel = new ElidedLabel(lastLine);
-    setTextColor(faultLabel, SecondaryTextColor);
-    lastLine->addWidget(faultLabel);
-    progress = new QProgressBar(lastLine);
-    progress->setTextVisible(false);
-    progress->setAccessibleName(tr("Flash of %1").arg(shown(serial)));
-    lastLine->addWidget(progress);
-    table->addWidget(lastLine, 3, 0);
-    table->setColumnMinimumWidth(0, 36 * fontMetrics().averageCharWidth());
-    return lines;
-}
-
-/// The three parts side by side, or one below the other.
-void DriveRow::arrange(bool isWide)
-{
-    parts->setDirection(isWide ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
-    parts->setSpacing(isWide ? 2 * Spacing : Spacing);
-    facts->setColumnMinimumWidth(1, isWide ? nameWidth : nameWidth / 2);
-    buttons->arrange(isWide);
-}
-
-void DriveRow::resizeEvent(QResizeEvent *event)
-{
-    arrange(width() >= wideWidth);
-    QFrame::resizeEvent(event);
-}
-
-QSize DriveRow::minimumSizeHint() const
-{
-    return {narrowWidth, QFrame::minimumSizeHint().height()};
+    runningLabel = addLabel(0, 3, QPalette::WindowText);
+    flashLabel = addLabel(1, 3, QPalette::WindowText);
+    offerLabel = addLabel(2, 3, QPalette::WindowText);
 }
 
 bool DriveRow::hasOpenMenu() const
@@ -182,21 +194,22 @@ void DriveRow::showDrive(const Drive &drive, const DeviceInfo &record)
             : drive.mounted              ? tr("Plugged in, volumes mounted")
                                          : tr("Plugged in, volumes not mounted"));
     const int secondsUntilBack = buttons->secondsUntilBack();
-    statusLabel->setText(secondsUntilBack > 0 ? tr("Comes back by itself in %1 s").arg(secondsUntilBack)
-                                              : stateText(drive, record));
+    stateLabel->setText(secondsUntilBack > 0 ? tr("Comes back by itself in %1 s").arg(secondsUntilBack)
+                                             : stateText(drive, record));
     const std::string lastUpdate = drive.lastUpdateText();
     updateLabel->setText(
         lastUpdate.empty() ? QString() : tr("Last update: %1").arg(QString::fromStdString(lastUpdate)));
     faultLabel->setText(faultsText(drive.faults));
     progress->setMaximum(static_cast<int>(std::max<std::int64_t>(1, drive.bytesToWrite)));
     progress->setValue(static_cast<int>(drive.bytesWritten));
-    lastLine->setCurrentWidget(isWritten ? static_cast<QWidget *>(progress) : faultLabel);
+    progress->setVisible(isWritten);
+    faultLabel->setVisible(!isWritten);
 }
 
 void DriveRow::showGone()
 {
     pluggedLabel->clear();
-    statusLabel->setText(tr("No longer on the bench"));
+    stateLabel->setText(tr("No longer on the bench"));
     buttons->setEnabled(false);
 }
 

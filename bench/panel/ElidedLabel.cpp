@@ -7,8 +7,9 @@
 
 namespace bench {
 
-ElidedLabel::ElidedLabel(QWidget *parent) : QLabel(parent)
+ElidedLabel::ElidedLabel(QWidget *parent, QPalette::ColorRole role) : QLabel(parent)
 {
+    setForegroundRole(role);
     setTextFormat(Qt::PlainText);
     // The text must not move the columns: their widths are the layout's business.
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
@@ -18,11 +19,6 @@ QSize ElidedLabel::sizeHint() const
 {
     const QMargins margins = contentsMargins();
     return {0, fontMetrics().height() + margins.top() + margins.bottom()};
-}
-
-QSize ElidedLabel::minimumSizeHint() const
-{
-    return sizeHint();
 }
 
 void ElidedLabel::paintEvent(QPaintEvent *)

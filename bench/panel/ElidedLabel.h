@@ -11,10 +11,11 @@ class ElidedLabel : public QLabel
     Q_OBJECT
 
 public:
-    explicit ElidedLabel(QWidget *parent);
+    /// `role`: that of the text's colour.
+    explicit ElidedLabel(QWidget *parent, QPalette::ColorRole role = QPalette::WindowText);
 
     QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void paintEvent(QPaintEvent *event) override;

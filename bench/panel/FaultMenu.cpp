@@ -12,34 +12,38 @@ struct Choice
 {
     FaultKind kind;
     const char *title;
+    const char *value = ""; ///< as a person gives it; empty for none
     const char *section = nullptr; ///< title of the section that it begins; null within one
-    std::int64_t number = 0;
-    const char *text = "";
-    const char *field = "";
 };
 
 // Half of a sample drive's image is written after 20,000 bytes; code 9 means nothing to anybody.
 constexpr std::array<Choice, 19> Choices = {{
-    {FaultKind::SlowProbe, "Slow to answer (3 s)", "While it is looked for", 3000},
-    {FaultKind::SettleQueries, "Status after 3 looks", nullptr, 3},
-    {FaultKind::SettleTime, "Status after 10 s", nullptr, 10000},
+    {FaultKind::SlowProbe, "Slow to answer (3 s)", "3000", "While it is looked for"},
+    {FaultKind::SettleQueries, "Status after 3 looks", "3"},
+    {FaultKind::SettleTime, "Status after 10 s", "10000"},
     {FaultKind::NeverSettles, "Status never known"},
-    {FaultKind::UnmountReturns, "Unmount refused", "While it is updated", 0},
+    {FaultKind::UnmountReturns, "Unmount refused", "0", "While it is updated"},
     {FaultKind::WrongImage, "Image for another bridge"},
     {FaultKind::TruncatedImage, "Image cut short"},
-    {FaultKind::FlashError, "Flash error half-way", nullptr, 20000},
-    {FaultKind::PulledOut, "Pulled out half-way", nullptr, 20000},
+    {FaultKind::FlashError, "Flash error half-way", "20000"},
+    {FaultKind::PulledOut, "Pulled out half-way", "20000"},
     {FaultKind::VerifyError, "Verify error"},
-    {FaultKind::NoReturn, "Does not come back", "When it is plugged in again"},
-    {FaultKind::NewSerial, "Another serial number", nullptr, 0, "TV9999OTHER"},
-    {FaultKind::DuplicateSerial, "Listed twice", "What it reports"},
-    {FaultKind::FirmwareStatus, "Unknown firmware status", nullptr, 9},
-    {FaultKind::ConfigurationStatus, "Unknown configuration status", nullptr, 9},
-    {FaultKind::Chipset, "Bridge without updater", nullptr, Chipset::NotSupported},
-    {FaultKind::VendorId, "Unknown vendor", nullptr, 0xFFFF},
-    {FaultKind::ProductId, "Unknown product", nullptr, 0xFFFF},
-    {FaultKind::Text, "Odd model name", nullptr, 0, "<b>caf\xE9</b>", "modelName"},
+    {FaultKind::NoReturn, "Does not come back", "", "When it is plugged in again"},
+    {FaultKind::NewSerial, "Another serial number", "TV9999OTHER"},
+    {FaultKind::DuplicateSerial, "Listed twice", "", "What it reports"},
+    {FaultKind::FirmwareStatus, "Unknown firmware status", "9"},
+    {FaultKind::ConfigurationStatus, "Unknown configuration status", "9"},
+    {FaultKind::Chipset, "Bridge without updater", "0"},
+    {FaultKind::VendorId, "Unknown vendor", "0xFFFF"},
+    {FaultKind::ProductId, "Unknown product", "0xFFFF"},
+    {FaultKind::Text, "Odd model name", "modelName=<b>caf\\xE9</b>"},
 }};
+
+Fault faultOf(const Choice &choice)
+{
+    const std::string value = choice.value;
+    return parseFault(describe(choice.kind), value.empty() ? std::nullopt : std::optional(value));
+}
 
 } // namespace
 
@@ -55,16 +59,13 @@ FaultMenu::FaultMenu(QWidget *parent) : QMenu(parent)
         action->setCheckable(true);
         choices.push_back(action);
         connect(action, &QAction::triggered, this, [this, &choice](bool checked) {
-            if (!checked) {
+            if (checked) {
+                Fault fault = faultOf(choice);
+                fault.once = !untilCleared->isChecked();
+                emit faultChosen(fault);
+            } else {
                 emit faultDropped(choice.kind);
-                return;
             }
-            Fault fault{choice.kind};
-            fault.number = choice.number;
-            fault.text = choice.text;
-            fault.field = findRecordField(choice.field);
-            fault.once = !untilCleared->isChecked();
-            emit faultChosen(fault);
         });
     }
     addSeparator();

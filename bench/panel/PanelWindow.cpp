@@ -8,7 +8,6 @@
 #include "bench/panel/DriveRow.h"
 #include "bench/panel/ElidedLabel.h"
 #include "bench/panel/OnBench.h"
-#include "bench/panel/PanelPalette.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -28,15 +27,35 @@ namespace {
 
 constexpr std::chrono::milliseconds PollInterval(250);
 constexpr int Margin = 8;
-/// The updater's window at its widest; its height depends on the number of drives, three of them in a row.
+constexpr int Width = 480;
+constexpr int LeastHeight = 240;
+/// The updater's window at its widest.
 constexpr int UpdaterWidth = 850;
+/// What a window manager adds to a window: on each side, and above and below it together.
+constexpr int FrameWidth = 2;
+constexpr int FrameHeight = 30;
+
+/// The height of the updater's window, which shows three drives in a row.
 int updaterHeight(std::size_t drives)
 {
     return std::min(700, (static_cast<int>(drives) + 2) / 3 * 200 + 120);
 }
-/// What a window manager adds to a window: on each side, and above and below it together.
-constexpr int FrameWidth = 2;
-constexpr int FrameHeight = 30;
+
+/// Dark on white for every role and group, so that nothing is left to the colours of the desktop. What
+/// explains another text has the role of placeholders, what went wrong that of bright text.
+QPalette panelPalette()
+{
+    const QColor text(0x20, 0x20, 0x20);
+    const QColor button(0xF0, 0xF0, 0xF0);
+    const QColor problem(0xA0, 0x10, 0x10);
+    QPalette palette(text, button, Qt::white, QColor(0xA0, 0xA0, 0xA0), QColor(0xC0, 0xC0, 0xC0), text,
+        problem, Qt::white, Qt::white);
+    palette.setColor(QPalette::PlaceholderText, QColor(0x50, 0x50, 0x50));
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, QColor(0x60, 0x60, 0x60));
+    }
+    return palette;
+}
 
 } // namespace
 
@@ -44,7 +63,8 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
     : benchDirectory(std::move(benchDirectory)), imageDirectory(std::move(imageDirectory))
 {
     setWindowTitle(tr("Drive bench"));
-    setWindowIcon(QIcon(QStringLiteral(":/firmwareUpdater/TarvoLogo.png")));
+    setWindowIcon(QIcon::fromTheme(
+        QStringLiteral("com.tarvo.drivebench"), QIcon(QStringLiteral(":/firmwareUpdater/TarvoLogo.png"))));
     setPalette(panelPalette());
     QToolTip::setPalette(palette());
 
@@ -54,11 +74,8 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
     addHead(column);
     addDrives(column);
 
-    messageLine = new ElidedLabel(this);
+    messageLine = new ElidedLabel(this, QPalette::BrightText);
     messageLine->setContentsMargins(Margin, 6, Margin, 6);
-    QPalette red = palette();
-    red.setColor(QPalette::WindowText, ProblemTextColor);
-    messageLine->setPalette(red);
     column->addWidget(messageLine);
 
     poll.setInterval(PollInterval);
@@ -68,9 +85,8 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
 
     // Tall enough for all drives, where the screen is.
     const int others = sizeHint().height() - scrollArea->sizeHint().height();
-    const QSize content =
-        scrollArea->widget()->sizeHint() + QSize(scrollArea->verticalScrollBar()->sizeHint().width(), others);
-    resize(content.expandedTo(QSize(1040, 240 + others)).boundedTo(screen()->availableSize() * 9 / 10));
+    const int height = std::max(scrollArea->widget()->sizeHint().height(), LeastHeight) + others;
+    resize(QSize(Width, height).boundedTo(screen()->availableSize() - QSize(2 * FrameWidth, FrameHeight)));
 }
 
 void PanelWindow::placeBesideUpdater(const QRect &available)
@@ -82,10 +98,8 @@ void PanelWindow::placeBesideUpdater(const QRect &available)
         place = within.adjusted(0, updaterHeight(rows.size()) + 2 * FrameHeight, 0, 0);
         place.setTop(std::min(place.top(), within.bottom() + 1 - least.height()));
     }
-    // Narrow rows are higher than those for which the size was chosen.
-    const bool isNarrow = place.width() < width();
     move(place.topLeft());
-    resize(isNarrow ? place.size() : size().boundedTo(place.size()));
+    resize(size().boundedTo(place.size()));
 }
 
 void PanelWindow::addHead(QVBoxLayout *column)
@@ -145,52 +159,42 @@ void PanelWindow::refresh()
     // The rows of a bench that cannot be read wait for it: a drive that is about to come back still does.
     emptyLabel->setVisible(!isReadable || rows.empty());
     scrollArea->setVisible(isReadable && !rows.empty());
-    // However small the window is made, no button is out of reach.
-    scrollArea->setMinimumWidth(scrollArea->widget()->minimumSizeHint().width()
-        + scrollArea->verticalScrollBar()->sizeHint().width());
     messageLine->setText(withoutDirectory(actionRefusal));
     messageLine->setVisible(!actionRefusal.isEmpty());
 }
 
 void PanelWindow::showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records)
 {
-    removeRowsExcept(drives);
+    auto former = std::move(rows);
+    rows.clear();
     for (std::size_t i = 0; i < drives.size(); ++i) {
-        rowOf(drives[i])->showDrive(drives[i], records[i]);
+        const std::pair<std::string, std::string> key(drives[i].serial, drives[i].model);
+        const auto known = former.extract(key);
+        DriveRow *const row = known ? known.mapped() : addRow(drives[i]);
+        row->showDrive(drives[i], records[i]);
+        rows.emplace(key, row);
     }
-}
-
-void PanelWindow::removeRowsExcept(const std::vector<Drive> &drives)
-{
-    const std::vector<DriveRow *> present = rows;
-    for (DriveRow *row : present) {
-        if (std::any_of(
-                drives.begin(), drives.end(), [row](const Drive &drive) { return row->isOf(drive); })) {
-            continue;
-        }
+    for (const auto &[key, row] : former) {
         // An open menu must not lose the row under it: the row goes when the menu is closed.
         if (row->hasOpenMenu()) {
             row->showGone();
+            rows.emplace(key, row);
         } else {
-            rows.erase(std::find(rows.begin(), rows.end(), row));
             row->hide();
             row->deleteLater();
         }
     }
 }
 
-/// The row of the drive, which is added at the end where there is none.
-DriveRow *PanelWindow::rowOf(const Drive &drive)
+/// A row for the drive below the others.
+DriveRow *PanelWindow::addRow(const Drive &drive)
 {
-    const auto known =
-        std::find_if(rows.begin(), rows.end(), [&drive](const DriveRow *row) { return row->isOf(drive); });
-    if (known != rows.end()) {
-        return *known;
-    }
-    auto *const row = new DriveRow(benchDirectory, drive, rowColumn->parentWidget());
+    auto *const row = new DriveRow(benchDirectory, drive, scrollArea->widget());
     connect(row, &DriveRow::pressed, this, &PanelWindow::actionEnded);
     rowColumn->insertWidget(rowColumn->count() - 1, row);
-    rows.push_back(row);
+    // However small the window is made, no button is out of reach.
+    scrollArea->setMinimumWidth(
+        row->minimumSizeHint().width() + scrollArea->verticalScrollBar()->sizeHint().width());
     return row;
 }
 

@@ -6,7 +6,9 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 class QCheckBox;
@@ -42,8 +44,7 @@ private:
     void addDrives(QVBoxLayout *column);
     void refresh();
     void showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records);
-    void removeRowsExcept(const std::vector<Drive> &drives);
-    DriveRow *rowOf(const Drive &drive);
+    DriveRow *addRow(const Drive &drive);
     QString withoutDirectory(QString message) const;
     void switchCompanion(bool install);
     void actionEnded(const QString &refusal);
@@ -57,7 +58,7 @@ private:
     QLabel *emptyLabel = nullptr;
     QScrollArea *scrollArea = nullptr;
     QVBoxLayout *rowColumn = nullptr;
-    std::vector<DriveRow *> rows;
+    std::map<std::pair<std::string, std::string>, DriveRow *> rows; ///< by serial number and model
     ElidedLabel *messageLine = nullptr;
 };
 

@@ -4,17 +4,18 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QScreen>
-#include <QSocketNotifier>
+#include <QTimer>
 
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
-#include <unistd.h>
-
 namespace {
 
-int quitPipe[2];
+constexpr std::chrono::milliseconds PollInterval(100);
+
+volatile std::sig_atomic_t stopped = 0;
 QString firstWarning;
 
 /// Qt ends the process by a signal where it finds no display, after several warnings. The first says why.
@@ -36,23 +37,19 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext &, const QString
     std::_Exit(1);
 }
 
-void requestQuit(int)
-{
-    [[maybe_unused]] const ssize_t written = ::write(quitPipe[1], "", 1);
-}
-
 /// Ends the application as if its window were closed, so that no drive stays unplugged that is about to come
 /// back.
-void quitOnSignals(QObject *parent)
+void quitOnSignals(QTimer *poll)
 {
-    if (::pipe(quitPipe) != 0) {
-        return;
-    }
-    auto *const notifier = new QSocketNotifier(quitPipe[0], QSocketNotifier::Read, parent);
-    QObject::connect(notifier, &QSocketNotifier::activated, parent, [] { QCoreApplication::quit(); });
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
-        std::signal(signal, requestQuit);
+        std::signal(signal, [](int) { stopped = 1; });
     }
+    QObject::connect(poll, &QTimer::timeout, qApp, [] {
+        if (stopped != 0) {
+            QCoreApplication::quit();
+        }
+    });
+    poll->start(PollInterval);
 }
 
 } // namespace
@@ -62,24 +59,26 @@ int main(int argc, char **argv)
     qInstallMessageHandler(endWithoutDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(nullptr);
-    QCoreApplication::setApplicationName(QStringLiteral("drive-bench-panel"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("The drives of a bench in a window: unplug them, plug them in, let them fail."));
     const QCommandLineOption directory(QStringLiteral("bench"),
-        QStringLiteral("The bench directory; otherwise $TARVO_BENCH, otherwise bench beside the executable."),
+        QStringLiteral(
+            "The directory of the bench, instead of $TARVO_BENCH. Without either it is the directory "
+            "\"bench\" beside the executable, for an installed package "
+            "$XDG_DATA_HOME/tarvo-drive-bench."),
         QStringLiteral("DIR"), QString::fromStdString(bench::benchDirectory()));
     const QCommandLineOption beside(QStringLiteral("beside-updater"),
         QStringLiteral("Open it right of the updater in the upper left corner of the screen, or below it."));
     parser.addOptions({directory, beside});
     const QCommandLineOption help = parser.addHelpOption();
-    const bool understood = parser.parse(QCoreApplication::arguments());
-    if (!understood || !parser.positionalArguments().isEmpty()) {
-        const QString problem = understood
-            ? QStringLiteral("it takes no argument \"%1\"").arg(parser.positionalArguments().first())
+    const bool isUnderstood = parser.parse(QCoreApplication::arguments());
+    if (!isUnderstood || !parser.positionalArguments().isEmpty()) {
+        const QString problem = isUnderstood
+            ? QStringLiteral("It takes no argument \"%1\".").arg(parser.positionalArguments().first())
             : parser.errorText();
-        std::fprintf(stderr, "drive-bench-panel: %s; see drive-bench-panel --help\n", qPrintable(problem));
+        std::fprintf(stderr, "drive-bench-panel: %s See: drive-bench-panel --help\n", qPrintable(problem));
         return 2;
     }
     if (parser.isSet(help)) {
@@ -91,7 +90,8 @@ int main(int argc, char **argv)
     if (parser.isSet(beside)) {
         window.placeBesideUpdater(window.screen()->availableGeometry());
     }
-    quitOnSignals(&application);
+    QTimer poll;
+    quitOnSignals(&poll);
     window.show();
     return QApplication::exec();
 }

@@ -192,11 +192,8 @@ void tst_Command::setsAndClearsEveryFault()
     QFETCH(QString, value);
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
-    QStringList arguments{"fault", "A", name};
-    if (!value.isEmpty()) {
-        arguments << value;
-    }
-    const Ended ended = driveBench(arguments << "--once", bench.directory());
+    const QStringList values = value.isEmpty() ? QStringList() : QStringList(value);
+    const Ended ended = driveBench(QStringList{"fault", "A", name, "--once"} + values, bench.directory());
     QVERIFY2(ended.status == 0, ended.errors.constData());
     const std::vector<Fault> faults = bench.drive("A").faults;
     QCOMPARE(faults.size(), std::size_t(1));

@@ -261,6 +261,7 @@ void tst_CommandUsage::theManualNamesEverything()
         QVERIFY2(manual.contains(QLatin1String(kind.name)), kind.name);
     }
     QVERIFY(manual.contains("--version"));
+    QVERIFY(manual.contains("Tarvo Firmware Updater " TARVO_VERSION));
 }
 
 QTEST_GUILESS_MAIN(tst_CommandUsage)

@@ -27,6 +27,7 @@ void tst_Completion::completes_data()
     QTest::newRow("serial number") << QStringList{"plug", ""} << QByteArray("TV1\nTV2\\x00\n");
     QTest::newRow("start of a serial number") << QStringList{"plug", "TV2"} << QByteArray("TV2\\x00\n");
     QTest::newRow("no second serial number") << QStringList{"plug", "TV1", ""} << QByteArray();
+    QTest::newRow("whole command") << QStringList{"remove", "TV1", ""} << QByteArray();
     QTest::newRow("after an option") << QStringList{"replug", "--for", "3", "TV1"} << QByteArray("TV1\n");
     QTest::newRow("after an option with its value")
         << QStringList{"replug", "--for=3", ""} << QByteArray("TV1\nTV2\\x00\n");
@@ -52,8 +53,10 @@ void tst_Completion::completes()
     bench.addOutdated("TV1", "Pebble");
     bench.addOutdated(std::string("TV2\0", 4), "Pebble");
     bench.lifeCycle().setFault("TV1", {FaultKind::VerifyError});
+    const std::string before = bench.content();
     const Ended ended = driveBench(QStringList("--complete") + words, bench.directory());
     QCOMPARE(ended.status, 0);
+    QCOMPARE(bench.content(), before);
     QTEST(ended.output, "candidates");
 }
 

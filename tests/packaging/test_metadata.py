@@ -72,7 +72,9 @@ def test_lines_of_the_changelog_fit_a_debian_changelog():
         assert len(line) <= 78, line
 
 
-@pytest.mark.parametrize("page", ["program/tarvo-firmware-updater.1", "bench/drive-bench-panel.1"])
+@pytest.mark.parametrize(
+    "page", ["program/tarvo-firmware-updater.1", "bench/drive-bench.1", "bench/drive-bench-panel.1"]
+)
 def test_manual_page_has_no_warnings(page, version):
     text = checked("groff", "-man", "-Tutf8", "-rLL=80n", "-ww", "-P-c", GENERATED / page)
     assert f"Tarvo Firmware Updater {version}" in text

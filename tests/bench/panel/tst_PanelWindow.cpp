@@ -140,8 +140,9 @@ private slots:
     void everyTextIsLegible();
     void itsPlaceBesideTheUpdater_data();
     void itsPlaceBesideTheUpdater();
-    void noDisplayAnswers_data();
-    void noDisplayAnswers();
+    void itsIconIsThatOfTheTheme();
+    void itEndsWithoutAWindow_data();
+    void itEndsWithoutAWindow();
 };
 
 void tst_PanelWindow::everyTextIsLegible_data()
@@ -167,7 +168,7 @@ void tst_PanelWindow::everyTextIsLegible()
     });
     isDarkBefore ? darken() : lighten();
     Panel panel(bench);
-    panel.window.resize(1000, 800);
+    panel.window.resize(1000, 1100);
     bench.lifeCycle().unplug("TV0002BOLLARD");
     panel.press("Unplug TV0002BOLLARD");
     QVERIFY(panel.shows("it is unplugged already"));
@@ -223,32 +224,76 @@ void tst_PanelWindow::itsPlaceBesideTheUpdater()
     }
 }
 
-void tst_PanelWindow::noDisplayAnswers_data()
+/// An installed package brings an icon; a build directory has none.
+void tst_PanelWindow::itsIconIsThatOfTheTheme()
 {
-    QTest::addColumn<QString>("display");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("none") << ""
-                          << "there is no display to open it on; set DISPLAY";
-    QTest::newRow("one that is not there")
-        << ":4711"
-        << "no window can be opened: could not connect to display :4711; set DISPLAY to one that answers";
+    const auto iconColor = [] {
+        const TemporaryBench bench;
+        const PanelWindow window(bench.directory(), bench.imageDirectory());
+        return window.windowIcon().pixmap(16).toImage().pixelColor(8, 8);
+    };
+    const QColor builtIn = iconColor();
+    QVERIFY(builtIn.alpha() > 0);
+    QTemporaryDir themes;
+    QVERIFY(QDir(themes.path()).mkpath("test/16x16"));
+    QFile index(themes.filePath("test/index.theme"));
+    QVERIFY(index.open(QIODevice::WriteOnly));
+    index.write("[Icon Theme]\nName=test\nDirectories=16x16\n[16x16]\nSize=16\n");
+    index.close();
+    QPixmap picture(16, 16);
+    picture.fill(Qt::magenta);
+    QVERIFY(picture.save(themes.filePath("test/16x16/com.tarvo.drivebench.png")));
+    QIcon::setThemeSearchPaths({themes.path()});
+    QIcon::setThemeName("test");
+    QCOMPARE(iconColor(), QColor(Qt::magenta));
+    QVERIFY(builtIn != QColor(Qt::magenta));
 }
 
-void tst_PanelWindow::noDisplayAnswers()
+void tst_PanelWindow::itEndsWithoutAWindow_data()
 {
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("display"); // null where there is one
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("printed");
+    QTest::addColumn<QString>("error");
+    QTest::newRow("no display") << "--bench=x"
+                                << "" << 1 << ""
+                                << "there is no display to open it on; set DISPLAY";
+    QTest::newRow("display that is not there")
+        << "--bench=x"
+        << ":4711" << 1 << ""
+        << "no window can be opened: could not connect to display :4711; set DISPLAY to one that answers";
+    QTest::newRow("help") << "--help" << QString() << 0 << "drive-bench-panel [options]"
+                          << "";
+    QTest::newRow("where the bench is") << "-h" << QString() << 0 << "$XDG_DATA_HOME/tarvo-drive-bench"
+                                        << "";
+    const QString see = " See: drive-bench-panel --help";
+    QTest::newRow("unknown option") << "--bnech" << QString() << 2 << ""
+                                    << "Unknown option 'bnech'." + see;
+    QTest::newRow("argument") << "bench" << QString() << 2 << ""
+                              << "It takes no argument \"bench\"." + see;
+}
+
+void tst_PanelWindow::itEndsWithoutAWindow()
+{
+    QFETCH(QString, argument);
     QFETCH(QString, display);
-    QFETCH(QString, line);
+    QFETCH(int, status);
+    QFETCH(QString, printed);
+    QFETCH(QString, error);
     QProcess panel;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("QT_QPA_PLATFORM", "xcb");
+    environment.insert("QT_QPA_PLATFORM", display.isNull() ? "offscreen" : "xcb");
     environment.insert("DISPLAY", display);
     environment.remove("WAYLAND_DISPLAY");
     panel.setProcessEnvironment(environment);
-    panel.start(PANEL, QStringList());
+    panel.start(PANEL, {argument});
     QVERIFY(panel.waitForFinished());
     QCOMPARE(panel.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(panel.exitCode(), 1);
-    QCOMPARE(QString(panel.readAllStandardError()), "drive-bench-panel: " + line + '\n');
+    QCOMPARE(panel.exitCode(), status);
+    QVERIFY(QString(panel.readAllStandardOutput()).contains(printed));
+    QCOMPARE(QString(panel.readAllStandardError()),
+        error.isEmpty() ? QString() : "drive-bench-panel: " + error + '\n');
 }
 
 QTEST_MAIN(tst_PanelWindow)
