@@ -32,19 +32,14 @@ constexpr std::array<Model, 21> Models = {{
 }};
 // clang-format on
 
+// In the order of the enumerators.
+constexpr const char *RestartTexts[] = {"unplug", "power button", "not needed"};
+
 } // namespace
 
 const char *restartText(Restart restart)
 {
-    switch (restart) {
-    case Restart::Unplug:
-        return "unplug";
-    case Restart::PowerButton:
-        return "power button";
-    case Restart::NotNeeded:
-        break;
-    }
-    return "not needed";
+    return RestartTexts[static_cast<std::size_t>(restart)];
 }
 
 std::string Model::imageName() const
@@ -86,7 +81,7 @@ const Model *findModel(const std::string &name)
     return nullptr;
 }
 
-const char *bridgeName(std::int32_t chipset)
+const char *bridgeName(std::int64_t chipset)
 {
     switch (chipset) {
     case Chipset::Asm1051:

@@ -3,6 +3,7 @@
 #include "bench/core/Files.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Sha256.h"
+#include "bench/core/Text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,27 +22,8 @@ constexpr std::size_t FirmwareSizeAt = 80;
 constexpr std::size_t ConfigurationSizeAt = 84;
 constexpr std::size_t FirmwareDigestAt = 88;
 constexpr std::size_t ConfigurationDigestAt = 120;
-constexpr std::size_t DigestSize = 32;
 constexpr std::size_t HeaderSize = 152;
 constexpr std::uint32_t FormatVersion = 1;
-
-std::string littleEndian(std::size_t number)
-{
-    std::string bytes;
-    for (int shift = 0; shift < 32; shift += 8) {
-        bytes += static_cast<char>(number >> shift);
-    }
-    return bytes;
-}
-
-std::uint32_t numberAt(const std::string &file, std::size_t position)
-{
-    std::uint32_t number = 0;
-    for (std::size_t i = 4; i > 0; --i) {
-        number = number << 8 | static_cast<unsigned char>(file[position + i - 1]);
-    }
-    return number;
-}
 
 /// A text fills its field with zero bytes to the end; anything after the first of them is a damaged header.
 std::string textAt(const std::string &file, std::size_t position, const char *what)
@@ -57,7 +39,7 @@ std::string textAt(const std::string &file, std::size_t position, const char *wh
 
 std::size_t sizeAt(const std::string &file, std::size_t position, std::size_t maximum, const char *what)
 {
-    const std::uint32_t size = numberAt(file, position);
+    const std::uint32_t size = littleEndianAt(file, position);
     if (size == 0 || size > maximum) {
         throw Refused(std::string("has a ") + what + " of " + std::to_string(size) + " bytes; 1 to "
             + std::to_string(maximum) + " fit into the flash chip");
@@ -88,13 +70,13 @@ FirmwareImage decodeHeader(const std::string &header, std::size_t fileSize)
         throw Refused("is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
             + std::to_string(HeaderSize));
     }
-    const std::uint32_t format = numberAt(header, FormatAt);
+    const std::uint32_t format = littleEndianAt(header, FormatAt);
     if (format != FormatVersion) {
         throw Refused("has format version " + std::to_string(format) + ", only "
             + std::to_string(FormatVersion) + " is known");
     }
     FirmwareImage image;
-    image.bridge = static_cast<std::int32_t>(numberAt(header, BridgeAt));
+    image.bridge = static_cast<std::int32_t>(littleEndianAt(header, BridgeAt));
     if (std::strcmp(bridgeName(image.bridge), "none") == 0) {
         throw Refused("is for an unknown bridge, code " + std::to_string(image.bridge));
     }
@@ -159,7 +141,7 @@ std::string FirmwareImage::encode() const
 FirmwareImage FirmwareImage::decode(const std::string &file)
 {
     FirmwareImage image = decodeHeader(file.substr(0, HeaderSize), file.size());
-    const std::size_t firmwareSize = numberAt(file, FirmwareSizeAt);
+    const std::size_t firmwareSize = littleEndianAt(file, FirmwareSizeAt);
     image.firmware = payloadAt(file, HeaderSize, firmwareSize, FirmwareDigestAt, "firmware");
     image.configuration =
         payloadAt(file, HeaderSize + firmwareSize, std::string::npos, ConfigurationDigestAt, "configuration");
