@@ -2,7 +2,6 @@
 
 #include "bench/core/Refused.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -29,13 +28,6 @@ constexpr const char *Programs[] = {
     "/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app/Contents/MacOS/QDKStatusItem",
     "/Library/Application Support/Tarvo/Quaydesk/tarvo_qd_service",
 };
-
-/// True when that process stands for that program.
-bool isListed(const HostState &state, const std::string &command)
-{
-    return std::any_of(state.processes.begin(), state.processes.end(),
-        [&command](const Process &process) { return process.command == command; });
-}
 
 } // namespace
 
@@ -132,7 +124,7 @@ void Companion::startProcess(const std::string &tool, const std::string &command
     }
     ::waitpid(starter, nullptr, 0); // it ends at once and leaves a process of its own behind
     for (int poll = 0; poll < StartPolls; ++poll) {
-        if (isListed(Host(store).state(), command)) {
+        if (Host(store).state().isRunning(command)) {
             return;
         }
         std::this_thread::sleep_for(StartPollInterval);
@@ -143,17 +135,15 @@ void Companion::startProcess(const std::string &tool, const std::string &command
 void standFor(const std::string &command, const std::string &benchDirectory)
 {
     const auto id = static_cast<std::int64_t>(::getpid());
-    {
-        BenchStore store(benchDirectory);
-        Host(store).addProcess({id, command});
-    }
-    bool isListed = true;
-    while (isListed) {
-        std::this_thread::sleep_for(BeatInterval);
+    const auto onHost = [&](const auto &work) {
         // Opened anew each time: another bench may have taken the place of the one that listed this process.
         BenchStore store(benchDirectory);
-        isListed = Host(store).beat(id);
-    }
+        return work(Host(store));
+    };
+    onHost([&](Host host) { host.addProcess({id, command}); });
+    do {
+        std::this_thread::sleep_for(BeatInterval);
+    } while (onHost([&](Host host) { return host.beat(id); }));
 }
 
 } // namespace bench

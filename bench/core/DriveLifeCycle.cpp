@@ -35,16 +35,12 @@ void powerUp(Drive *drive, const FlashChip &chip)
 
 std::vector<Drive> DriveLifeCycle::drives() const
 {
-    std::vector<Drive> found;
-    store.read([&] { found = DriveTable(store).all(); });
-    return found;
+    return store.read([this] { return DriveTable(store).all(); });
 }
 
 Drive DriveLifeCycle::drive(const std::string &serial) const
 {
-    Drive found;
-    store.read([&] { found = DriveTable(store).get(serial); });
-    return found;
+    return store.read([&] { return DriveTable(store).get(serial); });
 }
 
 void DriveLifeCycle::add(const Drive &drive)
@@ -73,12 +69,7 @@ void DriveLifeCycle::restore(const Drive &drive, const FlashChip &chip)
 
 void DriveLifeCycle::remove(const std::string &serial)
 {
-    store.change([&] {
-        DriveTable table(store);
-        if (!table.remove(serial)) {
-            table.get(serial); // refuses
-        }
-    });
+    store.change([&] { DriveTable(store).remove(serial); });
 }
 
 void DriveLifeCycle::plug(const std::string &serial)
