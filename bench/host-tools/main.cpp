@@ -47,19 +47,17 @@ std::unique_ptr<bench::BenchStore> openBench()
 }
 
 /// The answer of the stand-in; a bench that cannot be changed does not keep it from answering.
-int answer(const std::string &name, const std::vector<std::string> &arguments)
+int answer(const std::vector<std::string> &words)
 {
     const std::unique_ptr<bench::BenchStore> store = openBench();
-    std::vector<std::string> call{name};
-    call.insert(call.end(), arguments.begin(), arguments.end());
     try {
         if (store) {
-            bench::Host(*store).logCall(call);
+            bench::Host(*store).logCall(words);
         }
     } catch (const bench::Refused &) {
     }
     try {
-        return bench::runHostTool(store.get(), name, arguments);
+        return bench::runHostTool(store.get(), words);
     } catch (const bench::Refused &) {
         return 1;
     }
@@ -85,17 +83,17 @@ void becomeRealTool(const std::string &name, char **argv)
 
 int main(int argc, char **argv)
 {
-    const std::string path = argv[0];
-    const std::string name = path.substr(path.rfind('/') + 1);
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> words(argv, argv + argc);
+    std::string &name = words.front();
+    name = name.substr(name.rfind('/') + 1);
+    if (name == "host-tool" && argc == 4 && words[1] == "--process") {
+        return becomeProcess(words[2], words[3]);
+    }
     if (name == "host-tool") {
-        if (arguments.size() == 3 && arguments.front() == "--process") {
-            return becomeProcess(arguments[1], arguments[2]);
-        }
         std::fprintf(stderr, "host-tool is called by the names of the tools that it stands in for\n");
         return 2;
     }
-    const int status = answer(name, arguments);
+    const int status = answer(words);
     if (status != bench::NotMine) {
         return status;
     }
