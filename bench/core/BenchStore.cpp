@@ -76,9 +76,8 @@ std::string existingFile(const std::string &directory)
     }
     for (const char *suffix : Suffixes) {
         const std::string path = file.string() + suffix;
-        if (fs::is_symlink(fs::symlink_status(path, error))) {
-            throw Refused(path + " is a symbolic link, which is not followed; remove it");
-        }
+        require(!fs::is_symlink(fs::symlink_status(path, error)),
+            path + " is a symbolic link, which is not followed; remove it");
     }
     const fs::file_status status = fs::symlink_status(file, error);
     if (!fs::exists(status)) {
@@ -154,10 +153,8 @@ void makeFile(const std::string &directory, std::vector<fs::path> *made)
         made->push_back(path);
     }
     fs::create_directories(directory, error);
-    if (error) {
-        throw Refused("cannot make the directory " + directory + ": " + error.message()
-            + "; name another with --bench");
-    }
+    require(!error,
+        "cannot make the directory " + directory + ": " + error.message() + "; name another with --bench");
     const std::string file = directory + '/' + FileName;
     const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     if (descriptor >= 0) {
@@ -194,10 +191,9 @@ BenchStore::BenchStore(const std::string &directory) : BenchStore(File{existingF
     if (version == 0 || application != ApplicationId) {
         throw noBench(directory, std::string(FileName) + " holds no bench");
     }
-    if (version > SchemaVersion) {
-        throw Refused(file + " has schema version " + std::to_string(version) + ", only versions up to "
+    require(version <= SchemaVersion,
+        file + " has schema version " + std::to_string(version) + ", only versions up to "
             + std::to_string(SchemaVersion) + " are known; use a newer drive-bench");
-    }
     if (version < SchemaVersion) {
         change([this] { upgrade(); });
     }
@@ -221,9 +217,7 @@ void BenchStore::create(
         const auto check = [&] {
             if (isBench(store.connection, directory)) {
                 made.clear(); // another process was faster, and the bench is its
-                if (!replace) {
-                    throw Refused(directory + " is a bench already; to make it anew, add --force");
-                }
+                require(replace, directory + " is a bench already; to make it anew, add --force");
             }
         };
         store.read(check); // before the database of another program is written to

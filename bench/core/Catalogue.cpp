@@ -1,5 +1,7 @@
 #include "bench/core/Catalogue.h"
 
+#include "bench/core/Table.h"
+
 #include <cstdio>
 
 namespace bench {
@@ -73,12 +75,7 @@ const std::array<Model, 21> &models()
 
 const Model *findModel(const std::string &name)
 {
-    for (const Model &model : Models) {
-        if (model.name == name) {
-            return &model;
-        }
-    }
-    return nullptr;
+    return findRow(Models, name);
 }
 
 const char *bridgeName(std::int64_t chipset)

@@ -39,10 +39,8 @@ Companion::Companion(BenchStore &store, std::string benchDirectory)
 void Companion::install()
 {
     Host(store).change([](HostState &host) {
-        if (host.companionInstalled) {
-            throw Refused(
-                "the companion is installed already; to remove it, use: drive-bench companion uninstall");
-        }
+        require(!host.companionInstalled,
+            "the companion is installed already; to remove it, use: drive-bench companion uninstall");
         host.companionInstalled = true;
         host.extensionInstalled = true;
     });
@@ -51,10 +49,8 @@ void Companion::install()
 void Companion::uninstall()
 {
     endProcesses([](HostState &host) {
-        if (!host.companionInstalled) {
-            throw Refused(
-                "the companion is not installed; to install it, use: drive-bench companion install");
-        }
+        require(host.companionInstalled,
+            "the companion is not installed; to install it, use: drive-bench companion install");
         host.companionInstalled = false;
         host.serviceSubmitted = false;
         host.extensionInstalled = false;
@@ -65,12 +61,10 @@ void Companion::uninstall()
 void Companion::start(const std::string &tool)
 {
     Host(store).change([&tool](HostState &host) {
-        if (!host.companionInstalled) {
-            throw Refused("the companion is not installed; first use: drive-bench companion install");
-        }
-        if (!host.processes.empty()) {
-            throw Refused("the companion is running already; to stop it, use: drive-bench companion stop");
-        }
+        require(host.companionInstalled,
+            "the companion is not installed; first use: drive-bench companion install");
+        require(host.processes.empty(),
+            "the companion is running already; to stop it, use: drive-bench companion stop");
         if (::access(tool.c_str(), X_OK) != 0) {
             throw Refused("cannot start " + tool + ": " + std::generic_category().message(errno)
                 + "; it must lie in the directory host-tools beside drive-bench");
@@ -86,9 +80,8 @@ void Companion::start(const std::string &tool)
 void Companion::stop()
 {
     endProcesses([](HostState &host) {
-        if (host.processes.empty()) {
-            throw Refused("the companion is not running; to start it, use: drive-bench companion start");
-        }
+        require(!host.processes.empty(),
+            "the companion is not running; to start it, use: drive-bench companion start");
         host.serviceSubmitted = false;
         host.extensionLoaded = false;
     });

@@ -2,7 +2,7 @@
 
 #include "bench/core/Catalogue.h"
 #include "bench/core/Fault.h"
-#include "bench/core/Field.h"
+#include "bench/core/Table.h"
 
 #include <array>
 #include <cstdint>

@@ -222,13 +222,6 @@ void readItems(const Json &object, const std::string &name, const std::function<
     });
 }
 
-void require(bool holds, const std::string &reason)
-{
-    if (!holds) {
-        throw Refused(reason);
-    }
-}
-
 void checkMembers(const Json &json, const std::vector<std::string> &names, const char *reason)
 {
     require(json.is_object(), "must be an object");

@@ -36,9 +36,6 @@ void readMember(
 void readItems(
     const Json &object, const std::string &name, const std::function<void(const Json &item)> &read);
 
-/// Refused with the reason unless `holds`.
-void require(bool holds, const std::string &reason);
-
 /// Refused unless the value is an object with just members of these names, otherwise with the reason.
 void checkMembers(
     const Json &json, const std::vector<std::string> &names, const char *reason = "is not a known member");

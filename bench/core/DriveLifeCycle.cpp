@@ -60,9 +60,8 @@ void DriveLifeCycle::restore(const Drive &drive, const FlashChip &chip)
     check(drive);
     store.change([&] {
         DriveTable table(store);
-        if (table.find(drive.serial)) {
-            throw Refused("a drive with this serial number is on the bench; choose another with --serial");
-        }
+        require(!table.find(drive.serial),
+            "a drive with this serial number is on the bench; choose another with --serial");
         table.insert(drive, chip);
     });
 }
@@ -75,9 +74,7 @@ void DriveLifeCycle::remove(const std::string &serial)
 void DriveLifeCycle::plug(const std::string &serial)
 {
     changeDrive(serial, [this](Drive &drive) {
-        if (drive.plugged) {
-            throw Refused("it is plugged in already; to restart it, use: drive-bench replug");
-        }
+        require(!drive.plugged, "it is plugged in already; to restart it, use: drive-bench replug");
         powerUp(&drive, DriveTable(store).chip(drive));
     });
 }
@@ -85,9 +82,7 @@ void DriveLifeCycle::plug(const std::string &serial)
 void DriveLifeCycle::unplug(const std::string &serial)
 {
     changeDrive(serial, [](Drive &drive) {
-        if (!drive.plugged) {
-            throw Refused("it is unplugged already; to plug it in, use: drive-bench plug");
-        }
+        require(drive.plugged, "it is unplugged already; to plug it in, use: drive-bench plug");
         drive.plugged = false;
         drive.mounted = false;
         drive.unpluggedAt = now();
@@ -112,10 +107,9 @@ void DriveLifeCycle::setFault(const std::string &serial, const Fault &fault)
 void DriveLifeCycle::clearFault(const std::string &serial, FaultKind kind)
 {
     changeDrive(serial, [kind](Drive &drive) {
-        if (!removeFault(&drive.faults, kind)) {
-            throw Refused(std::string("the fault \"") + describe(kind).name
+        require(removeFault(&drive.faults, kind),
+            std::string("the fault \"") + describe(kind).name
                 + "\" is not set; drive-bench show lists those that are");
-        }
     });
 }
 

@@ -16,9 +16,7 @@ Fault faultFrom(const SQLite::Statement &row, int column)
 {
     const std::string name = row.getColumn(column).getString();
     const FaultDescription *const kind = findFault(name);
-    if (kind == nullptr) {
-        throw Refused("there is no fault \"" + escaped(name) + '"');
-    }
+    require(kind != nullptr, "there is no fault \"" + escaped(name) + '"');
     Fault fault{kind->kind};
     fault.field = findRecordField(row.getColumn(column + 1).getString());
     fault.number = row.getColumn(column + 2).getInt64();
@@ -83,7 +81,7 @@ std::vector<Drive> DriveTable::select(const std::string &which, const Values &..
 {
     // One row for each fault, and one for a drive without any.
     SQLite::Statement rows = prepared(database,
-        "SELECT " + columnList(driveFields())
+        "SELECT " + rowNames(driveFields())
             + ", id, kind, field, number, text, once FROM drives LEFT JOIN faults ON drive = id " + which,
         values...);
     const int idColumn = static_cast<int>(driveFields().size());
@@ -107,8 +105,7 @@ std::vector<Drive> DriveTable::select(const std::string &which, const Values &..
 void DriveTable::insert(const Drive &drive, const FlashChip &chip)
 {
     SQLite::Statement row(database,
-        "INSERT INTO drives (" + columnList(driveFields()) + ") VALUES (" + columnList(driveFields(), ":")
-            + ')');
+        "INSERT INTO drives (" + rowNames(driveFields()) + ") VALUES (" + rowNames(driveFields(), ":") + ')');
     bindFields(row, driveFields(), drive);
     row.exec();
     Drive added = drive;
@@ -120,7 +117,7 @@ void DriveTable::insert(const Drive &drive, const FlashChip &chip)
 void DriveTable::update(const Drive &drive)
 {
     SQLite::Statement row(database,
-        "UPDATE drives SET (" + columnList(driveFields()) + ") = (" + columnList(driveFields(), ":")
+        "UPDATE drives SET (" + rowNames(driveFields()) + ") = (" + rowNames(driveFields(), ":")
             + ") WHERE id = :id");
     bindFields(row, driveFields(), drive);
     row.bind(":id", drive.id);

@@ -1,6 +1,7 @@
 #include "bench/core/Fault.h"
 
 #include "bench/core/Refused.h"
+#include "bench/core/Table.h"
 #include "bench/core/Text.h"
 
 #include <algorithm>
@@ -87,9 +88,7 @@ const FaultDescription &describe(FaultKind kind)
 
 const FaultDescription *findFault(const std::string &name)
 {
-    const auto found = std::find_if(Descriptions.begin(), Descriptions.end(),
-        [&name](const FaultDescription &candidate) { return name == candidate.name; });
-    return found == Descriptions.end() ? nullptr : &*found;
+    return findRow(Descriptions, name);
 }
 
 const std::array<RecordField, 7> &recordFields()
@@ -99,18 +98,12 @@ const std::array<RecordField, 7> &recordFields()
 
 const RecordField *findRecordField(const std::string &name)
 {
-    const auto found = std::find_if(Fields.begin(), Fields.end(),
-        [&name](const RecordField &candidate) { return name == candidate.name; });
-    return found == Fields.end() ? nullptr : &*found;
+    return findRow(Fields, name);
 }
 
 std::string recordFieldNames()
 {
-    std::string names;
-    for (const RecordField &field : Fields) {
-        names += (names.empty() ? "" : ", ") + std::string(field.name);
-    }
-    return names;
+    return rowNames(Fields);
 }
 
 Fault parseFault(const FaultDescription &kind, const std::optional<std::string> &value)

@@ -31,9 +31,7 @@ std::string textAt(const std::string &file, std::size_t position, const char *wh
     const std::string field = file.substr(position, FirmwareImage::MaximumText);
     std::string text = field.substr(0, field.find('\0'));
     const auto zeros = static_cast<std::size_t>(std::count(field.begin(), field.end(), '\0'));
-    if (text.empty() || text.size() + zeros != field.size()) {
-        throw Refused(std::string("has no valid ") + what);
-    }
+    require(!text.empty() && text.size() + zeros == field.size(), std::string("has no valid ") + what);
     return text;
 }
 
@@ -51,44 +49,36 @@ std::string payloadAt(
     const std::string &file, std::size_t position, std::size_t size, std::size_t digestAt, const char *what)
 {
     std::string payload = file.substr(position, size);
-    if (sha256(payload) != file.substr(digestAt, DigestSize)) {
-        throw Refused(std::string("is damaged: the digest of the ") + what + " does not match");
-    }
+    require(sha256(payload) == file.substr(digestAt, DigestSize),
+        std::string("is damaged: the digest of the ") + what + " does not match");
     return payload;
 }
 
 /// What the header says, for a file of `fileSize` bytes that begins with `header`.
 FirmwareImage decodeHeader(const std::string &header, std::size_t fileSize)
 {
-    if (header.empty()) {
-        throw Refused("is empty");
-    }
-    if (header.compare(0, Magic.size(), Magic.substr(0, header.size())) != 0) {
-        throw Refused("is not a firmware image: it does not begin with \"TFW1\"");
-    }
-    if (header.size() < HeaderSize) {
-        throw Refused("is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
+    require(!header.empty(), "is empty");
+    require(header.compare(0, Magic.size(), Magic.substr(0, header.size())) == 0,
+        "is not a firmware image: it does not begin with \"TFW1\"");
+    require(header.size() >= HeaderSize,
+        "is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
             + std::to_string(HeaderSize));
-    }
     const std::uint32_t format = littleEndianAt(header, FormatAt);
-    if (format != FormatVersion) {
-        throw Refused("has format version " + std::to_string(format) + ", only "
-            + std::to_string(FormatVersion) + " is known");
-    }
+    require(format == FormatVersion,
+        "has format version " + std::to_string(format) + ", only " + std::to_string(FormatVersion)
+            + " is known");
     FirmwareImage image;
     image.bridge = static_cast<std::int32_t>(littleEndianAt(header, BridgeAt));
-    if (std::strcmp(bridgeName(image.bridge), "none") == 0) {
-        throw Refused("is for an unknown bridge, code " + std::to_string(image.bridge));
-    }
+    require(std::strcmp(bridgeName(image.bridge), "none") != 0,
+        "is for an unknown bridge, code " + std::to_string(image.bridge));
     image.firmwareVersion = textAt(header, FirmwareVersionAt, "firmware version");
     image.configurationRevision = textAt(header, ConfigurationRevisionAt, "configuration revision");
     const std::size_t expected = HeaderSize
         + sizeAt(header, FirmwareSizeAt, FirmwareImage::MaximumFirmware, "firmware")
         + sizeAt(header, ConfigurationSizeAt, FirmwareImage::MaximumConfiguration, "configuration");
-    if (fileSize != expected) {
-        throw Refused(std::string(fileSize < expected ? "is truncated" : "has bytes after its end") + ": "
+    require(fileSize == expected,
+        std::string(fileSize < expected ? "is truncated" : "has bytes after its end") + ": "
             + std::to_string(fileSize) + " bytes, its header says " + std::to_string(expected));
-    }
     return image;
 }
 

@@ -46,9 +46,7 @@ void Flash::find(const std::string &reportedSerial)
     store.change([&] {
         DriveTable table(store);
         drive = table.findReported(reportedSerial).value_or(Drive());
-        if (drive.serial.empty() || !drive.isAttached()) {
-            throw Refused("no such drive is attached");
-        }
+        require(!drive.serial.empty() && drive.isAttached(), "no such drive is attached");
         Drive changed = drive;
         if (useUp(&changed.faults, UsedUpBy::ImageCheck)) {
             table.update(changed);
@@ -58,10 +56,8 @@ void Flash::find(const std::string &reportedSerial)
 
 void Flash::readImage(const std::string &imageFile, std::int32_t chipset)
 {
-    if (drive.chipset != chipset) {
-        throw Refused(std::string("the drive's bridge is ") + bridgeName(drive.chipset) + ", not "
-            + bridgeName(chipset));
-    }
+    require(drive.chipset == chipset,
+        std::string("the drive's bridge is ") + bridgeName(drive.chipset) + ", not " + bridgeName(chipset));
     try {
         image = FirmwareImage::read(imageFile);
         if (const Fault *const truncation = findFault(drive.faults, FaultKind::TruncatedImage)) {
@@ -72,10 +68,8 @@ void Flash::readImage(const std::string &imageFile, std::int32_t chipset)
     } catch (const Refused &refused) {
         throw Refused(imageFile + ": " + refused.what());
     }
-    if (image.bridge != chipset) {
-        throw Refused(
-            imageFile + ": is for the bridge " + bridgeName(image.bridge) + ", not " + bridgeName(chipset));
-    }
+    require(image.bridge == chipset,
+        imageFile + ": is for the bridge " + bridgeName(image.bridge) + ", not " + bridgeName(chipset));
     total = static_cast<std::int64_t>(image.firmware.size() + image.configuration.size());
 }
 
@@ -85,12 +79,8 @@ void Flash::begin()
     store.change([&] {
         DriveTable table(store);
         Drive current = table.get(drive.serial);
-        if (current.state() == DriveState::Writing) {
-            throw Refused("the drive is being written by another process");
-        }
-        if (!isStillThere(current, drive)) {
-            throw Refused("the drive was pulled out");
-        }
+        require(current.state() != DriveState::Writing, "the drive is being written by another process");
+        require(isStillThere(current, drive), "the drive was pulled out");
         current.incomplete = true;
         current.flashFirmware.clear();
         current.flashConfiguration.clear();
@@ -225,12 +215,8 @@ void Flash::step(const std::function<void(DriveTable &table)> &work, Durability 
         [&] {
             DriveTable table(store);
             const std::optional<Drive> current = table.find(drive.serial);
-            if (!current || !isStillThere(*current, drive)) {
-                throw Refused("the drive was pulled out");
-            }
-            if (current->flashes != drive.flashes) {
-                throw Refused("another process has begun to write the drive");
-            }
+            require(current && isStillThere(*current, drive), "the drive was pulled out");
+            require(current->flashes == drive.flashes, "another process has begun to write the drive");
             drive = *current;
             drive.bytesWritten = written;
             drive.heartbeat = now();

@@ -39,7 +39,7 @@ std::vector<Process> livingProcesses(SQLite::Database &database)
 HostState readState(SQLite::Database &database)
 {
     HostState state;
-    SQLite::Statement row(database, "SELECT " + columnList(Fields) + " FROM host");
+    SQLite::Statement row(database, "SELECT " + rowNames(Fields) + " FROM host");
     if (row.executeStep()) {
         readFields(row, Fields, &state);
     }
@@ -71,7 +71,7 @@ void Host::change(const std::function<void(HostState &state)> &work)
         HostState state = readState(store.database());
         work(state);
         SQLite::Statement row(store.database(),
-            "INSERT OR REPLACE INTO host (" + columnList(Fields) + ", id) VALUES (" + columnList(Fields, ":")
+            "INSERT OR REPLACE INTO host (" + rowNames(Fields) + ", id) VALUES (" + rowNames(Fields, ":")
                 + ", 1)");
         bindFields(row, Fields, state);
         row.exec();

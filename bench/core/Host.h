@@ -1,7 +1,7 @@
 #pragma once
 
 #include "bench/core/BenchStore.h"
-#include "bench/core/Field.h"
+#include "bench/core/Table.h"
 
 #include <array>
 #include <cstdint>

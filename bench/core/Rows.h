@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/core/Field.h"
+#include "bench/core/Table.h"
 
 #include <SQLiteCpp/Database.h>
 #include <SQLiteCpp/Statement.h>
@@ -43,17 +43,6 @@ template <typename... Values>
 int execute(SQLite::Database &database, const std::string &sql, const Values &...values)
 {
     return prepared(database, sql, values...).exec();
-}
-
-/// The names of the fields, each behind `prefix`, separated by commas.
-template <typename Fields>
-std::string columnList(const Fields &fields, const char *prefix = "")
-{
-    std::string list;
-    for (const auto &field : fields) {
-        list += (list.empty() ? "" : ", ") + (prefix + std::string(field.name));
-    }
-    return list;
 }
 
 /// Binds the fields to the first parameters.

@@ -3,8 +3,8 @@
 #include "bench/core/Companion.h"
 #include "bench/core/Files.h"
 #include "bench/core/Host.h"
+#include "bench/core/Table.h"
 
-#include <algorithm>
 #include <cstdio>
 
 namespace bench {
@@ -18,7 +18,7 @@ constexpr const char *ServiceName = "com.tarvo.quaydesk.service";
 /// A call that lists something: what is there on any host, and the line of the companion product.
 struct Listing
 {
-    const char *call;
+    const char *name; ///< the call, with its arguments
     const char *lines;
     bool HostState::*hasLine;
     std::string (*line)(const HostState &host);
@@ -129,9 +129,7 @@ int runHostTool(BenchStore *store, const Words &words)
     }
     call.erase(call.find_last_not_of('/') + 1);
     const HostState host = store == nullptr ? HostState() : Host(*store).state();
-    const auto listing = std::find_if(std::begin(Listings), std::end(Listings),
-        [&call](const Listing &candidate) { return call == candidate.call; });
-    if (listing != std::end(Listings)) {
+    if (const Listing *const listing = findRow(Listings, call)) {
         return list(*listing, host);
     }
     if (call == "ps -ax" || call == "ps -axcopid,command") {

@@ -1,10 +1,33 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <variant>
 
+/// Tables whose rows have a name.
 namespace bench {
+
+/// The row with exactly that name; null when there is none.
+template <typename Table>
+auto findRow(const Table &table, const std::string &name) -> decltype(&*std::begin(table))
+{
+    const auto row = std::find_if(std::begin(table), std::end(table),
+        [&name](const auto &candidate) { return name == candidate.name; });
+    return row == std::end(table) ? nullptr : &*row;
+}
+
+/// The names of all rows, each behind `prefix`, separated by commas.
+template <typename Table>
+std::string rowNames(const Table &table, const char *prefix = "")
+{
+    std::string names;
+    for (const auto &row : table) {
+        names += (names.empty() ? "" : ", ") + (prefix + std::string(row.name));
+    }
+    return names;
+}
 
 /// A stored field of a plain struct. From a table of these the columns of the database, the members in JSON
 /// and the limits are made.
