@@ -32,15 +32,15 @@ constexpr const char *FileName = "bench.sqlite";
 /// Of the database and of what SQLite keeps beside it.
 constexpr const char *Suffixes[] = {"", "-wal", "-shm", "-journal"};
 
-Refused noBench(const std::string &directory, const std::string &reason)
+std::string noBench(const std::string &directory, const std::string &reason)
 {
-    return Refused(directory + " is no bench that can be read: " + reason
-        + "; make one with: drive-bench init --bench " + shellQuoted(directory));
+    return directory + " is no bench that can be read: " + reason
+        + "; make one with: drive-bench init --bench " + shellQuoted(directory);
 }
 
-Refused otherFiles(const std::string &directory)
+std::string otherFiles(const std::string &directory)
 {
-    return Refused(directory + " holds other files; name a new or an empty directory with --bench");
+    return directory + " holds other files; name a new or an empty directory with --bench";
 }
 
 Refused cannotWrite(const std::string &file, const std::string &reason)
@@ -71,21 +71,16 @@ std::string existingFile(const std::string &directory)
 {
     std::error_code error;
     const fs::path file = fs::canonical(directory, error) / FileName;
-    if (error) {
-        throw noBench(directory, error.message());
-    }
+    require(!error, noBench(directory, error.message()));
     for (const char *suffix : Suffixes) {
         const std::string path = file.string() + suffix;
         require(!fs::is_symlink(fs::symlink_status(path, error)),
             path + " is a symbolic link, which is not followed; remove it");
     }
     const fs::file_status status = fs::symlink_status(file, error);
-    if (!fs::exists(status)) {
-        throw noBench(directory, error.message());
-    }
-    if (!fs::is_regular_file(status)) {
-        throw noBench(directory, std::string(FileName) + " is not a regular file");
-    }
+    require(fs::exists(status), noBench(directory, error.message()));
+    require(
+        fs::is_regular_file(status), noBench(directory, std::string(FileName) + " is not a regular file"));
     return file.string();
 }
 
@@ -174,9 +169,8 @@ int numberFrom(SQLite::Database &connection, const char *query)
 bool isBench(SQLite::Database &connection, const std::string &directory)
 {
     const bool isMarked = numberFrom(connection, "PRAGMA application_id") == ApplicationId;
-    if (!isMarked && numberFrom(connection, "SELECT count(*) FROM sqlite_master") != 0) {
-        throw otherFiles(directory);
-    }
+    require(
+        isMarked || numberFrom(connection, "SELECT count(*) FROM sqlite_master") == 0, otherFiles(directory));
     return isMarked;
 }
 
@@ -188,9 +182,8 @@ BenchStore::BenchStore(const std::string &directory) : BenchStore(File{existingF
         return std::pair(
             numberFrom(connection, "PRAGMA user_version"), numberFrom(connection, "PRAGMA application_id"));
     });
-    if (version == 0 || application != ApplicationId) {
-        throw noBench(directory, std::string(FileName) + " holds no bench");
-    }
+    require(version != 0 && application == ApplicationId,
+        noBench(directory, std::string(FileName) + " holds no bench"));
     require(version <= SchemaVersion,
         file + " has schema version " + std::to_string(version) + ", only versions up to "
             + std::to_string(SchemaVersion) + " are known; use a newer drive-bench");
@@ -207,9 +200,7 @@ BenchStore::BenchStore(const File &database) : file(database.path), connection(o
 void BenchStore::create(
     const std::string &directory, bool replace, const std::function<void(BenchStore &store)> &fill)
 {
-    if (holdsOtherFiles(directory)) {
-        throw otherFiles(directory);
-    }
+    require(!holdsOtherFiles(directory), otherFiles(directory));
     std::vector<fs::path> made;
     try {
         makeFile(directory, &made);

@@ -112,9 +112,7 @@ void Companion::startProcess(const std::string &tool, const std::string &command
         arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
     pid_t starter = 0;
     const int error = ::posix_spawn(&starter, tool.c_str(), nullptr, nullptr, vector, environ);
-    if (error != 0) {
-        throw Refused("cannot start " + tool + ": " + std::generic_category().message(error));
-    }
+    require(error == 0, "cannot start " + tool + ": " + std::generic_category().message(error));
     ::waitpid(starter, nullptr, 0); // it ends at once and leaves a process of its own behind
     for (int poll = 0; poll < StartPolls; ++poll) {
         if (Host(store).state().isRunning(command)) {

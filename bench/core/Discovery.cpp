@@ -17,20 +17,13 @@ namespace {
 /// What discovery reports for a status that it cannot determine for good.
 constexpr std::int32_t StatusUnknown = 3;
 
-struct Versions
-{
-    std::string firmware;
-    std::string configuration;
-};
-
-/// The versions in the model's image, or the catalogue's without a usable one.
-Versions versionsOnOffer(const Model &model, const std::string &imageDirectory)
+/// The header of the model's image; without a usable image, what the catalogue says of it.
+FirmwareImage imageOnOffer(const Model &model, const std::string &imageDirectory)
 {
     try {
-        const FirmwareImage image = FirmwareImage::readHeader(imageDirectory + '/' + model.imageName());
-        return {image.firmwareVersion, image.configurationRevision};
+        return FirmwareImage::readHeader(imageDirectory + '/' + model.imageName());
     } catch (const Refused &) {
-        return {model.newestFirmware, model.newestConfiguration};
+        return {model.chipset, model.newestFirmware, model.newestConfiguration, {}, {}};
     }
 }
 
@@ -74,7 +67,7 @@ void applyFault(const Fault &fault, DeviceInfo *record)
     }
 }
 
-DeviceInfo recordOf(const Drive &drive, const Versions &offered)
+DeviceInfo recordOf(const Drive &drive, const FirmwareImage &offered)
 {
     const Model &model = drive.catalogueModel();
     DeviceInfo record;
@@ -86,10 +79,10 @@ DeviceInfo recordOf(const Drive &drive, const Versions &offered)
     record.auxiliaryText2 = drive.incomplete ? std::string() : drive.runningConfiguration;
     record.firmwareVersion = drive.incomplete ? std::string() : drive.runningFirmware;
     record.firmwareFileName = model.imageName();
-    record.newFirmwareVersion = offered.firmware;
+    record.newFirmwareVersion = offered.firmwareVersion;
     record.chipsetType = static_cast<std::int32_t>(drive.chipset);
-    record.firmwareStatus = statusOf(drive, drive.runningFirmware, offered.firmware);
-    record.configurationStatus = statusOf(drive, drive.runningConfiguration, offered.configuration);
+    record.firmwareStatus = statusOf(drive, drive.runningFirmware, offered.firmwareVersion);
+    record.configurationStatus = statusOf(drive, drive.runningConfiguration, offered.configurationRevision);
     if (findFault(drive.faults, FaultKind::WrongImage) != nullptr) {
         record.firmwareFileName = modelWithOtherBridge(drive.chipset).imageName();
     }
@@ -157,12 +150,12 @@ std::vector<Drive> Discovery::askAll()
 
 std::vector<DeviceInfo> Discovery::records(const std::vector<Drive> &drives) const
 {
-    std::unordered_map<std::string, Versions> offers;
+    std::unordered_map<std::string, FirmwareImage> offers;
     std::vector<DeviceInfo> found;
     for (const Drive &drive : drives) {
         const auto [offer, isNew] = offers.try_emplace(drive.model);
         if (isNew) {
-            offer->second = versionsOnOffer(drive.catalogueModel(), imageDirectory);
+            offer->second = imageOnOffer(drive.catalogueModel(), imageDirectory);
         }
         found.push_back(recordOf(drive, offer->second));
     }

@@ -11,6 +11,9 @@ namespace bench {
 
 namespace {
 
+constexpr const char *NoSuchDrive =
+    "there is no drive with that serial number on the bench; drive-bench list shows those that are";
+
 /// The fault in the columns from `column` on.
 Fault faultFrom(const SQLite::Statement &row, int column)
 {
@@ -43,12 +46,6 @@ std::optional<Drive> first(const std::vector<Drive> &drives)
     return drives.empty() ? std::nullopt : std::optional<Drive>(drives.front());
 }
 
-Refused noSuchDrive()
-{
-    return Refused(
-        "there is no drive with that serial number on the bench; drive-bench list shows those that are");
-}
-
 } // namespace
 
 std::vector<Drive> DriveTable::all() const
@@ -64,9 +61,7 @@ std::optional<Drive> DriveTable::find(const std::string &serial) const
 Drive DriveTable::get(const std::string &serial) const
 {
     const std::optional<Drive> found = find(serial);
-    if (!found) {
-        throw noSuchDrive();
-    }
+    require(found.has_value(), NoSuchDrive);
     return *found;
 }
 
@@ -138,9 +133,8 @@ void DriveTable::insertFaults(const Drive &drive)
 
 void DriveTable::remove(const std::string &serial)
 {
-    if (execute(database, "DELETE FROM drives WHERE serial = ?", Blob{serial}) == 0) {
-        throw noSuchDrive();
-    }
+    const int removed = execute(database, "DELETE FROM drives WHERE serial = ?", Blob{serial});
+    require(removed == 1, NoSuchDrive);
 }
 
 FlashChip DriveTable::chip(const Drive &drive) const

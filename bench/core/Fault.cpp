@@ -112,9 +112,7 @@ Fault parseFault(const FaultDescription &kind, const std::optional<std::string> 
     if (!value && (kind.isOptional() || kind.value == FaultValue::None)) {
         return fault;
     }
-    if (!value) {
-        throw Refused(std::string(kind.name) + " needs a value, " + kind.valueName);
-    }
+    require(value.has_value(), std::string(kind.name) + " needs a value, " + kind.valueName);
     std::string text = *value;
     if (kind.value == FaultValue::Field) {
         const std::size_t equals = std::min(text.find('='), text.size());
@@ -126,9 +124,7 @@ Fault parseFault(const FaultDescription &kind, const std::optional<std::string> 
     fault.number = kind.takesNumber() ? number.value_or(0) : 0;
     fault.text = kind.takesNumber() ? std::string() : bytes.value_or(std::string());
     const bool isRead = kind.takesNumber() ? number.has_value() : bytes.has_value();
-    if (!isRead || !fault.hasValue()) { // an optional value that is given must be one
-        throw Refused(valueRule(kind));
-    }
+    require(isRead && fault.hasValue(), valueRule(kind)); // an optional value that is given must be one
     check(fault);
     return fault;
 }

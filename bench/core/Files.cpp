@@ -65,14 +65,10 @@ std::pair<std::string, std::size_t> readBeginning(const std::string &path, std::
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     const auto size = file ? std::filesystem::file_size(path, error) : 0;
-    if (!file || error) {
-        throw Refused(systemReason());
-    }
+    require(file && !error, systemReason());
     std::string content(std::min<std::size_t>(size, length), '\0');
     file.read(content.data(), static_cast<std::streamsize>(content.size()));
-    if (file.bad()) {
-        throw Refused(systemReason());
-    }
+    require(!file.bad(), systemReason());
     content.resize(static_cast<std::size_t>(file.gcount()));
     return {content, size};
 }
