@@ -54,12 +54,13 @@ FlashChip chipFromJson(const Json &json)
     for (std::size_t i = 0; i < SectorCount; ++i) {
         sectors.push_back(std::to_string(i));
     }
-    checkMembers(json, sectors, "is no sector from 0 to 31");
+    checkMembers(json, sectors, ("is no sector from 0 to " + sectors.back()).c_str());
     std::string content = FlashChip().content();
     for (std::size_t i = 0; i < SectorCount; ++i) {
         readMember(json, sectors[i], [&](const Json &member) {
             const auto bytes = member.is_string() ? bytesFromHexadecimal(member) : std::nullopt;
-            require(bytes && bytes->size() == FlashChip::SectorSize, "must be 8192 hexadecimal digits");
+            require(bytes && bytes->size() == FlashChip::SectorSize,
+                "must be " + std::to_string(2 * FlashChip::SectorSize) + " hexadecimal digits");
             content.replace(i * FlashChip::SectorSize, FlashChip::SectorSize, *bytes);
         });
     }

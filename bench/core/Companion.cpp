@@ -90,14 +90,12 @@ void Companion::stop()
 /// Changes the host and takes its processes off the list, atomically; then it ends them.
 void Companion::endProcesses(const std::function<void(HostState &host)> &work)
 {
-    std::vector<Process> ended;
-    store.change([&] {
+    const std::vector<Process> ended = store.change([&] {
         Host host(store);
-        host.change([&](HostState &state) {
-            work(state);
-            ended = state.processes;
-        });
+        host.change(work);
+        const std::vector<Process> processes = host.state().processes;
         host.removeProcesses();
+        return processes;
     });
     for (const Process &process : ended) {
         ::kill(static_cast<pid_t>(process.id), SIGTERM);

@@ -80,20 +80,11 @@ int listProcesses(const HostState &host, bool namesOnly)
     return 0;
 }
 
-int changeService(BenchStore *store, bool submits)
+int setFlag(BenchStore *store, bool HostState::*flag, bool value)
 {
     if (store != nullptr) {
-        Host(*store).change([submits](HostState &host) { host.serviceSubmitted = submits; });
+        Host(*store).change([=](HostState &host) { host.*flag = value; });
     }
-    return 0;
-}
-
-int loadExtension(BenchStore *store, const HostState &host)
-{
-    if (!host.extensionInstalled) {
-        return 1;
-    }
-    Host(*store).change([](HostState &state) { state.extensionLoaded = true; });
     return 0;
 }
 
@@ -136,13 +127,13 @@ int runHostTool(BenchStore *store, const Words &words)
         return listProcesses(host, call != "ps -ax");
     }
     if (call == std::string("launchctl remove ") + ServiceName) {
-        return changeService(store, false);
+        return setFlag(store, &HostState::serviceSubmitted, false);
     }
     if (call.rfind(std::string("launchctl submit -l ") + ServiceName + ' ', 0) == 0) {
-        return changeService(store, true);
+        return setFlag(store, &HostState::serviceSubmitted, true);
     }
     if (call == "kextload /System/Library/Extensions/TarvoKorrin.kext") {
-        return loadExtension(store, host);
+        return host.extensionInstalled ? setFlag(store, &HostState::extensionLoaded, true) : 1;
     }
     return call.rfind("open ", 0) == 0 ? open(store, host, call.substr(5)) : NotMine;
 }
