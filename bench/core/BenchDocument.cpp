@@ -48,26 +48,21 @@ Json chipToJson(const FlashChip &chip)
     return json;
 }
 
-FlashChip chipFromJson(const Json &json, const std::string &pointer)
+FlashChip chipFromJson(const Json &json)
 {
-    std::string content = FlashChip().content();
-    if (!json.is_object()) {
-        throw Refused(pointer + ": must be an object");
+    std::vector<std::string> sectors;
+    for (std::size_t i = 0; i < SectorCount; ++i) {
+        sectors.push_back(std::to_string(i));
     }
-    for (const auto &member : json.items()) {
-        const std::string place = pointer + '/' + escaped(member.key());
-        const auto number = numberFromText(member.key());
-        const bool isPlain = number && std::to_string(*number) == member.key();
-        if (!isPlain || *number < 0 || *number >= static_cast<std::int64_t>(SectorCount)) {
-            throw Refused(place + ": is no sector from 0 to " + std::to_string(SectorCount - 1));
-        }
-        const auto bytes = member.value().is_string() ? bytesFromHexadecimal(member.value()) : std::nullopt;
-        if (!bytes || bytes->size() != FlashChip::SectorSize) {
-            throw Refused(
-                place + ": must be " + std::to_string(2 * FlashChip::SectorSize) + " hexadecimal digits");
-        }
-        content.replace(
-            static_cast<std::size_t>(*number) * FlashChip::SectorSize, FlashChip::SectorSize, *bytes);
+    checkMembers(json, sectors, ("is no sector from 0 to " + sectors.back()).c_str());
+    std::string content = FlashChip().content();
+    for (std::size_t i = 0; i < SectorCount; ++i) {
+        readMember(json, sectors[i], [&](const Json &member) {
+            const auto bytes = member.is_string() ? bytesFromHexadecimal(member) : std::nullopt;
+            require(bytes && bytes->size() == FlashChip::SectorSize,
+                "must be " + std::to_string(2 * FlashChip::SectorSize) + " hexadecimal digits");
+            content.replace(i * FlashChip::SectorSize, FlashChip::SectorSize, *bytes);
+        });
     }
     return FlashChip(content);
 }
@@ -90,45 +85,29 @@ Json parsed(const std::string &text)
     }
 }
 
-std::vector<std::string> callsFrom(const Json &json)
-{
-    const bool areTexts = json.is_array()
-        && std::all_of(json.begin(), json.end(), [](const Json &call) { return call.is_string(); });
-    if (!areTexts) {
-        throw Refused("/calls: must be a list of texts");
-    }
-    return json.get<std::vector<std::string>>();
-}
-
-/// No part of the document is copied, since copying one that nests deeply would take more stack than there
-/// is.
 BenchDocument documentFrom(const Json &json)
 {
     BenchDocument document;
-    checkMembers(json, "", {"version", "drives", "host", "calls"});
-    const Json *const version = findMember(json, "version");
-    if (version == nullptr || *version != FormatVersion) {
-        throw Refused("/version: must be " + std::to_string(FormatVersion));
-    }
-    const Json *const drives = findMember(json, "drives");
-    if (drives != nullptr && !drives->is_array()) {
-        throw Refused("/drives: must be a list");
-    }
+    checkMembers(json, {"version", "drives", "host", "calls"});
+    const auto version = json.find("version");
+    const bool isKnown = version != json.end() && *version == FormatVersion;
+    within("version", [&] { require(isKnown, "must be " + std::to_string(FormatVersion)); });
     std::set<std::string> serials;
-    for (std::size_t i = 0; drives != nullptr && i < drives->size(); ++i) {
-        const std::string pointer = "/drives/" + std::to_string(i);
-        const Drive drive = driveFromJson(drives->at(i), pointer);
-        if (!serials.insert(drive.serial).second) {
-            throw Refused(pointer + "/serial: is that of another drive");
-        }
-        const Json *const chip = findMember(drives->at(i), "chip");
-        document.drives.emplace_back(
-            drive, chip == nullptr ? expectedChip(drive) : chipFromJson(*chip, pointer + "/chip"));
-    }
-    const Json *const host = findMember(json, "host");
-    document.host = host == nullptr ? HostState() : hostFromJson(*host, "/host");
-    const Json *const calls = findMember(json, "calls");
-    document.calls = calls == nullptr ? std::vector<std::string>() : callsFrom(*calls);
+    readItems(json, "drives", [&](const Json &item) {
+        const Drive drive = driveFromJson(item);
+        const bool isNew = serials.insert(drive.serial).second;
+        within("serial", [&] { require(isNew, "is that of another drive"); });
+        document.drives.emplace_back(drive, expectedChip(drive));
+        readMember(
+            item, "chip", [&](const Json &chip) { document.drives.back().second = chipFromJson(chip); });
+    });
+    readMember(json, "host", [&](const Json &host) { document.host = hostFromJson(host); });
+    readMember(json, "calls", [&](const Json &calls) {
+        const bool areTexts = calls.is_array()
+            && std::all_of(calls.begin(), calls.end(), [](const Json &call) { return call.is_string(); });
+        require(areTexts, "must be a list of texts");
+        document.calls = calls.get<std::vector<std::string>>();
+    });
     return document;
 }
 
@@ -164,7 +143,8 @@ BenchDocument parseBench(const std::string &text, const std::string &name)
     try {
         return documentFrom(json);
     } catch (const Refused &refused) {
-        throw Refused(name + ": " + refused.what());
+        const std::string reason = refused.what();
+        throw Refused(name + (reason.front() == '/' ? ": " : ": /: ") + reason);
     }
 }
 

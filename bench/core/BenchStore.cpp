@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <fcntl.h>
@@ -31,15 +32,15 @@ constexpr const char *FileName = "bench.sqlite";
 /// Of the database and of what SQLite keeps beside it.
 constexpr const char *Suffixes[] = {"", "-wal", "-shm", "-journal"};
 
-Refused noBench(const std::string &directory, const std::string &reason)
+std::string noBench(const std::string &directory, const std::string &reason)
 {
-    return Refused(directory + " is no bench that can be read: " + reason
-        + "; make one with: drive-bench init --bench " + shellQuoted(directory));
+    return directory + " is no bench that can be read: " + reason
+        + "; make one with: drive-bench init --bench " + shellQuoted(directory);
 }
 
-Refused otherFiles(const std::string &directory)
+std::string otherFiles(const std::string &directory)
 {
-    return Refused(directory + " holds other files; name a new or an empty directory with --bench");
+    return directory + " holds other files; name a new or an empty directory with --bench";
 }
 
 Refused cannotWrite(const std::string &file, const std::string &reason)
@@ -48,7 +49,7 @@ Refused cannotWrite(const std::string &file, const std::string &reason)
 }
 
 /// What the failure of a call to the database means for a person.
-Refused explained(const SQLite::Exception &exception, const std::string &file)
+Refused explained(const SQLite::Exception &exception, const std::string &file, bool isReading)
 {
     const std::string reason = exception.what();
     const int code = exception.getErrorCode() & 0xFF;
@@ -58,6 +59,10 @@ Refused explained(const SQLite::Exception &exception, const std::string &file)
     if (code == SQLITE_NOTADB || code == SQLITE_CORRUPT) {
         return Refused(file + " is damaged: " + reason + "; remove it and make a new bench");
     }
+    if (isReading) {
+        return Refused("cannot read " + file + ": " + reason
+            + "; it must be readable, and its directory writable while a write-ahead log is there");
+    }
     return cannotWrite(file, reason);
 }
 
@@ -66,22 +71,16 @@ std::string existingFile(const std::string &directory)
 {
     std::error_code error;
     const fs::path file = fs::canonical(directory, error) / FileName;
-    if (error) {
-        throw noBench(directory, error.message());
-    }
+    require(!error, noBench(directory, error.message()));
     for (const char *suffix : Suffixes) {
         const std::string path = file.string() + suffix;
-        if (fs::is_symlink(fs::symlink_status(path, error))) {
-            throw Refused(path + " is a symbolic link, which is not followed; remove it");
-        }
+        require(!fs::is_symlink(fs::symlink_status(path, error)),
+            path + " is a symbolic link, which is not followed; remove it");
     }
     const fs::file_status status = fs::symlink_status(file, error);
-    if (!fs::exists(status)) {
-        throw noBench(directory, error.message());
-    }
-    if (!fs::is_regular_file(status)) {
-        throw noBench(directory, std::string(FileName) + " is not a regular file");
-    }
+    require(fs::exists(status), noBench(directory, error.message()));
+    require(
+        fs::is_regular_file(status), noBench(directory, std::string(FileName) + " is not a regular file"));
     return file.string();
 }
 
@@ -124,7 +123,7 @@ SQLite::Database opened(const std::string &file)
         connection.exec("PRAGMA foreign_keys = ON");
         return connection;
     } catch (const SQLite::Exception &exception) {
-        throw explained(exception, file);
+        throw explained(exception, file, true);
     }
 }
 
@@ -139,41 +138,23 @@ bool holdsOtherFiles(const std::string &directory)
     });
 }
 
-/// Files and directories that go again unless they are kept, each before the directory that it is in.
-struct Provisional
-{
-    std::vector<fs::path> paths = {};
-
-    Provisional() = default;
-    ~Provisional()
-    {
-        for (const fs::path &path : paths) {
-            std::error_code error;
-            fs::remove(path, error);
-        }
-    }
-    Provisional(const Provisional &) = delete;
-    Provisional &operator=(const Provisional &) = delete;
-};
-
-/// Makes the directory, those above it, and in it an empty file unless one is there.
-void makeFile(const std::string &directory, Provisional *made)
+/// Makes the directory, those above it, and in it an empty file unless one is there. Adds what was not there
+/// to `made`, each before the directory that it is in.
+void makeFile(const std::string &directory, std::vector<fs::path> *made)
 {
     std::error_code error;
     for (fs::path path = directory; !path.empty() && !fs::exists(fs::symlink_status(path, error));
          path = path.parent_path()) {
-        made->paths.push_back(path);
+        made->push_back(path);
     }
     fs::create_directories(directory, error);
-    if (error) {
-        throw Refused("cannot make the directory " + directory + ": " + error.message()
-            + "; name another with --bench");
-    }
+    require(!error,
+        "cannot make the directory " + directory + ": " + error.message() + "; name another with --bench");
     const std::string file = directory + '/' + FileName;
     const int descriptor = ::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0644);
     if (descriptor >= 0) {
         ::close(descriptor);
-        made->paths.insert(made->paths.begin(), file);
+        made->insert(made->begin(), file);
     } else if (errno != EEXIST) {
         throw cannotWrite(file, std::generic_category().message(errno));
     }
@@ -184,23 +165,28 @@ int numberFrom(SQLite::Database &connection, const char *query)
     return connection.execAndGet(query).getInt();
 }
 
+/// False for an empty database; refused for that of another program.
+bool isBench(SQLite::Database &connection, const std::string &directory)
+{
+    const bool isMarked = numberFrom(connection, "PRAGMA application_id") == ApplicationId;
+    require(
+        isMarked || numberFrom(connection, "SELECT count(*) FROM sqlite_master") == 0, otherFiles(directory));
+    return isMarked;
+}
+
 } // namespace
 
 BenchStore::BenchStore(const std::string &directory) : BenchStore(File{existingFile(directory)})
 {
-    int version = 0;
-    int application = 0;
-    read([&] {
-        version = numberFrom(connection, "PRAGMA user_version");
-        application = numberFrom(connection, "PRAGMA application_id");
+    const auto [version, application] = read([this] {
+        return std::pair(
+            numberFrom(connection, "PRAGMA user_version"), numberFrom(connection, "PRAGMA application_id"));
     });
-    if (version == 0 || application != ApplicationId) {
-        throw noBench(directory, std::string(FileName) + " holds no bench");
-    }
-    if (version > SchemaVersion) {
-        throw Refused(file + " has schema version " + std::to_string(version) + ", only versions up to "
+    require(version != 0 && application == ApplicationId,
+        noBench(directory, std::string(FileName) + " holds no bench"));
+    require(version <= SchemaVersion,
+        file + " has schema version " + std::to_string(version) + ", only versions up to "
             + std::to_string(SchemaVersion) + " are known; use a newer drive-bench");
-    }
     if (version < SchemaVersion) {
         change([this] { upgrade(); });
     }
@@ -214,48 +200,35 @@ BenchStore::BenchStore(const File &database) : file(database.path), connection(o
 void BenchStore::create(
     const std::string &directory, bool replace, const std::function<void(BenchStore &store)> &fill)
 {
-    if (holdsOtherFiles(directory)) {
-        throw otherFiles(directory);
+    require(!holdsOtherFiles(directory), otherFiles(directory));
+    std::vector<fs::path> made;
+    try {
+        makeFile(directory, &made);
+        BenchStore store(File{existingFile(directory)});
+        const auto check = [&] {
+            if (isBench(store.connection, directory)) {
+                made.clear(); // another process was faster, and the bench is its
+                require(replace, directory + " is a bench already; to make it anew, add --force");
+            }
+        };
+        store.read(check); // before the database of another program is written to
+        store.transact("PRAGMA journal_mode = WAL; BEGIN IMMEDIATE", [&] {
+            check(); // another process may have made a bench meanwhile
+            store.clear();
+            store.upgrade();
+            fill(store);
+        });
+    } catch (...) {
+        std::error_code error;
+        for (const fs::path &path : made) {
+            fs::remove(path, error);
+        }
+        throw;
     }
-    Provisional made;
-    makeFile(directory, &made);
-    BenchStore store(File{existingFile(directory)});
-    const auto check = [&] {
-        const bool isBench = numberFrom(store.connection, "PRAGMA application_id") == ApplicationId;
-        if (!isBench && numberFrom(store.connection, "SELECT count(*) FROM sqlite_master") != 0) {
-            throw otherFiles(directory);
-        }
-        if (isBench) {
-            made.paths.clear(); // another process was faster, and the bench is its
-        }
-        if (isBench && !replace) {
-            throw Refused(directory + " is a bench already; to make it anew, add --force");
-        }
-    };
-    store.read(check); // before the database of another program is written to
-    store.transact("PRAGMA journal_mode = WAL; BEGIN IMMEDIATE", [&] {
-        check(); // another process may have made a bench meanwhile
-        store.clear();
-        store.upgrade();
-        fill(store);
-    });
-    made.paths.clear();
-}
-
-void BenchStore::read(const std::function<void()> &work) const
-{
-    transact("BEGIN", work);
-}
-
-void BenchStore::change(const std::function<void()> &work, Durability durability)
-{
-    transact(durability == Durability::Lasting ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE"
-                                               : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE",
-        work);
 }
 
 /// Runs the work in a transaction; inside another one it is a part of that.
-void BenchStore::transact(const char *begin, const std::function<void()> &work) const
+void BenchStore::run(const char *begin, const std::function<void()> &work) const
 {
     if (sqlite3_get_autocommit(connection.getHandle()) == 0) {
         work();
@@ -267,7 +240,7 @@ void BenchStore::transact(const char *begin, const std::function<void()> &work) 
         connection.exec("COMMIT");
     } catch (const SQLite::Exception &exception) {
         connection.tryExec("ROLLBACK");
-        throw explained(exception, file);
+        throw explained(exception, file, begin == BeginReading);
     } catch (...) {
         connection.tryExec("ROLLBACK");
         throw;

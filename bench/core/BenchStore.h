@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <string>
+#include <type_traits>
 
 namespace bench {
 
@@ -32,12 +33,22 @@ public:
     static void create(
         const std::string &directory, bool replace, const std::function<void(BenchStore &store)> &fill);
 
-    /// Runs `work` on one state of the database.
-    void read(const std::function<void()> &work) const;
+    /// What `work` returns, run on one state of the database.
+    template <typename Work>
+    auto read(const Work &work) const
+    {
+        return transact(BeginReading, work);
+    }
 
-    /// Runs `work` while nobody else changes the database, and commits what it did unless it throws. A change
-    /// inside another one is a part of that.
-    void change(const std::function<void()> &work, Durability durability = Durability::Lasting);
+    /// What `work` returns, run while nobody else changes the database; commits what it did unless it throws.
+    /// A change inside another one is a part of that.
+    template <typename Work>
+    auto change(const Work &work, Durability durability = Durability::Lasting)
+    {
+        return transact(durability == Durability::Lasting ? "PRAGMA synchronous = FULL; BEGIN IMMEDIATE"
+                                                          : "PRAGMA synchronous = NORMAL; BEGIN IMMEDIATE",
+            work);
+    }
 
     /// For the functions that read() and change() run.
     SQLite::Database &database() const { return connection; }
@@ -48,7 +59,22 @@ private:
         std::string path;
     };
     explicit BenchStore(const File &database);
-    void transact(const char *begin, const std::function<void()> &work) const;
+
+    static constexpr const char *BeginReading = "BEGIN";
+
+    template <typename Work>
+    auto transact(const char *begin, const Work &work) const
+    {
+        using Result = std::invoke_result_t<const Work &>;
+        if constexpr (std::is_void_v<Result>) {
+            run(begin, work);
+        } else {
+            Result result{};
+            run(begin, [&] { result = work(); });
+            return result;
+        }
+    }
+    void run(const char *begin, const std::function<void()> &work) const;
     void clear();
     void upgrade();
 

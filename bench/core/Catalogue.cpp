@@ -1,5 +1,7 @@
 #include "bench/core/Catalogue.h"
 
+#include "bench/core/Table.h"
+
 #include <cstdio>
 
 namespace bench {
@@ -32,19 +34,14 @@ constexpr std::array<Model, 21> Models = {{
 }};
 // clang-format on
 
+// In the order of the enumerators.
+constexpr const char *RestartTexts[] = {"unplug", "power button", "not needed"};
+
 } // namespace
 
 const char *restartText(Restart restart)
 {
-    switch (restart) {
-    case Restart::Unplug:
-        return "unplug";
-    case Restart::PowerButton:
-        return "power button";
-    case Restart::NotNeeded:
-        break;
-    }
-    return "not needed";
+    return RestartTexts[static_cast<std::size_t>(restart)];
 }
 
 std::string Model::imageName() const
@@ -78,15 +75,10 @@ const std::array<Model, 21> &models()
 
 const Model *findModel(const std::string &name)
 {
-    for (const Model &model : Models) {
-        if (model.name == name) {
-            return &model;
-        }
-    }
-    return nullptr;
+    return findRow(Models, name);
 }
 
-const char *bridgeName(std::int32_t chipset)
+const char *bridgeName(std::int64_t chipset)
 {
     switch (chipset) {
     case Chipset::Asm1051:

@@ -42,7 +42,7 @@ const std::array<Model, 21> &models();
 const Model *findModel(const std::string &name);
 
 /// Name of the bridge with that code ("Asm1051E"); "none" for a code without an updater.
-const char *bridgeName(std::int32_t chipset);
+const char *bridgeName(std::int64_t chipset);
 
 /// The number as 0x and four upper-case hexadecimal digits.
 std::string hexadecimalId(std::uint16_t number);

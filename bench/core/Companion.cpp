@@ -2,7 +2,6 @@
 
 #include "bench/core/Refused.h"
 
-#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -30,13 +29,6 @@ constexpr const char *Programs[] = {
     "/Library/Application Support/Tarvo/Quaydesk/tarvo_qd_service",
 };
 
-/// True when that process stands for that program.
-bool isListed(const HostState &state, const std::string &command)
-{
-    return std::any_of(state.processes.begin(), state.processes.end(),
-        [&command](const Process &process) { return process.command == command; });
-}
-
 } // namespace
 
 Companion::Companion(BenchStore &store, std::string benchDirectory)
@@ -47,10 +39,8 @@ Companion::Companion(BenchStore &store, std::string benchDirectory)
 void Companion::install()
 {
     Host(store).change([](HostState &host) {
-        if (host.companionInstalled) {
-            throw Refused(
-                "the companion is installed already; to remove it, use: drive-bench companion uninstall");
-        }
+        require(!host.companionInstalled,
+            "the companion is installed already; to remove it, use: drive-bench companion uninstall");
         host.companionInstalled = true;
         host.extensionInstalled = true;
     });
@@ -59,10 +49,8 @@ void Companion::install()
 void Companion::uninstall()
 {
     endProcesses([](HostState &host) {
-        if (!host.companionInstalled) {
-            throw Refused(
-                "the companion is not installed; to install it, use: drive-bench companion install");
-        }
+        require(host.companionInstalled,
+            "the companion is not installed; to install it, use: drive-bench companion install");
         host.companionInstalled = false;
         host.serviceSubmitted = false;
         host.extensionInstalled = false;
@@ -73,12 +61,10 @@ void Companion::uninstall()
 void Companion::start(const std::string &tool)
 {
     Host(store).change([&tool](HostState &host) {
-        if (!host.companionInstalled) {
-            throw Refused("the companion is not installed; first use: drive-bench companion install");
-        }
-        if (!host.processes.empty()) {
-            throw Refused("the companion is running already; to stop it, use: drive-bench companion stop");
-        }
+        require(host.companionInstalled,
+            "the companion is not installed; first use: drive-bench companion install");
+        require(host.processes.empty(),
+            "the companion is running already; to stop it, use: drive-bench companion stop");
         if (::access(tool.c_str(), X_OK) != 0) {
             throw Refused("cannot start " + tool + ": " + std::generic_category().message(errno)
                 + "; it must lie in the directory host-tools beside drive-bench");
@@ -94,9 +80,8 @@ void Companion::start(const std::string &tool)
 void Companion::stop()
 {
     endProcesses([](HostState &host) {
-        if (host.processes.empty()) {
-            throw Refused("the companion is not running; to start it, use: drive-bench companion start");
-        }
+        require(!host.processes.empty(),
+            "the companion is not running; to start it, use: drive-bench companion start");
         host.serviceSubmitted = false;
         host.extensionLoaded = false;
     });
@@ -105,14 +90,12 @@ void Companion::stop()
 /// Changes the host and takes its processes off the list, atomically; then it ends them.
 void Companion::endProcesses(const std::function<void(HostState &host)> &work)
 {
-    std::vector<Process> ended;
-    store.change([&] {
+    const std::vector<Process> ended = store.change([&] {
         Host host(store);
-        host.change([&](HostState &state) {
-            work(state);
-            ended = state.processes;
-        });
+        host.change(work);
+        const std::vector<Process> processes = host.state().processes;
         host.removeProcesses();
+        return processes;
     });
     for (const Process &process : ended) {
         ::kill(static_cast<pid_t>(process.id), SIGTERM);
@@ -127,12 +110,10 @@ void Companion::startProcess(const std::string &tool, const std::string &command
         arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
     pid_t starter = 0;
     const int error = ::posix_spawn(&starter, tool.c_str(), nullptr, nullptr, vector, environ);
-    if (error != 0) {
-        throw Refused("cannot start " + tool + ": " + std::generic_category().message(error));
-    }
+    require(error == 0, "cannot start " + tool + ": " + std::generic_category().message(error));
     ::waitpid(starter, nullptr, 0); // it ends at once and leaves a process of its own behind
     for (int poll = 0; poll < StartPolls; ++poll) {
-        if (isListed(Host(store).state(), command)) {
+        if (Host(store).state().isRunning(command)) {
             return;
         }
         std::this_thread::sleep_for(StartPollInterval);
@@ -143,17 +124,15 @@ void Companion::startProcess(const std::string &tool, const std::string &command
 void standFor(const std::string &command, const std::string &benchDirectory)
 {
     const auto id = static_cast<std::int64_t>(::getpid());
-    {
-        BenchStore store(benchDirectory);
-        Host(store).addProcess({id, command});
-    }
-    bool isListed = true;
-    while (isListed) {
-        std::this_thread::sleep_for(BeatInterval);
+    const auto onHost = [&](const auto &work) {
         // Opened anew each time: another bench may have taken the place of the one that listed this process.
         BenchStore store(benchDirectory);
-        isListed = Host(store).beat(id);
-    }
+        return work(Host(store));
+    };
+    onHost([&](Host host) { host.addProcess({id, command}); });
+    do {
+        std::this_thread::sleep_for(BeatInterval);
+    } while (onHost([&](Host host) { return host.beat(id); }));
 }
 
 } // namespace bench

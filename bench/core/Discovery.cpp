@@ -17,25 +17,18 @@ namespace {
 /// What discovery reports for a status that it cannot determine for good.
 constexpr std::int32_t StatusUnknown = 3;
 
-struct Versions
-{
-    std::string firmware;
-    std::string configuration;
-};
-
-/// The versions in the model's image, or the catalogue's without a usable one.
-Versions versionsOnOffer(const Model &model, const std::string &imageDirectory)
+/// The header of the model's image; without a usable image, what the catalogue says of it.
+FirmwareImage imageOnOffer(const Model &model, const std::string &imageDirectory)
 {
     try {
-        const FirmwareImage image = FirmwareImage::readHeader(imageDirectory + '/' + model.imageName());
-        return {image.firmwareVersion, image.configurationRevision};
+        return FirmwareImage::readHeader(imageDirectory + '/' + model.imageName());
     } catch (const Refused &) {
-        return {model.newestFirmware, model.newestConfiguration};
+        return {model.chipset, model.newestFirmware, model.newestConfiguration, {}, {}};
     }
 }
 
 /// A model whose bridge is not `chipset`: where the fault "wrong-image" has its image from.
-const Model &modelWithOtherBridge(std::int32_t chipset)
+const Model &modelWithOtherBridge(std::int64_t chipset)
 {
     return models().front().chipset != chipset ? models().front() : models().back();
 }
@@ -62,34 +55,19 @@ std::int32_t statusOf(const Drive &drive, const std::string &running, const std:
 
 void applyFault(const Fault &fault, DeviceInfo *record)
 {
-    switch (fault.kind) {
-    case FaultKind::FirmwareStatus:
-        record->firmwareStatus = static_cast<std::int32_t>(fault.number);
-        break;
-    case FaultKind::ConfigurationStatus:
-        record->configurationStatus = static_cast<std::int32_t>(fault.number);
-        break;
-    case FaultKind::Chipset:
-        record->chipsetType = static_cast<std::int32_t>(fault.number);
-        break;
-    case FaultKind::VendorId:
-        record->vendorId = static_cast<std::uint16_t>(fault.number);
-        break;
-    case FaultKind::ProductId:
-        record->productId = static_cast<std::uint16_t>(fault.number);
-        break;
-    case FaultKind::DuplicateSerial:
-        record->serialNumber = fault.text.empty() ? record->serialNumber : fault.text;
-        break;
-    case FaultKind::Text:
+    const auto &number = describe(fault.kind).recordNumber;
+    if (const auto *const id = std::get_if<std::uint16_t DeviceInfo::*>(&number)) {
+        record->**id = static_cast<std::uint16_t>(fault.number);
+    } else if (const auto *const code = std::get_if<std::int32_t DeviceInfo::*>(&number)) {
+        record->**code = static_cast<std::int32_t>(fault.number);
+    } else if (fault.field != nullptr) {
         record->*fault.field->member = fault.text;
-        break;
-    default:
-        break;
+    } else if (fault.kind == FaultKind::DuplicateSerial && fault.hasValue()) {
+        record->serialNumber = fault.text;
     }
 }
 
-DeviceInfo recordOf(const Drive &drive, const Versions &offered)
+DeviceInfo recordOf(const Drive &drive, const FirmwareImage &offered)
 {
     const Model &model = drive.catalogueModel();
     DeviceInfo record;
@@ -101,10 +79,10 @@ DeviceInfo recordOf(const Drive &drive, const Versions &offered)
     record.auxiliaryText2 = drive.incomplete ? std::string() : drive.runningConfiguration;
     record.firmwareVersion = drive.incomplete ? std::string() : drive.runningFirmware;
     record.firmwareFileName = model.imageName();
-    record.newFirmwareVersion = offered.firmware;
-    record.chipsetType = drive.chipset;
-    record.firmwareStatus = statusOf(drive, drive.runningFirmware, offered.firmware);
-    record.configurationStatus = statusOf(drive, drive.runningConfiguration, offered.configuration);
+    record.newFirmwareVersion = offered.firmwareVersion;
+    record.chipsetType = static_cast<std::int32_t>(drive.chipset);
+    record.firmwareStatus = statusOf(drive, drive.runningFirmware, offered.firmwareVersion);
+    record.configurationStatus = statusOf(drive, drive.runningConfiguration, offered.configurationRevision);
     if (findFault(drive.faults, FaultKind::WrongImage) != nullptr) {
         record.firmwareFileName = modelWithOtherBridge(drive.chipset).imageName();
     }
@@ -114,29 +92,20 @@ DeviceInfo recordOf(const Drive &drive, const Versions &offered)
     return record;
 }
 
-/// True when a query changes the drive: it is counted, or uses up a fault.
-bool isChangedByQuery(const Drive &drive)
+/// Counts a query of the drive and uses up its faults; false when that changes nothing.
+bool ask(Drive *drive)
 {
-    if (!drive.isAttached()) {
+    if (!drive->isAttached()) {
         return false;
     }
-    if (drive.queries < numberOf(drive.faults, FaultKind::SettleQueries)) {
-        return true;
-    }
-    return std::any_of(drive.faults.begin(), drive.faults.end(), [&drive](const Fault &fault) {
-        const UsedUpBy event = describe(fault.kind).usedUpBy;
-        return fault.once && (event == UsedUpBy::Query || (event == UsedUpBy::Settling && isSettled(drive)));
-    });
-}
-
-void countQuery(Drive *drive)
-{
-    if (isSettled(*drive)) {
-        useUp(&drive->faults, UsedUpBy::Settling);
-    } else {
+    bool isChanged = false;
+    if (drive->queries < numberOf(drive->faults, FaultKind::SettleQueries)) {
         ++drive->queries;
+        isChanged = true;
+    } else if (isSettled(*drive)) {
+        isChanged = useUp(&drive->faults, UsedUpBy::Settling);
     }
-    useUp(&drive->faults, UsedUpBy::Query);
+    return useUp(&drive->faults, UsedUpBy::Query) || isChanged;
 }
 
 } // namespace
@@ -148,46 +117,45 @@ Discovery::Discovery(BenchStore &store, std::string imageDirectory)
 
 std::vector<DeviceInfo> Discovery::query()
 {
-    std::vector<Drive> drives;
-    store.read([&] { drives = DriveTable(store).all(); });
-    if (std::any_of(drives.begin(), drives.end(), isChangedByQuery)) {
-        store.change(
-            [&] {
-                DriveTable table(store);
-                drives = table.all();
-                for (const Drive &drive : drives) {
-                    if (isChangedByQuery(drive)) {
-                        Drive changed = drive;
-                        countQuery(&changed);
-                        table.update(changed);
-                    }
-                }
-            },
-            Durability::Relaxed);
+    std::vector<Drive> drives = store.read([this] { return DriveTable(store).all(); });
+    if (std::any_of(drives.begin(), drives.end(), [](Drive drive) { return ask(&drive); })) {
+        drives = store.change([this] { return askAll(); }, Durability::Relaxed);
     }
     std::vector<Drive> reported;
     std::int64_t probing = 0;
     for (const Drive &drive : drives) {
-        if (!drive.isAttached()) {
-            continue;
+        if (drive.isAttached()) {
+            const Fault *const duplicate = findFault(drive.faults, FaultKind::DuplicateSerial);
+            const bool isListedTwice = duplicate != nullptr && !duplicate->hasValue();
+            reported.insert(reported.end(), isListedTwice ? 2 : 1, drive);
+            probing += numberOf(drive.faults, FaultKind::SlowProbe);
         }
-        const Fault *const duplicate = findFault(drive.faults, FaultKind::DuplicateSerial);
-        const bool isListedTwice = duplicate != nullptr && duplicate->text.empty();
-        reported.insert(reported.end(), isListedTwice ? 2 : 1, drive);
-        probing += numberOf(drive.faults, FaultKind::SlowProbe);
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(probing));
     return records(reported);
 }
 
+/// The drives as a query meets them; it is counted and uses up their faults.
+std::vector<Drive> Discovery::askAll()
+{
+    DriveTable table(store);
+    std::vector<Drive> drives = table.all();
+    for (Drive drive : drives) {
+        if (ask(&drive)) {
+            table.update(drive);
+        }
+    }
+    return drives;
+}
+
 std::vector<DeviceInfo> Discovery::records(const std::vector<Drive> &drives) const
 {
-    std::unordered_map<std::string, Versions> offers;
+    std::unordered_map<std::string, FirmwareImage> offers;
     std::vector<DeviceInfo> found;
     for (const Drive &drive : drives) {
         const auto [offer, isNew] = offers.try_emplace(drive.model);
         if (isNew) {
-            offer->second = versionsOnOffer(drive.catalogueModel(), imageDirectory);
+            offer->second = imageOnOffer(drive.catalogueModel(), imageDirectory);
         }
         found.push_back(recordOf(drive, offer->second));
     }

@@ -25,6 +25,8 @@ public:
     std::vector<DeviceInfo> records(const std::vector<Drive> &drives) const;
 
 private:
+    std::vector<Drive> askAll();
+
     BenchStore &store;
     const std::string imageDirectory;
 };

@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <ctime>
+#include <limits>
 
 namespace bench {
 
@@ -15,41 +16,43 @@ constexpr std::size_t MaximumSerialLength = 80;
 /// A flash whose writer was not seen for so long is not being written any more.
 constexpr std::int64_t HeartbeatTimeout = 1000;
 
-/// Refuses numbers outside their limits.
-struct LimitCheck
-{
-    template <typename Number>
-    void number(const char *name, Number value, Number minimum, Number maximum)
-    {
-        if (value < minimum || value > maximum) {
-            throw Refused(std::string("invalid drive: ") + name + " must be a whole number from "
-                + std::to_string(minimum) + " to " + std::to_string(maximum));
-        }
-    }
-    void flag(const char *, bool) { }
-    void bytes(const char *, const std::string &) { }
-    void text(const char *, const std::string &) { }
-};
+// In the order of the enumerators.
+constexpr const char *StateTexts[] = {
+    "unplugged", "does not answer", "being written", "boot ROM", "restart needed", "ready"};
+
+constexpr std::array<Field<Drive>, 24> Fields = {{
+    {"serial", &Drive::serial},
+    {"model", &Drive::model},
+    {"chipset", &Drive::chipset, std::numeric_limits<std::int32_t>::min(),
+        std::numeric_limits<std::int32_t>::max()},
+    {"plugged", &Drive::plugged},
+    {"answers", &Drive::answers},
+    {"reportedSerial", &Drive::reportedSerial},
+    {"runningFirmware", &Drive::runningFirmware},
+    {"runningConfiguration", &Drive::runningConfiguration},
+    {"bootRom", &Drive::bootRom},
+    {"flashFirmware", &Drive::flashFirmware},
+    {"flashConfiguration", &Drive::flashConfiguration},
+    {"incomplete", &Drive::incomplete},
+    {"bytesWritten", &Drive::bytesWritten},
+    {"bytesToWrite", &Drive::bytesToWrite},
+    {"mounted", &Drive::mounted},
+    {"flashRate", &Drive::flashRate, 1, Drive::MaximumFlashRate},
+    {"powerUps", &Drive::powerUps},
+    {"pluggedAt", &Drive::pluggedAt},
+    {"unpluggedAt", &Drive::unpluggedAt},
+    {"queries", &Drive::queries},
+    {"flashes", &Drive::flashes},
+    {"heartbeat", &Drive::heartbeat},
+    {"lastUpdate", &Drive::lastUpdate, 0, 0, true},
+    {"lastUpdateAt", &Drive::lastUpdateAt},
+}};
 
 } // namespace
 
 const char *stateText(DriveState state)
 {
-    switch (state) {
-    case DriveState::Unplugged:
-        return "unplugged";
-    case DriveState::Silent:
-        return "does not answer";
-    case DriveState::Writing:
-        return "being written";
-    case DriveState::BootRom:
-        return "boot ROM";
-    case DriveState::RestartNeeded:
-        return "restart needed";
-    case DriveState::Ready:
-        break;
-    }
-    return "ready";
+    return StateTexts[static_cast<std::size_t>(state)];
 }
 
 const Model &Drive::catalogueModel() const
@@ -117,11 +120,21 @@ void check(const Drive &drive)
                 + " characters, this one " + std::to_string(version.size()));
         }
     }
-    LimitCheck limits;
-    visitFields(drive, limits);
+    for (const Field<Drive> &field : Fields) {
+        const auto *const number = std::get_if<std::int64_t Drive::*>(&field.member);
+        if (number != nullptr && (drive.**number < field.minimum || drive.**number > field.maximum)) {
+            throw Refused(std::string("invalid drive: ") + field.name + " must be "
+                + wholeNumber(field.minimum, field.maximum));
+        }
+    }
     for (const Fault &fault : drive.faults) {
         check(fault);
     }
+}
+
+const std::array<Field<Drive>, 24> &driveFields()
+{
+    return Fields;
 }
 
 std::int64_t now()

@@ -2,9 +2,10 @@
 
 #include "bench/core/Catalogue.h"
 #include "bench/core/Fault.h"
+#include "bench/core/Table.h"
 
+#include <array>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -29,7 +30,7 @@ struct Drive
     std::int64_t id = 0; ///< of its row in the database
     std::string serial; ///< its identity on the bench
     std::string model; ///< name of a model of the catalogue
-    std::int32_t chipset = Chipset::NotSupported; ///< its bridge
+    std::int64_t chipset = Chipset::NotSupported; ///< its bridge
     bool plugged = true; ///< attached and powered
     bool answers = true; ///< false while it is plugged in and does not come up
     std::string reportedSerial; ///< serial number that it goes by since its power-up
@@ -76,42 +77,7 @@ void check(const Drive &drive);
 /// Milliseconds since 1970.
 std::int64_t now();
 
-/**
- * Calls the visitor for each stored field of a drive but its faults, in the order of the struct, with its
- * name: number(name, field, minimum, maximum), flag(name, field), bytes(name, field) or text(name, field).
- *
- * The one list of fields for the database, for JSON and for the limits.
- */
-template <typename SomeDrive, typename Visitor>
-void visitFields(SomeDrive &drive, Visitor &visitor)
-{
-    constexpr std::int64_t Zero = 0;
-    constexpr std::int64_t Largest = std::int64_t(1) << 53; // what JSON carries exactly
-    visitor.bytes("serial", drive.serial);
-    visitor.bytes("model", drive.model);
-    visitor.number("chipset", drive.chipset, std::numeric_limits<std::int32_t>::min(),
-        std::numeric_limits<std::int32_t>::max());
-    visitor.flag("plugged", drive.plugged);
-    visitor.flag("answers", drive.answers);
-    visitor.bytes("reportedSerial", drive.reportedSerial);
-    visitor.bytes("runningFirmware", drive.runningFirmware);
-    visitor.bytes("runningConfiguration", drive.runningConfiguration);
-    visitor.flag("bootRom", drive.bootRom);
-    visitor.bytes("flashFirmware", drive.flashFirmware);
-    visitor.bytes("flashConfiguration", drive.flashConfiguration);
-    visitor.flag("incomplete", drive.incomplete);
-    visitor.number("bytesWritten", drive.bytesWritten, Zero, Largest);
-    visitor.number("bytesToWrite", drive.bytesToWrite, Zero, Largest);
-    visitor.flag("mounted", drive.mounted);
-    visitor.number("flashRate", drive.flashRate, std::int64_t(1), Drive::MaximumFlashRate);
-    visitor.number("powerUps", drive.powerUps, Zero, Largest);
-    visitor.number("pluggedAt", drive.pluggedAt, Zero, Largest);
-    visitor.number("unpluggedAt", drive.unpluggedAt, Zero, Largest);
-    visitor.number("queries", drive.queries, Zero, Largest);
-    visitor.number("flashes", drive.flashes, Zero, Largest);
-    visitor.number("heartbeat", drive.heartbeat, Zero, Largest);
-    visitor.text("lastUpdate", drive.lastUpdate);
-    visitor.number("lastUpdateAt", drive.lastUpdateAt, Zero, Largest);
-}
+/// All stored fields of a drive but its faults, in the order of the struct.
+const std::array<Field<Drive>, 24> &driveFields();
 
 } // namespace bench

@@ -12,99 +12,89 @@ namespace bench {
 
 namespace {
 
-[[noreturn]] void refuse(const std::string &pointer, const std::string &reason)
-{
-    throw Refused((pointer.empty() ? "/" : pointer) + ": " + reason);
-}
-
-/// Writes the fields as members of an object.
-struct Writer
+/// The fields as members of an object.
+template <typename Fields, typename Owner>
+Json membersOf(const Fields &fields, const Owner &owner)
 {
     Json object = Json::object();
-
-    template <typename Number>
-    void number(const char *name, Number value, Number, Number)
-    {
-        object[name] = value;
+    for (const auto &field : fields) {
+        field.visit(owner, [&](const auto &value) {
+            if constexpr (std::is_same_v<decltype(value), const std::string &>) {
+                object[field.name] = field.isUtf8 ? value : textFromBytes(value);
+            } else {
+                object[field.name] = value;
+            }
+        });
     }
-    void flag(const char *name, bool value) { object[name] = value; }
-    void bytes(const char *name, const std::string &value) { object[name] = textFromBytes(value); }
-    void text(const char *name, const std::string &value) { object[name] = value; }
-};
+    return object;
+}
+
+template <typename Owner>
+void read(const Json &json, const Field<Owner> &, bool *value)
+{
+    require(json.is_boolean(), "must be true or false");
+    *value = json.get<bool>();
+}
+
+template <typename Owner>
+void read(const Json &json, const Field<Owner> &field, std::int64_t *value)
+{
+    // Beyond 2^63 a number would be compared as a negative one.
+    const bool isSmall = !json.is_number_unsigned() || json.get<std::uint64_t>() >> 63 == 0;
+    const bool fits = json.is_number_integer() && isSmall && json >= field.minimum && json <= field.maximum;
+    require(fits, "must be " + wholeNumber(field.minimum, field.maximum));
+    *value = json.get<std::int64_t>();
+}
+
+template <typename Owner>
+void read(const Json &json, const Field<Owner> &field, std::string *value)
+{
+    require(json.is_string(), "must be a text");
+    const auto &text = json.get_ref<const std::string &>();
+    const auto bytes = field.isUtf8 ? text : bytesFromText(text);
+    require(bytes.has_value(), "must hold characters U+0000 to U+00FF only");
+    *value = *bytes;
+}
 
 /// Reads the fields from the members of an object; a field without a member keeps its value.
-struct Reader
+template <typename Fields, typename Owner>
+void readFields(const Json &object, const Fields &fields, Owner *owner)
 {
-    const Json &object;
-    const std::string &pointer;
-    std::vector<std::string> names = {};
+    for (const auto &field : fields) {
+        readMember(object, field.name, [&](const Json &member) {
+            field.visit(*owner, [&](auto &value) { read(member, field, &value); });
+        });
+    }
+}
 
-    const Json *member(const char *name)
-    {
-        names.emplace_back(name);
-        return findMember(object, name);
-    }
-    template <typename Number>
-    void number(const char *name, Number &value, Number minimum, Number maximum)
-    {
-        const Json *const found = member(name);
-        if (found == nullptr) {
-            return;
-        }
-        // Beyond 2^63 a number would be compared as a negative one.
-        const bool isSmall = !found->is_number_unsigned() || found->get<std::uint64_t>() >> 63 == 0;
-        if (!found->is_number_integer() || !isSmall || *found < minimum || *found > maximum) {
-            refuse(pointer + '/' + name,
-                "must be a whole number from " + std::to_string(minimum) + " to " + std::to_string(maximum));
-        }
-        value = found->get<Number>();
-    }
-    void flag(const char *name, bool &value)
-    {
-        const Json *const found = member(name);
-        if (found != nullptr && !found->is_boolean()) {
-            refuse(pointer + '/' + name, "must be true or false");
-        }
-        value = found == nullptr ? value : found->get<bool>();
-    }
-    void bytes(const char *name, std::string &value)
-    {
-        std::string text = textFromBytes(value);
-        this->text(name, text);
-        const auto found = bytesFromText(text);
-        if (!found) {
-            refuse(pointer + '/' + name, "must hold characters U+0000 to U+00FF only");
-        }
-        value = *found;
-    }
-    void text(const char *name, std::string &value)
-    {
-        const Json *const found = member(name);
-        if (found != nullptr && !found->is_string()) {
-            refuse(pointer + '/' + name, "must be a text");
-        }
-        value = found == nullptr ? value : found->get<std::string>();
-    }
-};
-
-template <typename SomeHost, typename Visitor>
-void visitHostFields(SomeHost &host, Visitor &visitor)
+template <typename Fields>
+std::vector<std::string> namesOf(const Fields &fields, std::vector<std::string> others)
 {
-    visitor.flag("companionInstalled", host.companionInstalled);
-    visitor.flag("serviceSubmitted", host.serviceSubmitted);
-    visitor.flag("extensionInstalled", host.extensionInstalled);
-    visitor.flag("extensionLoaded", host.extensionLoaded);
-    visitor.text("extensionVersion", host.extensionVersion);
+    for (const auto &field : fields) {
+        others.emplace_back(field.name);
+    }
+    return others;
+}
+
+/// The fields of a fault of that kind but those that name rows of tables.
+std::vector<Field<Fault>> fieldsOf(const FaultDescription &kind)
+{
+    std::vector<Field<Fault>> fields{{"once", &Fault::once}};
+    if (kind.takesNumber()) {
+        fields.push_back({"value", &Fault::number, kind.minimum, kind.maximum});
+    } else if (kind.value != FaultValue::None) {
+        fields.push_back({"value", &Fault::text});
+    }
+    return fields;
 }
 
 Json faultToJson(const Fault &fault)
 {
     const FaultDescription &kind = describe(fault.kind);
-    Json json{{"fault", kind.name}, {"once", fault.once}};
-    if (kind.value == FaultValue::Number || (kind.takesNumber() && fault.number != 0)) {
-        json["value"] = fault.number;
-    } else if (!fault.text.empty() || fault.field != nullptr) {
-        json["value"] = textFromBytes(fault.text);
+    Json json{{"fault", kind.name}};
+    json.update(membersOf(fieldsOf(kind), fault));
+    if (!fault.hasValue()) {
+        json.erase("value");
     }
     if (fault.field != nullptr) {
         json["field"] = fault.field->name;
@@ -112,39 +102,31 @@ Json faultToJson(const Fault &fault)
     return json;
 }
 
-Fault faultFromJson(const Json &json, const std::string &pointer)
+/// A member that names a row of a table, found by `find`. Refused with the reason when there is no such row.
+template <typename Find>
+auto readName(const Json &object, const char *member, Find find, const std::string &reason)
 {
-    Reader reader{json, pointer};
-    if (!json.is_object()) {
-        refuse(pointer, "must be an object");
-    }
     std::string name;
-    reader.text("fault", name);
-    const FaultDescription *const kind = findFault(name);
-    if (kind == nullptr) {
-        refuse(pointer + "/fault", "names no known fault");
+    readMember(object, member, [&](const Json &json) { read(json, Field<Fault>(), &name); });
+    const auto *const found = find(name);
+    within(member, [&] { require(found != nullptr, reason); });
+    return found;
+}
+
+Fault faultFromJson(const Json &json)
+{
+    require(json.is_object(), "must be an object");
+    const FaultDescription &kind = *readName(
+        json, "fault", [](const std::string &name) { return findFault(name); }, "names no known fault");
+    Fault fault{kind.kind};
+    std::vector<std::string> others{"fault"};
+    if (kind.value == FaultValue::Field) {
+        fault.field = readName(json, "field", findRecordField, "must be one of " + recordFieldNames());
+        others.emplace_back("field");
     }
-    Fault fault{kind->kind};
-    reader.flag("once", fault.once);
-    if (kind->takesNumber()) {
-        reader.number("value", fault.number, kind->minimum, kind->maximum);
-    } else if (kind->value != FaultValue::None) {
-        reader.bytes("value", fault.text);
-    }
-    if (kind->value == FaultValue::Field) {
-        std::string field;
-        reader.text("field", field);
-        fault.field = findRecordField(field);
-        if (fault.field == nullptr) {
-            refuse(pointer + "/field", "must be one of " + recordFieldNames());
-        }
-    }
-    checkMembers(json, pointer, reader.names);
-    try {
-        check(fault);
-    } catch (const Refused &refused) {
-        refuse(pointer, refused.what());
-    }
+    readFields(json, fieldsOf(kind), &fault);
+    checkMembers(json, namesOf(fieldsOf(kind), others));
+    check(fault);
     return fault;
 }
 
@@ -152,24 +134,22 @@ Fault faultFromJson(const Json &json, const std::string &pointer)
 
 Json toJson(const Drive &drive)
 {
-    Writer writer;
-    visitFields(drive, writer);
-    Json &faults = writer.object["faults"] = Json::array();
+    Json json = membersOf(driveFields(), drive);
+    Json &faults = json["faults"] = Json::array();
     for (const Fault &fault : drive.faults) {
         faults.push_back(faultToJson(fault));
     }
-    return writer.object;
+    return json;
 }
 
 Json toJson(const HostState &host)
 {
-    Writer writer;
-    visitHostFields(host, writer);
-    Json &processes = writer.object["processes"] = Json::array();
+    Json json = membersOf(hostFields(), host);
+    Json &processes = json["processes"] = Json::array();
     for (const Process &process : host.processes) {
         processes.push_back({{"id", process.id}, {"command", process.command}});
     }
-    return writer.object;
+    return json;
 }
 
 Json toJson(const DeviceInfo &record)
@@ -190,73 +170,65 @@ Json toJson(const DeviceInfo &record)
     };
 }
 
-Drive driveFromJson(const Json &json, const std::string &pointer)
+Drive driveFromJson(const Json &json)
 {
-    Reader reader{json, pointer};
-    if (!json.is_object()) {
-        refuse(pointer, "must be an object");
-    }
-    std::string model;
-    reader.bytes("model", model);
-    if (findModel(model) == nullptr) {
-        refuse(pointer + "/model", "names no model of the catalogue");
-    }
-    Drive drive = newDrive(*findModel(model));
-    reader.bytes("serial", drive.serial);
-    reader.bytes("flashFirmware", drive.flashFirmware);
-    reader.bytes("flashConfiguration", drive.flashConfiguration);
+    checkMembers(json, namesOf(driveFields(), {"faults", "chip"}));
+    Drive drive = newDrive(*readName(json, "model", findModel, "names no model of the catalogue"));
+    readFields(json, driveFields(), &drive);
     drive.reportedSerial = drive.serial;
     drive.runningFirmware = drive.flashFirmware;
     drive.runningConfiguration = drive.flashConfiguration;
-    visitFields(drive, reader);
-    reader.names.insert(reader.names.end(), {"faults", "chip"});
-    checkMembers(json, pointer, reader.names);
-
-    const Json *const faults = findMember(json, "faults");
-    if (faults != nullptr && !faults->is_array()) {
-        refuse(pointer + "/faults", "must be a list");
-    }
-    for (std::size_t i = 0; faults != nullptr && i < faults->size(); ++i) {
-        drive.faults.push_back(faultFromJson(faults->at(i), pointer + "/faults/" + std::to_string(i)));
-    }
-    try {
-        check(drive);
-    } catch (const Refused &refused) {
-        refuse(pointer, refused.what());
-    }
+    readFields(json, driveFields(), &drive); // which may hold others than these
+    readItems(json, "faults", [&](const Json &fault) { drive.faults.push_back(faultFromJson(fault)); });
+    check(drive);
     return drive;
 }
 
-HostState hostFromJson(const Json &json, const std::string &pointer)
+HostState hostFromJson(const Json &json)
 {
-    HostState host;
-    Reader reader{json, pointer};
-    if (!json.is_object()) {
-        refuse(pointer, "must be an object");
-    }
-    visitHostFields(host, reader);
     // Its processes live on the host that it was exported from.
-    reader.names.emplace_back("processes");
-    checkMembers(json, pointer, reader.names);
+    checkMembers(json, namesOf(hostFields(), {"processes"}));
+    HostState host;
+    readFields(json, hostFields(), &host);
     return host;
 }
 
-void checkMembers(const Json &json, const std::string &pointer, const std::vector<std::string> &names)
+void within(const std::string &part, const std::function<void()> &work)
 {
-    if (!json.is_object()) {
-        refuse(pointer, "must be an object");
-    }
-    for (const auto &member : json.items()) {
-        if (std::find(names.begin(), names.end(), member.key()) == names.end()) {
-            refuse(pointer + '/' + escaped(member.key()), "is not a known member");
-        }
+    try {
+        work();
+    } catch (const Refused &refused) {
+        const std::string reason = refused.what();
+        throw Refused('/' + escaped(part) + (reason.front() == '/' ? "" : ": ") + reason);
     }
 }
 
-const Json *findMember(const Json &object, const char *name)
+void readMember(
+    const Json &object, const std::string &name, const std::function<void(const Json &member)> &read)
 {
-    const auto found = object.find(name);
-    return found == object.end() ? nullptr : &*found;
+    const auto member = object.find(name);
+    if (member != object.end()) {
+        within(name, [&] { read(*member); });
+    }
+}
+
+void readItems(const Json &object, const std::string &name, const std::function<void(const Json &item)> &read)
+{
+    readMember(object, name, [&](const Json &list) {
+        require(list.is_array(), "must be a list");
+        for (std::size_t i = 0; i < list.size(); ++i) {
+            within(std::to_string(i), [&] { read(list[i]); });
+        }
+    });
+}
+
+void checkMembers(const Json &json, const std::vector<std::string> &names, const char *reason)
+{
+    require(json.is_object(), "must be an object");
+    for (const auto &member : json.items()) {
+        const bool isKnown = std::find(names.begin(), names.end(), member.key()) != names.end();
+        within(member.key(), [&] { require(isKnown, reason); });
+    }
 }
 
 std::string printed(const Json &json, bool isIndented)

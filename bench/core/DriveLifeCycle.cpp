@@ -35,16 +35,12 @@ void powerUp(Drive *drive, const FlashChip &chip)
 
 std::vector<Drive> DriveLifeCycle::drives() const
 {
-    std::vector<Drive> found;
-    store.read([&] { found = DriveTable(store).all(); });
-    return found;
+    return store.read([this] { return DriveTable(store).all(); });
 }
 
 Drive DriveLifeCycle::drive(const std::string &serial) const
 {
-    Drive found;
-    store.read([&] { found = DriveTable(store).get(serial); });
-    return found;
+    return store.read([&] { return DriveTable(store).get(serial); });
 }
 
 void DriveLifeCycle::add(const Drive &drive)
@@ -64,29 +60,21 @@ void DriveLifeCycle::restore(const Drive &drive, const FlashChip &chip)
     check(drive);
     store.change([&] {
         DriveTable table(store);
-        if (table.find(drive.serial)) {
-            throw Refused("a drive with this serial number is on the bench; choose another with --serial");
-        }
+        require(!table.find(drive.serial),
+            "a drive with this serial number is on the bench; choose another with --serial");
         table.insert(drive, chip);
     });
 }
 
 void DriveLifeCycle::remove(const std::string &serial)
 {
-    store.change([&] {
-        DriveTable table(store);
-        if (!table.remove(serial)) {
-            table.get(serial); // refuses
-        }
-    });
+    store.change([&] { DriveTable(store).remove(serial); });
 }
 
 void DriveLifeCycle::plug(const std::string &serial)
 {
     changeDrive(serial, [this](Drive &drive) {
-        if (drive.plugged) {
-            throw Refused("it is plugged in already; to restart it, use: drive-bench replug");
-        }
+        require(!drive.plugged, "it is plugged in already; to restart it, use: drive-bench replug");
         powerUp(&drive, DriveTable(store).chip(drive));
     });
 }
@@ -94,9 +82,7 @@ void DriveLifeCycle::plug(const std::string &serial)
 void DriveLifeCycle::unplug(const std::string &serial)
 {
     changeDrive(serial, [](Drive &drive) {
-        if (!drive.plugged) {
-            throw Refused("it is unplugged already; to plug it in, use: drive-bench plug");
-        }
+        require(drive.plugged, "it is unplugged already; to plug it in, use: drive-bench plug");
         drive.plugged = false;
         drive.mounted = false;
         drive.unpluggedAt = now();
@@ -121,10 +107,9 @@ void DriveLifeCycle::setFault(const std::string &serial, const Fault &fault)
 void DriveLifeCycle::clearFault(const std::string &serial, FaultKind kind)
 {
     changeDrive(serial, [kind](Drive &drive) {
-        if (!removeFault(&drive.faults, kind)) {
-            throw Refused(std::string("the fault \"") + describe(kind).name
+        require(removeFault(&drive.faults, kind),
+            std::string("the fault \"") + describe(kind).name
                 + "\" is not set; drive-bench show lists those that are");
-        }
     });
 }
 

@@ -1,94 +1,25 @@
 #include "bench/core/DriveTable.h"
 
 #include "bench/core/Refused.h"
+#include "bench/core/Rows.h"
 #include "bench/core/Text.h"
 
 #include <SQLiteCpp/Exception.h>
-#include <SQLiteCpp/Statement.h>
 #include <sqlite3.h>
-
-#include <algorithm>
-#include <unordered_map>
 
 namespace bench {
 
 namespace {
 
-/// Collects the names of the columns, each with something before and behind it.
-struct ColumnList
-{
-    const char *before;
-    const char *behind;
-    std::string columns = {};
+constexpr const char *NoSuchDrive =
+    "there is no drive with that serial number on the bench; drive-bench list shows those that are";
 
-    void add(const char *name)
-    {
-        columns += (columns.empty() ? "" : ", ") + (before + std::string(name)) + behind;
-    }
-    template <typename Number>
-    void number(const char *name, Number, Number, Number)
-    {
-        add(name);
-    }
-    void flag(const char *name, bool) { add(name); }
-    void bytes(const char *name, const std::string &) { add(name); }
-    void text(const char *name, const std::string &) { add(name); }
-};
-
-std::string columnList(const char *before = "", const char *behind = "")
-{
-    const Drive drive;
-    ColumnList list{before, behind};
-    visitFields(drive, list);
-    return list.columns;
-}
-
-/// Binds the fields to parameters of their names.
-struct Binder
-{
-    SQLite::Statement &statement;
-
-    template <typename Number>
-    void number(const char *name, Number value, Number, Number)
-    {
-        statement.bind(':' + std::string(name), static_cast<std::int64_t>(value));
-    }
-    void flag(const char *name, bool value) { statement.bind(':' + std::string(name), value ? 1 : 0); }
-    void bytes(const char *name, const std::string &value)
-    {
-        statement.bind(':' + std::string(name), value.data(), static_cast<int>(value.size()));
-    }
-    void text(const char *name, const std::string &value) { statement.bind(':' + std::string(name), value); }
-};
-
-/// Reads the fields from the columns of a row, one after the other.
-struct Reader
-{
-    const SQLite::Statement &row;
-    int column;
-
-    template <typename Number>
-    void number(const char *name, Number &value, Number minimum, Number maximum)
-    {
-        const std::int64_t stored = row.getColumn(column++).getInt64();
-        if (stored < minimum || stored > maximum) {
-            throw Refused(std::string("invalid drive: ") + name + " must be a whole number from "
-                + std::to_string(minimum) + " to " + std::to_string(maximum));
-        }
-        value = static_cast<Number>(stored);
-    }
-    void flag(const char *, bool &value) { value = row.getColumn(column++).getInt() != 0; }
-    void bytes(const char *, std::string &value) { value = row.getColumn(column++).getString(); }
-    void text(const char *, std::string &value) { value = row.getColumn(column++).getString(); }
-};
-
+/// The fault in the columns from `column` on.
 Fault faultFrom(const SQLite::Statement &row, int column)
 {
     const std::string name = row.getColumn(column).getString();
     const FaultDescription *const kind = findFault(name);
-    if (kind == nullptr) {
-        throw Refused("there is no fault \"" + escaped(name) + '"');
-    }
+    require(kind != nullptr, "there is no fault \"" + escaped(name) + '"');
     Fault fault{kind->kind};
     fault.field = findRecordField(row.getColumn(column + 1).getString());
     fault.number = row.getColumn(column + 2).getInt64();
@@ -97,18 +28,10 @@ Fault faultFrom(const SQLite::Statement &row, int column)
     return fault;
 }
 
-/// Binds the bytes, unless the statement has no such parameter.
-void bindBytes(SQLite::Statement &statement, int index, const std::string &bytes)
-{
-    if (index <= statement.getBindParameterCount()) {
-        statement.bind(index, bytes.data(), static_cast<int>(bytes.size()));
-    }
-}
-
-/// Runs what reads a row of the drive. A row that was edited to something that no drive can be makes the
-/// bench unreadable rather than wrong.
+/// Runs what reads the drive. A row that was edited to something that no drive can be makes the bench
+/// unreadable rather than wrong.
 template <typename Work>
-void readRow(const Drive &drive, Work work)
+void readDrive(const Drive &drive, Work work)
 {
     try {
         work();
@@ -118,76 +41,67 @@ void readRow(const Drive &drive, Work work)
     }
 }
 
+std::optional<Drive> first(const std::vector<Drive> &drives)
+{
+    return drives.empty() ? std::nullopt : std::optional<Drive>(drives.front());
+}
+
 } // namespace
 
 std::vector<Drive> DriveTable::all() const
 {
-    return select("true", {});
+    return select("ORDER BY serial, position");
 }
 
 std::optional<Drive> DriveTable::find(const std::string &serial) const
 {
-    const std::vector<Drive> found = select("serial = ?", serial);
-    return found.empty() ? std::nullopt : std::optional<Drive>(found.front());
+    return first(select("WHERE serial = ? ORDER BY position", Blob{serial}));
 }
 
 Drive DriveTable::get(const std::string &serial) const
 {
     const std::optional<Drive> found = find(serial);
-    if (!found) {
-        throw Refused(
-            "there is no drive with that serial number on the bench; drive-bench list shows those that are");
-    }
+    require(found.has_value(), NoSuchDrive);
     return *found;
 }
 
 std::optional<Drive> DriveTable::findReported(const std::string &reportedSerial) const
 {
-    const std::vector<Drive> found = select("reportedSerial = ?", reportedSerial);
-    const auto attached =
-        std::find_if(found.begin(), found.end(), [](const Drive &drive) { return drive.isAttached(); });
-    if (attached != found.end()) {
-        return *attached;
-    }
-    return found.empty() ? std::nullopt : std::optional<Drive>(found.front());
+    return first(select("WHERE reportedSerial = ? ORDER BY plugged AND answers DESC, serial, position",
+        Blob{reportedSerial}));
 }
 
-std::vector<Drive> DriveTable::select(const std::string &condition, const std::string &parameter) const
+template <typename... Values>
+std::vector<Drive> DriveTable::select(const std::string &which, const Values &...values) const
 {
+    // One row for each fault, and one for a drive without any.
+    SQLite::Statement rows = prepared(database,
+        "SELECT " + rowNames(driveFields())
+            + ", id, kind, field, number, text, once FROM drives LEFT JOIN faults ON drive = id " + which,
+        values...);
+    const int idColumn = static_cast<int>(driveFields().size());
     std::vector<Drive> drives;
-    std::unordered_map<std::int64_t, std::size_t> places;
-    SQLite::Statement rows(
-        database, "SELECT id, " + columnList() + " FROM drives WHERE " + condition + " ORDER BY serial");
-    bindBytes(rows, 1, parameter);
     while (rows.executeStep()) {
-        Drive drive;
-        drive.id = rows.getColumn(0).getInt64();
-        Reader reader{rows, 1};
-        readRow(drive, [&] { visitFields(drive, reader); });
-        places.emplace(drive.id, drives.size());
-        drives.push_back(drive);
-    }
-    SQLite::Statement faults(database,
-        "SELECT drive, kind, field, number, text, once FROM faults WHERE drive IN (SELECT id FROM drives "
-        "WHERE "
-            + condition + ") ORDER BY drive, position");
-    bindBytes(faults, 1, parameter);
-    while (faults.executeStep()) {
-        Drive &drive = drives[places.at(faults.getColumn(0).getInt64())];
-        readRow(drive, [&] { drive.faults.push_back(faultFrom(faults, 1)); });
+        const std::int64_t id = rows.getColumn(idColumn).getInt64();
+        if (drives.empty() || drives.back().id != id) {
+            drives.emplace_back().id = id;
+            readFields(rows, driveFields(), &drives.back());
+        }
+        if (!rows.getColumn(idColumn + 1).isNull()) {
+            readDrive(drives.back(), [&] { drives.back().faults.push_back(faultFrom(rows, idColumn + 1)); });
+        }
     }
     for (const Drive &drive : drives) {
-        readRow(drive, [&] { check(drive); });
+        readDrive(drive, [&] { check(drive); });
     }
     return drives;
 }
 
 void DriveTable::insert(const Drive &drive, const FlashChip &chip)
 {
-    SQLite::Statement row(
-        database, "INSERT INTO drives (" + columnList() + ") VALUES (" + columnList(":") + ")");
-    Binder binder{row};
-    visitFields(drive, binder);
+    SQLite::Statement row(database,
+        "INSERT INTO drives (" + rowNames(driveFields()) + ") VALUES (" + rowNames(driveFields(), ":") + ')');
+    bindFields(row, driveFields(), drive);
     row.exec();
     Drive added = drive;
     added.id = database.getLastInsertRowid();
@@ -197,55 +111,41 @@ void DriveTable::insert(const Drive &drive, const FlashChip &chip)
 
 void DriveTable::update(const Drive &drive)
 {
-    SQLite::Statement row(
-        database, "UPDATE drives SET (" + columnList() + ") = (" + columnList(":") + ") WHERE id = :id");
-    Binder binder{row};
-    visitFields(drive, binder);
+    SQLite::Statement row(database,
+        "UPDATE drives SET (" + rowNames(driveFields()) + ") = (" + rowNames(driveFields(), ":")
+            + ") WHERE id = :id");
+    bindFields(row, driveFields(), drive);
     row.bind(":id", drive.id);
     row.exec();
-    SQLite::Statement former(database, "DELETE FROM faults WHERE drive = ?");
-    former.bind(1, drive.id);
-    former.exec();
+    execute(database, "DELETE FROM faults WHERE drive = ?", drive.id);
     insertFaults(drive);
 }
 
 void DriveTable::insertFaults(const Drive &drive)
 {
-    SQLite::Statement row(database, "INSERT INTO faults VALUES (?, ?, ?, ?, ?, ?, ?)");
     int position = 0;
     for (const Fault &fault : drive.faults) {
-        row.bind(1, drive.id);
-        row.bind(2, position++);
-        row.bind(3, describe(fault.kind).name);
-        row.bind(4, fault.field == nullptr ? "" : fault.field->name);
-        row.bind(5, fault.number);
-        bindBytes(row, 6, fault.text);
-        row.bind(7, fault.once ? 1 : 0);
-        row.exec();
-        row.reset();
+        execute(database, "INSERT INTO faults VALUES (?, ?, ?, ?, ?, ?, ?)", drive.id, position++,
+            describe(fault.kind).name, fault.field == nullptr ? "" : fault.field->name, fault.number,
+            Blob{fault.text}, fault.once);
     }
 }
 
-bool DriveTable::remove(const std::string &serial)
+void DriveTable::remove(const std::string &serial)
 {
-    SQLite::Statement row(database, "DELETE FROM drives WHERE serial = ?");
-    bindBytes(row, 1, serial);
-    return row.exec() == 1;
+    const int removed = execute(database, "DELETE FROM drives WHERE serial = ?", Blob{serial});
+    require(removed == 1, NoSuchDrive);
 }
 
 FlashChip DriveTable::chip(const Drive &drive) const
 {
-    SQLite::Statement row(database, "SELECT content FROM chips WHERE drive = ?");
-    row.bind(1, drive.id);
+    SQLite::Statement row = prepared(database, "SELECT content FROM chips WHERE drive = ?", drive.id);
     return FlashChip(row.executeStep() ? row.getColumn(0).getString() : std::string());
 }
 
 void DriveTable::replaceChip(const Drive &drive, const FlashChip &chip)
 {
-    SQLite::Statement row(database, "INSERT OR REPLACE INTO chips VALUES (?, ?)");
-    row.bind(1, drive.id);
-    bindBytes(row, 2, chip.content());
-    row.exec();
+    execute(database, "INSERT OR REPLACE INTO chips VALUES (?, ?)", drive.id, Blob{chip.content()});
 }
 
 void DriveTable::writeChip(const Drive &drive, std::size_t position, const std::string &bytes)

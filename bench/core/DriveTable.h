@@ -30,8 +30,8 @@ public:
     void insert(const Drive &drive, const FlashChip &chip);
     /// Writes everything but the chip.
     void update(const Drive &drive);
-    /// Takes the drive and its chip away; false when there is none.
-    bool remove(const std::string &serial);
+    /// Takes the drive and its chip away; refused when there is none.
+    void remove(const std::string &serial);
 
     /// A drive whose chip was taken from the database has a blank one.
     FlashChip chip(const Drive &drive) const;
@@ -40,7 +40,8 @@ public:
     void writeChip(const Drive &drive, std::size_t position, const std::string &bytes);
 
 private:
-    std::vector<Drive> select(const std::string &condition, const std::string &parameter) const;
+    template <typename... Values>
+    std::vector<Drive> select(const std::string &which, const Values &...values) const;
     void insertFaults(const Drive &drive);
 
     SQLite::Database &database;

@@ -1,6 +1,7 @@
 #include "bench/core/Fault.h"
 
 #include "bench/core/Refused.h"
+#include "bench/core/Table.h"
 #include "bench/core/Text.h"
 
 #include <algorithm>
@@ -30,11 +31,11 @@ constexpr std::array<FaultDescription, 19> Descriptions = {{
     {FaultKind::NoReturn, "no-return", FaultValue::None, "", UsedUpBy::PowerUp, "the drive does not answer after it was plugged in"},
     {FaultKind::NewSerial, "new-serial", FaultValue::Text, "SERIAL", UsedUpBy::PowerUp, "the drive comes back with this serial number"},
     {FaultKind::DuplicateSerial, "duplicate-serial", FaultValue::OptionalText, "SERIAL", UsedUpBy::Query, "the drive reports this serial number of another; without one it is listed twice"},
-    {FaultKind::FirmwareStatus, "firmware-status", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this firmware status", Smallest, Largest},
-    {FaultKind::ConfigurationStatus, "configuration-status", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this configuration status", Smallest, Largest},
-    {FaultKind::Chipset, "chipset", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this bridge", Smallest, Largest},
-    {FaultKind::VendorId, "vendor-id", FaultValue::Number, "ID", UsedUpBy::Query, "discovery reports this vendor ID", 0, 0xFFFF},
-    {FaultKind::ProductId, "product-id", FaultValue::Number, "ID", UsedUpBy::Query, "discovery reports this product ID", 0, 0xFFFF},
+    {FaultKind::FirmwareStatus, "firmware-status", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this firmware status", Smallest, Largest, &DeviceInfo::firmwareStatus},
+    {FaultKind::ConfigurationStatus, "configuration-status", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this configuration status", Smallest, Largest, &DeviceInfo::configurationStatus},
+    {FaultKind::Chipset, "chipset", FaultValue::Number, "CODE", UsedUpBy::Query, "discovery reports this bridge", Smallest, Largest, &DeviceInfo::chipsetType},
+    {FaultKind::VendorId, "vendor-id", FaultValue::Number, "ID", UsedUpBy::Query, "discovery reports this vendor ID", 0, 0xFFFF, &DeviceInfo::vendorId},
+    {FaultKind::ProductId, "product-id", FaultValue::Number, "ID", UsedUpBy::Query, "discovery reports this product ID", 0, 0xFFFF, &DeviceInfo::productId},
     {FaultKind::Text, "text", FaultValue::Field, "FIELD=TEXT", UsedUpBy::Query, "discovery reports this text; \\xNN stands for any byte"},
 }};
 
@@ -53,21 +54,24 @@ constexpr std::array<RecordField, 7> Fields = {{
 std::string valueRule(const FaultDescription &kind)
 {
     const std::string name = kind.name;
-    switch (kind.value) {
-    case FaultValue::None:
+    if (kind.value == FaultValue::None) {
         return name + " takes no value";
-    case FaultValue::Number:
-    case FaultValue::OptionalNumber:
-        return name + " needs a whole number from " + std::to_string(kind.minimum) + " to "
-            + std::to_string(kind.maximum);
-    case FaultValue::Field:
-        return name + " needs FIELD=TEXT, where FIELD is one of " + recordFieldNames()
-            + ", and \\xNN stands for any byte";
-    case FaultValue::Text:
-    case FaultValue::OptionalText:
-        break;
     }
-    return name + " needs a text of characters up to U+00FF, with \\xNN for any byte";
+    if (kind.takesNumber()) {
+        return name + " needs " + wholeNumber(kind.minimum, kind.maximum);
+    }
+    return name + " needs "
+        + (kind.takesText() ? "a text of characters up to U+00FF, with \\xNN for any byte"
+                            : "FIELD=TEXT, where FIELD is one of " + recordFieldNames()
+                    + ", and \\xNN stands for any byte");
+}
+
+template <typename Predicate>
+bool removeIf(std::vector<Fault> *faults, Predicate isRemoved)
+{
+    const std::size_t before = faults->size();
+    faults->erase(std::remove_if(faults->begin(), faults->end(), isRemoved), faults->end());
+    return faults->size() < before;
 }
 
 } // namespace
@@ -84,9 +88,7 @@ const FaultDescription &describe(FaultKind kind)
 
 const FaultDescription *findFault(const std::string &name)
 {
-    const auto found = std::find_if(Descriptions.begin(), Descriptions.end(),
-        [&name](const FaultDescription &candidate) { return name == candidate.name; });
-    return found == Descriptions.end() ? nullptr : &*found;
+    return findRow(Descriptions, name);
 }
 
 const std::array<RecordField, 7> &recordFields()
@@ -96,18 +98,12 @@ const std::array<RecordField, 7> &recordFields()
 
 const RecordField *findRecordField(const std::string &name)
 {
-    const auto found = std::find_if(Fields.begin(), Fields.end(),
-        [&name](const RecordField &candidate) { return name == candidate.name; });
-    return found == Fields.end() ? nullptr : &*found;
+    return findRow(Fields, name);
 }
 
 std::string recordFieldNames()
 {
-    std::string names;
-    for (const RecordField &field : Fields) {
-        names += (names.empty() ? "" : ", ") + std::string(field.name);
-    }
-    return names;
+    return rowNames(Fields);
 }
 
 Fault parseFault(const FaultDescription &kind, const std::optional<std::string> &value)
@@ -116,28 +112,19 @@ Fault parseFault(const FaultDescription &kind, const std::optional<std::string> 
     if (!value && (kind.isOptional() || kind.value == FaultValue::None)) {
         return fault;
     }
-    if (!value) {
-        throw Refused(std::string(kind.name) + " needs a value, " + kind.valueName);
-    }
+    require(value.has_value(), std::string(kind.name) + " needs a value, " + kind.valueName);
     std::string text = *value;
-    if (kind.takesNumber()) {
-        const auto number = numberFromText(text);
-        if (!number || *number < kind.minimum) {
-            throw Refused(valueRule(kind));
-        }
-        fault.number = *number;
-    } else {
-        if (kind.value == FaultValue::Field) {
-            const std::size_t equals = std::min(text.find('='), text.size());
-            fault.field = equals == text.size() ? nullptr : findRecordField(text.substr(0, equals));
-            text.erase(0, equals + 1);
-        }
-        const auto bytes = unescaped(text);
-        if (!bytes || (bytes->empty() && kind.value != FaultValue::Field)) {
-            throw Refused(valueRule(kind));
-        }
-        fault.text = *bytes;
+    if (kind.value == FaultValue::Field) {
+        const std::size_t equals = std::min(text.find('='), text.size());
+        fault.field = equals == text.size() ? nullptr : findRecordField(text.substr(0, equals));
+        text.erase(0, equals + 1);
     }
+    const auto number = numberFromText(text);
+    const auto bytes = unescaped(text);
+    fault.number = kind.takesNumber() ? number.value_or(0) : 0;
+    fault.text = kind.takesNumber() ? std::string() : bytes.value_or(std::string());
+    const bool isRead = kind.takesNumber() ? number.has_value() : bytes.has_value();
+    require(isRead && fault.hasValue(), valueRule(kind)); // an optional value that is given must be one
     check(fault);
     return fault;
 }
@@ -145,41 +132,30 @@ Fault parseFault(const FaultDescription &kind, const std::optional<std::string> 
 void check(const Fault &fault)
 {
     const FaultDescription &kind = describe(fault.kind);
-    const bool isInRange = fault.number >= kind.minimum && fault.number <= kind.maximum;
-    bool fits = fault.number == 0 && fault.text.empty() && kind.isOptional();
-    switch (kind.value) {
-    case FaultValue::None:
-        fits = fault.number == 0 && fault.text.empty();
-        break;
-    case FaultValue::Number:
-    case FaultValue::OptionalNumber:
-        fits = fits || isInRange;
-        break;
-    case FaultValue::Text:
-    case FaultValue::OptionalText:
-        fits = fits || !fault.text.empty();
-        break;
-    case FaultValue::Field:
-        fits = fault.field != nullptr;
-        break;
-    }
-    if (!fits || (fault.field != nullptr && kind.value != FaultValue::Field)) {
+    const bool isLeftOut = kind.isOptional() && !fault.hasValue();
+    const bool numberFits = fault.number >= kind.minimum && fault.number <= kind.maximum;
+    const bool isField = kind.value == FaultValue::Field;
+    const bool textFits = isField || fault.text.empty() != kind.takesText();
+    if ((!isLeftOut && !(numberFits && textFits)) || isField != (fault.field != nullptr)) {
         throw Refused(valueRule(kind));
     }
+}
+
+bool Fault::hasValue() const
+{
+    const FaultDescription &description = describe(kind);
+    return description.isOptional() ? number != 0 || !text.empty() : description.value != FaultValue::None;
 }
 
 std::string faultText(const Fault &fault)
 {
     const FaultDescription &kind = describe(fault.kind);
-    std::string text = kind.name;
-    if (kind.value == FaultValue::Number || (kind.takesNumber() && fault.number != 0)) {
-        text += ' ' + std::to_string(fault.number);
-    } else if (fault.field != nullptr) {
-        text += ' ' + std::string(fault.field->name) + '=' + escaped(fault.text);
-    } else if (!fault.text.empty()) {
-        text += ' ' + escaped(fault.text);
+    std::string line = kind.name;
+    if (fault.hasValue()) {
+        line += fault.field == nullptr ? " " : std::string(" ") + fault.field->name + '=';
+        line += kind.takesNumber() ? std::to_string(fault.number) : escaped(fault.text);
     }
-    return fault.once ? text + " (once)" : text;
+    return fault.once ? line + " (once)" : line;
 }
 
 std::string faultNames(const std::vector<Fault> &faults)
@@ -206,27 +182,18 @@ std::int64_t numberOf(const std::vector<Fault> &faults, FaultKind kind)
 
 bool removeFault(std::vector<Fault> *faults, FaultKind kind)
 {
-    const auto end = std::remove_if(
-        faults->begin(), faults->end(), [kind](const Fault &fault) { return fault.kind == kind; });
-    const bool found = end != faults->end();
-    faults->erase(end, faults->end());
-    return found;
+    return removeIf(faults, [kind](const Fault &fault) { return fault.kind == kind; });
 }
 
-void useUp(std::vector<Fault> *faults, UsedUpBy event)
+bool useUp(std::vector<Fault> *faults, UsedUpBy event)
 {
-    const auto isUsedUp = [event](const Fault &fault) {
-        return fault.once && describe(fault.kind).usedUpBy == event;
-    };
-    faults->erase(std::remove_if(faults->begin(), faults->end(), isUsedUp), faults->end());
+    return removeIf(
+        faults, [event](const Fault &fault) { return fault.once && describe(fault.kind).usedUpBy == event; });
 }
 
-void useUp(std::vector<Fault> *faults, FaultKind kind)
+bool useUp(std::vector<Fault> *faults, FaultKind kind)
 {
-    const Fault *const fault = findFault(*faults, kind);
-    if (fault != nullptr && fault->once) {
-        removeFault(faults, kind);
-    }
+    return removeIf(faults, [kind](const Fault &fault) { return fault.once && fault.kind == kind; });
 }
 
 } // namespace bench

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace bench {
@@ -57,6 +58,8 @@ struct FaultDescription
     const char *description;
     std::int64_t minimum = 0; ///< of a value that is a number, both limits included
     std::int64_t maximum = 0;
+    /// The number of the record that it sets, if any.
+    std::variant<std::monostate, std::uint16_t DeviceInfo::*, std::int32_t DeviceInfo::*> recordNumber = {};
 
     bool takesNumber() const { return value == FaultValue::Number || value == FaultValue::OptionalNumber; }
     bool takesText() const { return value == FaultValue::Text || value == FaultValue::OptionalText; }
@@ -82,6 +85,9 @@ struct Fault
     const RecordField *field = nullptr; ///< what FaultKind::Text sets, null for any other kind
     std::string text = {}; ///< the value of a kind that takes text, bytes
     bool once = false; ///< cleared as soon as it is used up
+
+    /// False for a kind without a value, and for an optional one that is not given.
+    bool hasValue() const;
 };
 
 const std::array<FaultDescription, 19> &faultDescriptions();
@@ -115,8 +121,9 @@ std::int64_t numberOf(const std::vector<Fault> &faults, FaultKind kind);
 /// Removes all faults of that kind; true when there was one.
 bool removeFault(std::vector<Fault> *faults, FaultKind kind);
 
-/// Removes the faults that are set for once and used up by this, of one kind or of any.
-void useUp(std::vector<Fault> *faults, UsedUpBy event);
-void useUp(std::vector<Fault> *faults, FaultKind kind);
+/// Removes the faults that are set for once and used up by this, of one kind or of any; true when there was
+/// one.
+bool useUp(std::vector<Fault> *faults, UsedUpBy event);
+bool useUp(std::vector<Fault> *faults, FaultKind kind);
 
 } // namespace bench

@@ -50,10 +50,8 @@ std::string benchDirectory()
 std::string readFile(const std::string &path, std::size_t limit)
 {
     const auto [content, size] = readBeginning(path, limit);
-    if (size > limit) {
-        throw Refused("is too large: " + std::to_string(size) + " bytes, at most " + std::to_string(limit)
-            + " are read");
-    }
+    require(size <= limit,
+        "is too large: " + std::to_string(size) + " bytes, at most " + std::to_string(limit) + " are read");
     return content;
 }
 
@@ -61,23 +59,16 @@ std::pair<std::string, std::size_t> readBeginning(const std::string &path, std::
 {
     std::error_code error;
     const auto status = std::filesystem::status(path, error);
-    if (std::filesystem::is_directory(status)) {
-        throw Refused("is a directory");
-    }
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw Refused("is not a regular file");
-    }
+    require(!std::filesystem::is_directory(status), "is a directory");
+    require(!std::filesystem::exists(status) || std::filesystem::is_regular_file(status),
+        "is not a regular file");
     errno = 0;
     std::ifstream file(path, std::ios::binary);
     const auto size = file ? std::filesystem::file_size(path, error) : 0;
-    if (!file || error) {
-        throw Refused(systemReason());
-    }
+    require(file && !error, systemReason());
     std::string content(std::min<std::size_t>(size, length), '\0');
     file.read(content.data(), static_cast<std::streamsize>(content.size()));
-    if (file.bad()) {
-        throw Refused(systemReason());
-    }
+    require(!file.bad(), systemReason());
     content.resize(static_cast<std::size_t>(file.gcount()));
     return {content, size};
 }

@@ -3,6 +3,7 @@
 #include "bench/core/Files.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Sha256.h"
+#include "bench/core/Text.h"
 
 #include <algorithm>
 #include <cstring>
@@ -21,27 +22,8 @@ constexpr std::size_t FirmwareSizeAt = 80;
 constexpr std::size_t ConfigurationSizeAt = 84;
 constexpr std::size_t FirmwareDigestAt = 88;
 constexpr std::size_t ConfigurationDigestAt = 120;
-constexpr std::size_t DigestSize = 32;
 constexpr std::size_t HeaderSize = 152;
 constexpr std::uint32_t FormatVersion = 1;
-
-std::string littleEndian(std::size_t number)
-{
-    std::string bytes;
-    for (int shift = 0; shift < 32; shift += 8) {
-        bytes += static_cast<char>(number >> shift);
-    }
-    return bytes;
-}
-
-std::uint32_t numberAt(const std::string &file, std::size_t position)
-{
-    std::uint32_t number = 0;
-    for (std::size_t i = 4; i > 0; --i) {
-        number = number << 8 | static_cast<unsigned char>(file[position + i - 1]);
-    }
-    return number;
-}
 
 /// A text fills its field with zero bytes to the end; anything after the first of them is a damaged header.
 std::string textAt(const std::string &file, std::size_t position, const char *what)
@@ -49,15 +31,13 @@ std::string textAt(const std::string &file, std::size_t position, const char *wh
     const std::string field = file.substr(position, FirmwareImage::MaximumText);
     std::string text = field.substr(0, field.find('\0'));
     const auto zeros = static_cast<std::size_t>(std::count(field.begin(), field.end(), '\0'));
-    if (text.empty() || text.size() + zeros != field.size()) {
-        throw Refused(std::string("has no valid ") + what);
-    }
+    require(!text.empty() && text.size() + zeros == field.size(), std::string("has no valid ") + what);
     return text;
 }
 
 std::size_t sizeAt(const std::string &file, std::size_t position, std::size_t maximum, const char *what)
 {
-    const std::uint32_t size = numberAt(file, position);
+    const std::uint32_t size = littleEndianAt(file, position);
     if (size == 0 || size > maximum) {
         throw Refused(std::string("has a ") + what + " of " + std::to_string(size) + " bytes; 1 to "
             + std::to_string(maximum) + " fit into the flash chip");
@@ -69,44 +49,36 @@ std::string payloadAt(
     const std::string &file, std::size_t position, std::size_t size, std::size_t digestAt, const char *what)
 {
     std::string payload = file.substr(position, size);
-    if (sha256(payload) != file.substr(digestAt, DigestSize)) {
-        throw Refused(std::string("is damaged: the digest of the ") + what + " does not match");
-    }
+    require(sha256(payload) == file.substr(digestAt, DigestSize),
+        std::string("is damaged: the digest of the ") + what + " does not match");
     return payload;
 }
 
 /// What the header says, for a file of `fileSize` bytes that begins with `header`.
 FirmwareImage decodeHeader(const std::string &header, std::size_t fileSize)
 {
-    if (header.empty()) {
-        throw Refused("is empty");
-    }
-    if (header.compare(0, Magic.size(), Magic.substr(0, header.size())) != 0) {
-        throw Refused("is not a firmware image: it does not begin with \"TFW1\"");
-    }
-    if (header.size() < HeaderSize) {
-        throw Refused("is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
+    require(!header.empty(), "is empty");
+    require(header.compare(0, Magic.size(), Magic.substr(0, header.size())) == 0,
+        "is not a firmware image: it does not begin with \"TFW1\"");
+    require(header.size() >= HeaderSize,
+        "is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
             + std::to_string(HeaderSize));
-    }
-    const std::uint32_t format = numberAt(header, FormatAt);
-    if (format != FormatVersion) {
-        throw Refused("has format version " + std::to_string(format) + ", only "
-            + std::to_string(FormatVersion) + " is known");
-    }
+    const std::uint32_t format = littleEndianAt(header, FormatAt);
+    require(format == FormatVersion,
+        "has format version " + std::to_string(format) + ", only " + std::to_string(FormatVersion)
+            + " is known");
     FirmwareImage image;
-    image.bridge = static_cast<std::int32_t>(numberAt(header, BridgeAt));
-    if (std::strcmp(bridgeName(image.bridge), "none") == 0) {
-        throw Refused("is for an unknown bridge, code " + std::to_string(image.bridge));
-    }
+    image.bridge = static_cast<std::int32_t>(littleEndianAt(header, BridgeAt));
+    require(std::strcmp(bridgeName(image.bridge), "none") != 0,
+        "is for an unknown bridge, code " + std::to_string(image.bridge));
     image.firmwareVersion = textAt(header, FirmwareVersionAt, "firmware version");
     image.configurationRevision = textAt(header, ConfigurationRevisionAt, "configuration revision");
     const std::size_t expected = HeaderSize
         + sizeAt(header, FirmwareSizeAt, FirmwareImage::MaximumFirmware, "firmware")
         + sizeAt(header, ConfigurationSizeAt, FirmwareImage::MaximumConfiguration, "configuration");
-    if (fileSize != expected) {
-        throw Refused(std::string(fileSize < expected ? "is truncated" : "has bytes after its end") + ": "
+    require(fileSize == expected,
+        std::string(fileSize < expected ? "is truncated" : "has bytes after its end") + ": "
             + std::to_string(fileSize) + " bytes, its header says " + std::to_string(expected));
-    }
     return image;
 }
 
@@ -159,7 +131,7 @@ std::string FirmwareImage::encode() const
 FirmwareImage FirmwareImage::decode(const std::string &file)
 {
     FirmwareImage image = decodeHeader(file.substr(0, HeaderSize), file.size());
-    const std::size_t firmwareSize = numberAt(file, FirmwareSizeAt);
+    const std::size_t firmwareSize = littleEndianAt(file, FirmwareSizeAt);
     image.firmware = payloadAt(file, HeaderSize, firmwareSize, FirmwareDigestAt, "firmware");
     image.configuration =
         payloadAt(file, HeaderSize + firmwareSize, std::string::npos, ConfigurationDigestAt, "configuration");

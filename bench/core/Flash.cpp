@@ -3,13 +3,16 @@
 #include "bench/core/Refused.h"
 
 #include <algorithm>
+#include <limits>
 #include <thread>
 
 namespace bench {
 
 namespace {
 
-/// How often the drive is looked at while it is written: for being pulled out, and to note the progress.
+using Clock = std::chrono::steady_clock;
+
+/// How often the drive is looked at while the chip is slow: for being pulled out, and to note the progress.
 constexpr std::chrono::milliseconds PollInterval(50);
 constexpr std::int64_t TruncatedSize = 1000;
 
@@ -43,12 +46,9 @@ void Flash::find(const std::string &reportedSerial)
     store.change([&] {
         DriveTable table(store);
         drive = table.findReported(reportedSerial).value_or(Drive());
-        if (drive.serial.empty() || !drive.isAttached()) {
-            throw Refused("no such drive is attached");
-        }
+        require(!drive.serial.empty() && drive.isAttached(), "no such drive is attached");
         Drive changed = drive;
-        useUp(&changed.faults, UsedUpBy::ImageCheck);
-        if (changed.faults.size() != drive.faults.size()) {
+        if (useUp(&changed.faults, UsedUpBy::ImageCheck)) {
             table.update(changed);
         }
     });
@@ -56,26 +56,20 @@ void Flash::find(const std::string &reportedSerial)
 
 void Flash::readImage(const std::string &imageFile, std::int32_t chipset)
 {
-    if (drive.chipset != chipset) {
-        throw Refused(std::string("the drive's bridge is ") + bridgeName(drive.chipset) + ", not "
-            + bridgeName(chipset));
-    }
+    require(drive.chipset == chipset,
+        std::string("the drive's bridge is ") + bridgeName(drive.chipset) + ", not " + bridgeName(chipset));
     try {
         image = FirmwareImage::read(imageFile);
-        const Fault *const truncation = findFault(drive.faults, FaultKind::TruncatedImage);
-        if (truncation != nullptr) {
-            const std::int64_t limit = truncation->number > 0 ? truncation->number : TruncatedSize;
-            const std::string whole = image.encode();
-            image = FirmwareImage::decode(
-                whole.substr(0, std::min(static_cast<std::size_t>(limit), whole.size() - 1)));
+        if (const Fault *const truncation = findFault(drive.faults, FaultKind::TruncatedImage)) {
+            const auto limit =
+                static_cast<std::size_t>(truncation->hasValue() ? truncation->number : TruncatedSize);
+            FirmwareImage::read(imageFile, std::min(limit, image.encode().size() - 1));
         }
     } catch (const Refused &refused) {
         throw Refused(imageFile + ": " + refused.what());
     }
-    if (image.bridge != chipset) {
-        throw Refused(
-            imageFile + ": is for the bridge " + bridgeName(image.bridge) + ", not " + bridgeName(chipset));
-    }
+    require(image.bridge == chipset,
+        imageFile + ": is for the bridge " + bridgeName(image.bridge) + ", not " + bridgeName(chipset));
     total = static_cast<std::int64_t>(image.firmware.size() + image.configuration.size());
 }
 
@@ -85,12 +79,8 @@ void Flash::begin()
     store.change([&] {
         DriveTable table(store);
         Drive current = table.get(drive.serial);
-        if (current.state() == DriveState::Writing) {
-            throw Refused("the drive is being written by another process");
-        }
-        if (!isStillThere(current, drive)) {
-            throw Refused("the drive was pulled out");
-        }
+        require(current.state() != DriveState::Writing, "the drive is being written by another process");
+        require(isStillThere(current, drive), "the drive was pulled out");
         current.incomplete = true;
         current.flashFirmware.clear();
         current.flashConfiguration.clear();
@@ -116,7 +106,6 @@ void Flash::erase()
 
 void Flash::program()
 {
-    lookAtDrive();
     const Clock::time_point start = Clock::now();
     for (const FlashChip::Part &part : FlashChip::parts(image)) {
         for (std::size_t offset = 0; offset < part.payload.size(); offset += FlashChip::PageSize) {
@@ -127,30 +116,41 @@ void Flash::program()
     }
 }
 
+/// Programs the page as far as no fault ends the writing in it.
 void Flash::programPage(std::size_t position, const std::string &data)
 {
-    const std::optional<Break> fault = breakWithin(data.size());
-    const std::size_t length = fault ? static_cast<std::size_t>(fault->position - written) : data.size();
+    const std::int64_t end = written + static_cast<std::int64_t>(data.size());
+    const std::int64_t pulledOut = breakPosition(FaultKind::PulledOut);
+    const std::int64_t failed = breakPosition(FaultKind::FlashError);
+    const std::int64_t first = std::min(pulledOut, failed);
+    const bool isDue = first < end || (first == end && end == total);
+    const auto length = static_cast<std::size_t>(std::min(first, end) - written);
     chip.program(position, data.substr(0, length));
     writeChip(position, length);
     written += static_cast<std::int64_t>(length);
-    if (fault) {
-        breakOff(fault->fault);
+    if (isDue) {
+        breakOff(first == pulledOut ? FaultKind::PulledOut : FaultKind::FlashError);
     }
+}
+
+/// How many bytes are written when that fault ends the writing; one beyond the end strikes at the end.
+std::int64_t Flash::breakPosition(FaultKind fault) const
+{
+    const Fault *const set = findFault(drive.faults, fault);
+    return set == nullptr ? std::numeric_limits<std::int64_t>::max()
+                          : std::clamp(set->number, written, total);
 }
 
 void Flash::writeChip(std::size_t position, std::size_t length)
 {
-    withDrive(
-        [&](DriveTable &table, Drive &current) {
-            table.writeChip(current, position, chip.content().substr(position, length));
-        },
-        Durability::Relaxed);
+    step([&](DriveTable &table) {
+        table.writeChip(drive, position, chip.content().substr(position, length));
+    });
 }
 
 void Flash::verify()
 {
-    store.read([this] { chip = DriveTable(store).chip(drive); });
+    chip = store.read([this] { return DriveTable(store).chip(drive); });
     const auto parts = FlashChip::parts(image);
     const bool isSame = std::all_of(parts.begin(), parts.end(), [this](const FlashChip::Part &part) {
         return chip.content().compare(part.payloadStart(), part.payload.size(), part.payload) == 0;
@@ -162,54 +162,34 @@ void Flash::verify()
 
 void Flash::finish()
 {
-    changeDrive(
-        [this](DriveTable &table, Drive &current) {
+    step(
+        [this](DriveTable &table) {
             for (const FlashChip::Part &part : FlashChip::parts(image)) {
-                table.writeChip(current, part.region.start, part.descriptor());
+                table.writeChip(drive, part.region.start, part.descriptor());
             }
-            current.incomplete = false;
-            current.flashFirmware = image.firmwareVersion;
-            current.flashConfiguration = image.configurationRevision;
-            current.bytesWritten = written;
-            current.heartbeat = 0;
-            if (current.catalogueModel().isFireWire()) {
-                current.runningFirmware = current.flashFirmware;
-                current.runningConfiguration = current.flashConfiguration;
-                current.bootRom = false;
+            drive.incomplete = false;
+            drive.flashFirmware = image.firmwareVersion;
+            drive.flashConfiguration = image.configurationRevision;
+            drive.heartbeat = 0;
+            if (drive.catalogueModel().isFireWire()) {
+                drive.runningFirmware = drive.flashFirmware;
+                drive.runningConfiguration = drive.flashConfiguration;
+                drive.bootRom = false;
             }
-            current.setLastUpdate(Drive::UpdateSucceeded);
+            drive.setLastUpdate(Drive::UpdateSucceeded);
         },
         Durability::Lasting);
 }
 
-/// The first fault that ends the writing before `length` more bytes; one beyond the end strikes at the end.
-std::optional<Flash::Break> Flash::breakWithin(std::size_t length) const
-{
-    std::optional<Break> first;
-    for (const FaultKind kind : {FaultKind::PulledOut, FaultKind::FlashError}) {
-        const Fault *const fault = findFault(drive.faults, kind);
-        if (fault == nullptr) {
-            continue;
-        }
-        const std::int64_t position = std::max(written, std::min(fault->number, total));
-        const bool isDue = std::min(position, total - 1) < written + static_cast<std::int64_t>(length);
-        if (isDue && (!first || position < first->position)) {
-            first = Break{kind, position};
-        }
-    }
-    return first;
-}
-
 void Flash::breakOff(FaultKind fault)
 {
-    changeDrive(
-        [&](DriveTable &, Drive &current) {
-            current.bytesWritten = written;
-            useUp(&current.faults, fault);
+    step(
+        [&](DriveTable &) {
+            useUp(&drive.faults, fault);
             if (fault == FaultKind::PulledOut) {
-                current.plugged = false;
-                current.mounted = false;
-                current.unpluggedAt = now();
+                drive.plugged = false;
+                drive.mounted = false;
+                drive.unpluggedAt = now();
             }
         },
         Durability::Lasting);
@@ -220,55 +200,28 @@ void Flash::breakOff(FaultKind fault)
 
 void Flash::waitUntil(Clock::time_point due)
 {
-    Clock::time_point moment = Clock::now();
-    do {
-        if (moment - lastLook >= PollInterval) {
-            lookAtDrive();
-        }
-        std::this_thread::sleep_until(std::min(due, lastLook + PollInterval));
-        moment = Clock::now();
-    } while (moment < due);
+    for (auto next = Clock::now() + PollInterval; next < due; next += PollInterval) {
+        std::this_thread::sleep_until(next);
+        step([](DriveTable &) {});
+    }
+    std::this_thread::sleep_until(due);
 }
 
-/// Notes the progress, and learns which faults were set meanwhile.
-void Flash::lookAtDrive()
-{
-    lastLook = Clock::now();
-    changeDrive(
-        [this](DriveTable &, Drive &current) {
-            current.bytesWritten = written;
-            current.heartbeat = now();
-        },
-        Durability::Relaxed);
-}
-
-/// Runs the work unless the drive was taken away from this object. Another drive may have taken its place.
-void Flash::withDrive(
-    const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability)
+/// A change of the drive, in a transaction that also notes the progress and learns which faults were set
+/// meanwhile. Refused when the drive was taken away from this object, or another drive has taken its place.
+void Flash::step(const std::function<void(DriveTable &table)> &work, Durability durability)
 {
     store.change(
         [&] {
             DriveTable table(store);
-            std::optional<Drive> current = table.find(drive.serial);
-            if (!current || !isStillThere(*current, drive)) {
-                throw Refused("the drive was pulled out");
-            }
-            if (current->flashes != drive.flashes) {
-                throw Refused("another process has begun to write the drive");
-            }
-            work(table, *current);
-        },
-        durability);
-}
-
-void Flash::changeDrive(
-    const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability)
-{
-    withDrive(
-        [&](DriveTable &table, Drive &current) {
-            work(table, current);
-            table.update(current);
-            drive = current;
+            const std::optional<Drive> current = table.find(drive.serial);
+            require(current && isStillThere(*current, drive), "the drive was pulled out");
+            require(current->flashes == drive.flashes, "another process has begun to write the drive");
+            drive = *current;
+            drive.bytesWritten = written;
+            drive.heartbeat = now();
+            work(table);
+            table.update(drive);
         },
         durability);
 }

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace bench {
@@ -29,42 +28,30 @@ public:
     void run(const std::string &reportedSerial, std::int32_t chipset, const std::string &imageFile);
 
 private:
-    using Clock = std::chrono::steady_clock;
-
-    struct Break
-    {
-        FaultKind fault;
-        std::int64_t position; ///< bytes written by then
-    };
-
     void find(const std::string &reportedSerial);
     void readImage(const std::string &imageFile, std::int32_t chipset);
     void begin();
-    void verify();
-    void finish();
-
     void erase();
     void program();
-    void programPage(std::size_t position, const std::string &data);
-    void writeChip(std::size_t position, std::size_t length);
-    std::optional<Break> breakWithin(std::size_t length) const;
-    [[noreturn]] void breakOff(FaultKind fault);
-    void waitUntil(Clock::time_point due);
-    void lookAtDrive();
-    void withDrive(
-        const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability);
-    void changeDrive(
-        const std::function<void(DriveTable &table, Drive &current)> &work, Durability durability);
+    void verify();
+    void finish();
     void noteFailure(const std::string &reason);
 
+    void step(
+        const std::function<void(DriveTable &table)> &work, Durability durability = Durability::Relaxed);
+    void programPage(std::size_t position, const std::string &data);
+    void writeChip(std::size_t position, std::size_t length);
+    void waitUntil(std::chrono::steady_clock::time_point due);
+    std::int64_t breakPosition(FaultKind fault) const;
+    [[noreturn]] void breakOff(FaultKind fault);
+
     BenchStore &store;
-    Drive drive; ///< as it was last seen
+    Drive drive; ///< as it was in the last step
     FlashChip chip;
     FirmwareImage image;
     bool begun = false; ///< the flash of the drive is this object's to write
     std::int64_t total = 0;
     std::int64_t written = 0;
-    Clock::time_point lastLook;
 };
 
 } // namespace bench

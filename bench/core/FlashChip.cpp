@@ -2,8 +2,8 @@
 
 #include "bench/core/FirmwareImage.h"
 #include "bench/core/Sha256.h"
+#include "bench/core/Text.h"
 
-#include <cstdint>
 #include <utility>
 
 namespace bench {
@@ -12,11 +12,8 @@ namespace {
 
 // The page that describes a part of the chip: mark, size, digest, length of the version, version.
 const std::string_view Mark("TVRG");
-constexpr std::size_t PayloadSizeAt = 4;
-constexpr std::size_t DigestAt = 8;
-constexpr std::size_t DigestSize = 32;
-constexpr std::size_t VersionSizeAt = 40;
-constexpr std::size_t VersionAt = 41;
+constexpr std::size_t SizeAt = 4;
+constexpr std::size_t VersionSizeAt = SizeAt + 4 + DigestSize;
 
 constexpr char Blank = '\xff';
 
@@ -50,30 +47,22 @@ std::array<FlashChip::Part, 2> FlashChip::parts(const FirmwareImage &image)
 
 std::string FlashChip::Part::descriptor() const
 {
-    std::string page(Mark);
-    for (int shift = 0; shift < 32; shift += 8) {
-        page += static_cast<char>(payload.size() >> shift);
-    }
-    return page + sha256(payload) + static_cast<char>(version.size()) + version;
+    return std::string(Mark) + littleEndian(payload.size()) + sha256(payload)
+        + static_cast<char>(version.size()) + version;
 }
 
 std::string FlashChip::version(const Region &region) const
 {
     const std::string page = bytes.substr(region.start, PageSize);
-    if (page.compare(0, Mark.size(), Mark) != 0) {
-        return {};
-    }
-    std::uint32_t size = 0;
-    for (std::size_t i = 4; i > 0; --i) {
-        size = size << 8 | static_cast<unsigned char>(page[PayloadSizeAt + i - 1]);
-    }
+    const std::size_t size = littleEndianAt(page, SizeAt);
     const auto versionSize = static_cast<unsigned char>(page[VersionSizeAt]);
     if (size > region.size - PageSize || versionSize > FirmwareImage::MaximumText) {
         return {};
     }
-    const bool isWhole =
-        sha256(bytes.substr(region.start + PageSize, size)) == page.substr(DigestAt, DigestSize);
-    return isWhole ? page.substr(VersionAt, versionSize) : std::string();
+    const std::string version = page.substr(VersionSizeAt + 1, versionSize);
+    const std::string payload = bytes.substr(region.start + PageSize, size);
+    const std::string expected = Part{region, version, payload}.descriptor();
+    return page.compare(0, expected.size(), expected) == 0 ? version : std::string();
 }
 
 void FlashChip::load(const FirmwareImage &image)

@@ -1,10 +1,10 @@
 #include "bench/core/Host.h"
 
 #include "bench/core/Drive.h"
+#include "bench/core/Rows.h"
 #include "bench/core/Text.h"
 
-#include <SQLiteCpp/Statement.h>
-
+#include <algorithm>
 #include <csignal>
 
 namespace bench {
@@ -14,11 +14,19 @@ namespace {
 /// A process that was not heard of for so long, in milliseconds, is gone, whoever has its number now.
 constexpr std::int64_t HeartbeatTimeout = 5000;
 
+constexpr std::array<Field<HostState>, 5> Fields = {{
+    {"companionInstalled", &HostState::companionInstalled},
+    {"serviceSubmitted", &HostState::serviceSubmitted},
+    {"extensionInstalled", &HostState::extensionInstalled},
+    {"extensionLoaded", &HostState::extensionLoaded},
+    {"extensionVersion", &HostState::extensionVersion, 0, 0, true},
+}};
+
 std::vector<Process> livingProcesses(SQLite::Database &database)
 {
     std::vector<Process> processes;
-    SQLite::Statement row(database, "SELECT id, command FROM processes WHERE heartbeat >= ? ORDER BY id");
-    row.bind(1, now() - HeartbeatTimeout);
+    SQLite::Statement row = prepared(database,
+        "SELECT id, command FROM processes WHERE heartbeat >= ? ORDER BY id", now() - HeartbeatTimeout);
     while (row.executeStep()) {
         const std::int64_t id = row.getColumn(0).getInt64();
         if (::kill(static_cast<pid_t>(id), 0) == 0) {
@@ -31,38 +39,30 @@ std::vector<Process> livingProcesses(SQLite::Database &database)
 HostState readState(SQLite::Database &database)
 {
     HostState state;
-    SQLite::Statement row(database,
-        "SELECT companionInstalled, serviceSubmitted, extensionInstalled, extensionLoaded, extensionVersion "
-        "FROM host");
+    SQLite::Statement row(database, "SELECT " + rowNames(Fields) + " FROM host");
     if (row.executeStep()) {
-        state.companionInstalled = row.getColumn(0).getInt() != 0;
-        state.serviceSubmitted = row.getColumn(1).getInt() != 0;
-        state.extensionInstalled = row.getColumn(2).getInt() != 0;
-        state.extensionLoaded = row.getColumn(3).getInt() != 0;
-        state.extensionVersion = row.getColumn(4).getString();
+        readFields(row, Fields, &state);
     }
     state.processes = livingProcesses(database);
     return state;
 }
 
-void writeState(SQLite::Database &database, const HostState &state)
+} // namespace
+
+bool HostState::isRunning(const std::string &command) const
 {
-    SQLite::Statement row(database, "INSERT OR REPLACE INTO host VALUES (1, ?, ?, ?, ?, ?)");
-    row.bind(1, state.companionInstalled ? 1 : 0);
-    row.bind(2, state.serviceSubmitted ? 1 : 0);
-    row.bind(3, state.extensionInstalled ? 1 : 0);
-    row.bind(4, state.extensionLoaded ? 1 : 0);
-    row.bind(5, state.extensionVersion);
-    row.exec();
+    return std::any_of(processes.begin(), processes.end(),
+        [&command](const Process &process) { return process.command == command; });
 }
 
-} // namespace
+const std::array<Field<HostState>, 5> &hostFields()
+{
+    return Fields;
+}
 
 HostState Host::state() const
 {
-    HostState found;
-    store.read([&] { found = readState(store.database()); });
-    return found;
+    return store.read([this] { return readState(store.database()); });
 }
 
 void Host::change(const std::function<void(HostState &state)> &work)
@@ -70,38 +70,35 @@ void Host::change(const std::function<void(HostState &state)> &work)
     store.change([&] {
         HostState state = readState(store.database());
         work(state);
-        writeState(store.database(), state);
+        SQLite::Statement row(store.database(),
+            "INSERT OR REPLACE INTO host (" + rowNames(Fields) + ", id) VALUES (" + rowNames(Fields, ":")
+                + ", 1)");
+        bindFields(row, Fields, state);
+        row.exec();
     });
 }
 
 bool Host::beat(std::int64_t process)
 {
-    bool isListed = false;
-    store.change(
+    return store.change(
         [&] {
-            SQLite::Statement row(store.database(), "UPDATE processes SET heartbeat = ? WHERE id = ?");
-            row.bind(1, now());
-            row.bind(2, process);
-            isListed = row.exec() == 1;
+            const char *const update = "UPDATE processes SET heartbeat = ? WHERE id = ?";
+            return execute(store.database(), update, now(), process) == 1;
         },
         Durability::Relaxed);
-    return isListed;
 }
 
 void Host::addProcess(const Process &process)
 {
     store.change([&] {
-        SQLite::Statement row(store.database(), "INSERT OR REPLACE INTO processes VALUES (?, ?, ?)");
-        row.bind(1, process.id);
-        row.bind(2, process.command);
-        row.bind(3, now());
-        row.exec();
+        execute(store.database(), "INSERT OR REPLACE INTO processes VALUES (?, ?, ?)", process.id,
+            process.command, now());
     });
 }
 
 void Host::removeProcesses()
 {
-    store.change([&] { store.database().exec("DELETE FROM processes"); });
+    store.change([this] { execute(store.database(), "DELETE FROM processes"); });
 }
 
 void Host::logCall(const std::vector<std::string> &call)
@@ -115,23 +112,19 @@ void Host::logCall(const std::vector<std::string> &call)
 
 void Host::restoreCall(const std::string &line)
 {
-    store.change([&] {
-        SQLite::Statement row(store.database(), "INSERT INTO calls (line) VALUES (?)");
-        row.bind(1, line);
-        row.exec();
-    });
+    store.change([&] { execute(store.database(), "INSERT INTO calls (line) VALUES (?)", line); });
 }
 
 std::vector<std::string> Host::calls() const
 {
-    std::vector<std::string> lines;
-    store.read([&] {
+    return store.read([this] {
+        std::vector<std::string> lines;
         SQLite::Statement row(store.database(), "SELECT line FROM calls ORDER BY id");
         while (row.executeStep()) {
             lines.push_back(row.getColumn(0).getString());
         }
+        return lines;
     });
-    return lines;
 }
 
 } // namespace bench

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "bench/core/BenchStore.h"
+#include "bench/core/Table.h"
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -25,7 +27,13 @@ struct HostState
     bool extensionLoaded = false;
     std::string extensionVersion = "1.2.4";
     std::vector<Process> processes; ///< those that are alive
+
+    /// True when a process stands for that program.
+    bool isRunning(const std::string &command) const;
 };
+
+/// All stored fields of a host but its processes, in the order of the struct.
+const std::array<Field<HostState>, 5> &hostFields();
 
 /// The host computer of a bench. Each function is one transaction; any thread and process may call. Throws
 /// Refused.

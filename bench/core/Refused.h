@@ -3,6 +3,7 @@
 #include "bench/core/Text.h"
 
 #include <stdexcept>
+#include <string>
 
 namespace bench {
 
@@ -14,5 +15,13 @@ public:
     /// Control characters, which a path or an argument may hold, are written as \xNN.
     explicit Refused(const std::string &reason) : std::runtime_error(oneLine(reason)) { }
 };
+
+/// Refused with the reason unless `holds`.
+inline void require(bool holds, const std::string &reason)
+{
+    if (!holds) {
+        throw Refused(reason);
+    }
+}
 
 } // namespace bench

@@ -4,7 +4,9 @@
 
 namespace bench {
 
-/// The SHA-256 digest of the bytes, 32 bytes.
+constexpr std::size_t DigestSize = 32;
+
+/// The SHA-256 digest of the bytes, DigestSize bytes.
 std::string sha256(const std::string &bytes);
 
 } // namespace bench

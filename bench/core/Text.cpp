@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <string_view>
 
 namespace bench {
@@ -9,46 +10,36 @@ namespace bench {
 namespace {
 
 constexpr char Digits[] = "0123456789abcdef";
-constexpr std::string_view PlainSigns = "-_./,=:+%@"; // to a shell
+/// What needs no quoting in a shell.
+constexpr std::string_view Plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_./,=:+%@";
 
-/// The value of a hexadecimal digit, -1 for any other character.
-int digitValue(char digit)
+/// The text with \xNN for each byte that is not plain.
+template <typename Predicate>
+std::string escapedUnless(const std::string &text, Predicate isPlain)
 {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
+    std::string line;
+    for (const char letter : text) {
+        const auto byte = static_cast<unsigned char>(letter);
+        char escape[8] = {letter};
+        if (!isPlain(byte)) {
+            std::snprintf(escape, sizeof escape, "\\x%02X", byte);
+        }
+        line += escape;
     }
-    const char lower = static_cast<char>(digit | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::string escapedByte(char byte)
-{
-    std::string digits = hexadecimal(std::string(1, byte));
-    std::transform(digits.begin(), digits.end(), digits.begin(),
-        [](char digit) { return digit >= 'a' ? static_cast<char>(digit - 0x20) : digit; });
-    return "\\x" + digits;
+    return line;
 }
 
 } // namespace
 
 std::string escaped(const std::string &bytes)
 {
-    std::string line;
-    for (const char byte : bytes) {
-        const bool isPlain = byte >= 0x20 && byte <= 0x7E && byte != '\\';
-        line += isPlain ? std::string(1, byte) : escapedByte(byte);
-    }
-    return line;
+    return escapedUnless(
+        bytes, [](unsigned char byte) { return byte >= 0x20 && byte <= 0x7E && byte != '\\'; });
 }
 
 std::string oneLine(const std::string &text)
 {
-    std::string line;
-    for (const char byte : text) {
-        const bool isControl = (byte >= 0 && byte < 0x20) || byte == 0x7F;
-        line += isControl ? escapedByte(byte) : std::string(1, byte);
-    }
-    return line;
+    return escapedUnless(text, [](unsigned char byte) { return byte >= 0x20 && byte != 0x7F; });
 }
 
 std::optional<std::string> unescaped(const std::string &text)
@@ -63,10 +54,9 @@ std::optional<std::string> unescaped(const std::string &text)
             plain += bytes->at(i);
             continue;
         }
-        const auto byte = bytes->compare(i + 1, 1, "x") == 0 && bytes->size() >= i + 4
-            ? bytesFromHexadecimal(bytes->substr(i + 2, 2))
-            : std::nullopt;
-        if (!byte) {
+        const auto byte =
+            bytes->compare(i, 2, "\\x") == 0 ? bytesFromHexadecimal(bytes->substr(i + 2, 2)) : std::nullopt;
+        if (!byte || byte->empty()) {
             return std::nullopt;
         }
         plain += *byte;
@@ -124,17 +114,14 @@ std::string hexadecimal(const std::string &bytes)
 
 std::optional<std::string> bytesFromHexadecimal(const std::string &digits)
 {
-    if (digits.size() % 2 != 0) {
-        return std::nullopt;
-    }
     std::string bytes;
     for (std::size_t i = 0; i < digits.size(); i += 2) {
-        const int high = digitValue(digits[i]);
-        const int low = digitValue(digits[i + 1]);
-        if (high < 0 || low < 0) {
+        const char *const begin = digits.data() + i;
+        std::uint8_t byte = 0;
+        if (i + 2 > digits.size() || std::from_chars(begin, begin + 2, byte, 16).ptr != begin + 2) {
             return std::nullopt;
         }
-        bytes += static_cast<char>(high << 4 | low);
+        bytes += static_cast<char>(byte);
     }
     return bytes;
 }
@@ -153,12 +140,33 @@ std::optional<std::int64_t> numberFromText(const std::string &text)
     return number;
 }
 
+std::string wholeNumber(std::int64_t minimum, std::int64_t maximum)
+{
+    return "a whole number from " + std::to_string(minimum) + " to " + std::to_string(maximum);
+}
+
+std::string littleEndian(std::size_t number)
+{
+    std::string bytes;
+    for (int shift = 0; shift < 32; shift += 8) {
+        bytes += static_cast<char>(number >> shift);
+    }
+    return bytes;
+}
+
+std::uint32_t littleEndianAt(const std::string &bytes, std::size_t position)
+{
+    std::uint32_t number = 0;
+    for (std::size_t i = 4; i > 0; --i) {
+        number = number << 8 | static_cast<unsigned char>(bytes[position + i - 1]);
+    }
+    return number;
+}
+
 std::string shellQuoted(const std::string &text)
 {
     const bool isPlain = !text.empty() && std::all_of(text.begin(), text.end(), [](char letter) {
-        const auto code = static_cast<unsigned char>(letter);
-        return code > 0x7F || (code >= '0' && code <= '9') || ((code | 0x20) >= 'a' && (code | 0x20) <= 'z')
-            || PlainSigns.find(letter) != std::string_view::npos;
+        return static_cast<unsigned char>(letter) > 0x7F || Plain.find(letter) != std::string_view::npos;
     });
     if (isPlain) {
         return text;

@@ -30,6 +30,14 @@ std::optional<std::string> bytesFromHexadecimal(const std::string &digits);
 /// A whole number in decimal digits or, with 0x in front, in hexadecimal ones; nothing for anything else.
 std::optional<std::int64_t> numberFromText(const std::string &text);
 
+/// What a number within these limits is called, both included: "a whole number from 1 to 5".
+std::string wholeNumber(std::int64_t minimum, std::int64_t maximum);
+
+/// The number as four bytes, the least significant one first.
+std::string littleEndian(std::size_t number);
+/// The reverse of that: the number in the four bytes at that position.
+std::uint32_t littleEndianAt(const std::string &bytes, std::size_t position);
+
 /// The text as a word of a shell's command line: quoted where it holds more than plain letters.
 std::string shellQuoted(const std::string &text);
 

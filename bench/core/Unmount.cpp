@@ -6,12 +6,12 @@ namespace bench {
 
 Unmount unmount(BenchStore &store, const std::string &reportedSerial)
 {
-    Unmount result{0, {}};
-    store.change([&] {
+    return store.change([&] {
+        Unmount result{0, {}};
         DriveTable table(store);
         std::optional<Drive> drive = table.findReported(reportedSerial);
         if (!drive) {
-            return;
+            return result;
         }
         if (drive->isAttached()) {
             const Fault *const refusal = findFault(drive->faults, FaultKind::UnmountReturns);
@@ -26,8 +26,8 @@ Unmount unmount(BenchStore &store, const std::string &reportedSerial)
             drive->setLastUpdate("failed: " + result.reason);
         }
         table.update(*drive);
+        return result;
     });
-    return result;
 }
 
 } // namespace bench

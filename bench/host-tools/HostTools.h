@@ -7,11 +7,12 @@
 
 namespace bench {
 
-/// What a stand-in returns for arguments that it does not answer: the real tool is to be called.
+/// What a stand-in returns for a call that it does not answer: the real tool is to be called.
 constexpr int NotMine = -1;
 
-/// Answers for the tool of that name on the standard output. The exit status, or NotMine; without a bench
-/// (`store` is null) the answers are those of a host without the companion product. Throws Refused.
-int runHostTool(BenchStore *store, const std::string &name, const std::vector<std::string> &arguments);
+/// Answers on the standard output for the tool whose name is the first word. The exit status, or NotMine;
+/// without a bench (`store` is null) the answers are those of a host without the companion product. Throws
+/// Refused.
+int runHostTool(BenchStore *store, const std::vector<std::string> &words);
 
 } // namespace bench

@@ -16,6 +16,18 @@
 
 namespace {
 
+/// False when the bench refuses the work.
+template <typename Work>
+bool attempt(const Work &work)
+{
+    try {
+        work();
+        return true;
+    } catch (const bench::Refused &) {
+        return false;
+    }
+}
+
 /// Becomes a process of its own that nobody waits for, and stands for a program of the companion product.
 int becomeProcess(const std::string &benchDirectory, const std::string &command)
 {
@@ -29,40 +41,21 @@ int becomeProcess(const std::string &benchDirectory, const std::string &command)
     for (std::FILE *stream : {stdin, stdout, stderr}) {
         static_cast<void>(std::freopen("/dev/null", "r+", stream));
     }
-    try {
-        bench::standFor(command, benchDirectory);
-    } catch (const bench::Refused &) {
-        return 1; // the bench is gone, and so is its companion
-    }
-    return 0;
-}
-
-std::unique_ptr<bench::BenchStore> openBench()
-{
-    try {
-        return std::make_unique<bench::BenchStore>(bench::benchDirectory());
-    } catch (const bench::Refused &) {
-        return nullptr;
-    }
+    // Refused when the bench is gone, and its companion with it.
+    return attempt([&] { bench::standFor(command, benchDirectory); }) ? 0 : 1;
 }
 
 /// The answer of the stand-in; a bench that cannot be changed does not keep it from answering.
-int answer(const std::string &name, const std::vector<std::string> &arguments)
+int answer(const std::vector<std::string> &words)
 {
-    const std::unique_ptr<bench::BenchStore> store = openBench();
-    std::vector<std::string> call{name};
-    call.insert(call.end(), arguments.begin(), arguments.end());
-    try {
-        if (store) {
-            bench::Host(*store).logCall(call);
-        }
-    } catch (const bench::Refused &) {
-    }
-    try {
-        return bench::runHostTool(store.get(), name, arguments);
-    } catch (const bench::Refused &) {
-        return 1;
-    }
+    std::unique_ptr<bench::BenchStore> store;
+    attempt([&] {
+        store = std::make_unique<bench::BenchStore>(bench::benchDirectory());
+        bench::Host(*store).logCall(words);
+    });
+    int status = 1;
+    attempt([&] { status = bench::runHostTool(store.get(), words); });
+    return status;
 }
 
 /// Becomes the first tool of that name on PATH that does not lie beside the stand-ins. Returns only when
@@ -85,17 +78,17 @@ void becomeRealTool(const std::string &name, char **argv)
 
 int main(int argc, char **argv)
 {
-    const std::string path = argv[0];
-    const std::string name = path.substr(path.rfind('/') + 1);
-    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    std::vector<std::string> words(argv, argv + argc);
+    std::string &name = words.front();
+    name = name.substr(name.rfind('/') + 1);
+    if (name == "host-tool" && argc == 4 && words[1] == "--process") {
+        return becomeProcess(words[2], words[3]);
+    }
     if (name == "host-tool") {
-        if (arguments.size() == 3 && arguments.front() == "--process") {
-            return becomeProcess(arguments[1], arguments[2]);
-        }
         std::fprintf(stderr, "host-tool is called by the names of the tools that it stands in for\n");
         return 2;
     }
-    const int status = answer(name, arguments);
+    const int status = answer(words);
     if (status != bench::NotMine) {
         return status;
     }

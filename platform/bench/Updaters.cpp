@@ -20,31 +20,36 @@ void report(const std::string &serialNumber, const std::string &reason)
         stderr, "the update of %s failed: %s\n", bench::escaped(serialNumber).c_str(), reason.c_str());
 }
 
+/// The last flash of this thread has failed, which was reported then. An updater is used on one thread only.
+thread_local bool hasFlashFailed = false;
+
 bool flash(const std::string &serialNumber, int chipset, const std::string &imagePath)
 {
+    hasFlashFailed = false;
     try {
         bench::BenchStore store(bench::benchDirectory());
         bench::Flash(store).run(serialNumber, chipset, imagePath);
-        return true;
     } catch (const bench::Refused &refused) {
         report(serialNumber, refused.what());
-        return false;
+        hasFlashFailed = true;
     }
+    return !hasFlashFailed;
 }
 
-/// Unmounts the volumes; a failed flash has been reported before, and is not reported again.
+/// Unmounts the volumes, also after a failed flash; an update that fails only now is reported.
 int unmount(const std::string &serialNumber)
 {
+    bench::Unmount result{0, {}};
     try {
         bench::BenchStore store(bench::benchDirectory());
-        const bench::Unmount result = bench::unmount(store, serialNumber);
-        if (!result.reason.empty()) {
-            report(serialNumber, result.reason);
-        }
-        return result.value;
-    } catch (const bench::Refused &) {
-        return 0;
+        result = bench::unmount(store, serialNumber);
+    } catch (const bench::Refused &refused) {
+        result.reason = refused.what();
     }
+    if (!result.reason.empty() && !hasFlashFailed) {
+        report(serialNumber, result.reason);
+    }
+    return result.value;
 }
 
 } // namespace

@@ -133,7 +133,7 @@ void tst_Command::addsAndRemovesDrives()
     const Drive drive = bench.drive("TV0002HARBOUR");
     QCOMPARE(drive.flashFirmware, std::string("1.0"));
     QCOMPARE(drive.flashConfiguration, std::string("2"));
-    QCOMPARE(drive.chipset, 4);
+    QCOMPARE(drive.chipset, std::int64_t(4));
     QCOMPARE(drive.flashRate, std::int64_t(99));
     QVERIFY(!drive.plugged);
     QCOMPARE(driveBench("remove TV0001SKIFF", bench.directory()).status, 0);

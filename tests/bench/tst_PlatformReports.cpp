@@ -22,6 +22,7 @@ class tst_PlatformReports : public QObject
 private slots:
     void reportsEachFailedUpdateOnce_data();
     void reportsEachFailedUpdateOnce();
+    void reportsABenchThatIsLostBeforeTheUnmount();
     void reportsAnUnusableBenchOnce_data();
     void reportsAnUnusableBenchOnce();
     void standInsComeFirstOnThePath();
@@ -104,6 +105,22 @@ void tst_PlatformReports::reportsEachFailedUpdateOnce()
     }
 }
 
+void tst_PlatformReports::reportsABenchThatIsLostBeforeTheUnmount()
+{
+    TemporaryBench bench;
+    bench.addOutdated("\xe9\n", "Pebble");
+    const QString image = QString::fromStdString(bench.image("Pebble"));
+    const Ended ended = runSelf({"update", image, "lose the bench"}, bench.directory());
+    QCOMPARE(ended.output, QByteArray("failed"));
+    const std::string line = "the update of \\xE9\\x0A failed: " + bench.directory() + " is no bench";
+    QVERIFY2(ended.errors.startsWith(line.c_str()), ended.errors.constData());
+    QCOMPARE(ended.errors.count('\n'), 1);
+    // The flash that has failed before was reported then.
+    const Ended again = runSelf({"update", image, "lose the bench"}, bench.directory());
+    QCOMPARE(again.output, QByteArray("failed"));
+    QCOMPARE(again.errors.count('\n'), 1);
+}
+
 void tst_PlatformReports::reportsAnUnusableBenchOnce_data()
 {
     QTest::addColumn<QString>("what");
@@ -174,6 +191,9 @@ int main(int argc, char **argv)
     if (arguments.value(1) == "update") {
         Asm1051 updater("\xe9\n");
         const int flashed = updater.updateDevice(arguments.value(2).toStdString());
+        if (arguments.value(3) == "lose the bench") {
+            QFile::remove(qEnvironmentVariable("TARVO_BENCH") + "/bench.sqlite");
+        }
         std::printf("%s", (flashed & updater.macDevice->unmountDisk()) != 0 ? "succeeded" : "failed");
         return 0;
     }

@@ -220,7 +220,7 @@ void tst_BenchDocument::missingMembersAreThoseOfANewDrive()
     const Drive drive = onlyDrive(R"({"version": 1, "drives": [{"serial": "A\u0000", "model": "Skiff"}]})");
     QCOMPARE(drive.serial, "A\0"s);
     QCOMPARE(drive.reportedSerial, "A\0"s);
-    QCOMPARE(drive.chipset, Chipset::Asm1051);
+    QCOMPARE(drive.chipset, std::int64_t(Chipset::Asm1051));
     QCOMPARE(drive.flashFirmware + ' ' + drive.runningFirmware, "2.11 2.11"s);
     QCOMPARE(drive.flashConfiguration + ' ' + drive.runningConfiguration, "4 4"s);
     QCOMPARE(drive.flashRate, Drive::DefaultFlashRate);

@@ -75,7 +75,7 @@ void tst_BenchSchema::theFirstOneIsUpgraded()
     BenchStore store(directory());
     const Drive drive = DriveLifeCycle(store).drive("A");
     QCOMPARE(drive.model, "Pebble"s);
-    QCOMPARE(drive.chipset, Chipset::Asm1051);
+    QCOMPARE(drive.chipset, std::int64_t(Chipset::Asm1051));
     QVERIFY(drive.plugged && drive.answers && drive.mounted && drive.incomplete && !drive.bootRom);
     QCOMPARE(drive.reportedSerial, "O"s);
     QCOMPARE(drive.runningFirmware + drive.runningConfiguration, "12"s);

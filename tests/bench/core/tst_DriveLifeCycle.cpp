@@ -60,7 +60,7 @@ void tst_DriveLifeCycle::addsADrive()
     bench.lifeCycle().add(given);
     const Drive drive = bench.drive("A");
     QCOMPARE(drive.state(), DriveState::Ready);
-    QCOMPARE(drive.chipset, Chipset::Asm1051E);
+    QCOMPARE(drive.chipset, std::int64_t(Chipset::Asm1051E));
     QCOMPARE(drive.runningFirmware + ' ' + drive.flashFirmware, "1.0 1.0"s);
     QCOMPARE(drive.runningConfiguration + ' ' + drive.flashConfiguration, "2 2"s);
     QCOMPARE(drive.reportedSerial, "A"s);

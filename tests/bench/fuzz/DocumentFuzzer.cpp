@@ -15,7 +15,7 @@ void compare(const bench::Drive &drive)
 {
     check(drive);
     const bench::Json json = bench::toJson(drive);
-    if (bench::toJson(bench::driveFromJson(json, "")) != json) {
+    if (bench::toJson(bench::driveFromJson(json)) != json) {
         std::abort();
     }
 }
