@@ -1,6 +1,7 @@
 #include "bench/core/Fault.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QFile>
 #include <QtTest>
@@ -263,5 +264,5 @@ void tst_CommandUsage::theManualNamesEverything()
     QVERIFY(manual.contains("--version"));
 }
 
-QTEST_GUILESS_MAIN(tst_CommandUsage)
+static const TestClass<tst_CommandUsage> test;
 #include "tst_CommandUsage.moc"
