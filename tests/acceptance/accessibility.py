@@ -12,6 +12,9 @@ CALL_TIMEOUT = 10_000  # milliseconds
 STATES = {"active": 1, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}  # bits of an object's state set
 
 
+CHILDLESS = ("label", "push button", "button", "progress bar")  # roles
+
+
 class StaleObject(Exception):
     """An object was destroyed while it was being read."""
 
@@ -20,6 +23,7 @@ class AccessibilityBus:
     """A connection to the accessibility bus of a session."""
 
     def __init__(self, session_address):
+        self.roles = {}  # of the objects seen so far, which keep theirs, by owner and path
         try:
             (address,) = connect(session_address).call_sync(
                 "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None, 0, TIMEOUT * 1000, None
@@ -73,19 +77,22 @@ class AccessibilityBus:
         root = Node(self, owner, ROOT, None)
         level = [root]
         while level:
+            self._read_roles(owner, [node.path for node in level])
             calls = []
             for node in level:
+                node.role = self.roles[owner, node.path]
                 name = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
                 calls += [
-                    (owner, node.path, ACCESSIBLE, "GetRoleName", None),
                     (owner, node.path, "org.freedesktop.DBus.Properties", "Get", name),
                     (owner, node.path, ACCESSIBLE, "GetState", None),
-                    (owner, node.path, ACCESSIBLE, "GetChildren", None),
                 ]
-            replies = self.call_all(calls)
+                if node.role not in CHILDLESS:
+                    calls.append((owner, node.path, ACCESSIBLE, "GetChildren", None))
+            replies = iter(self.call_all(calls))
             below = []
-            for number, node in enumerate(level):
-                (node.role,), (node.name,), (state,), (children,) = replies[4 * number : 4 * number + 4]
+            for node in level:
+                (node.name,), (state,) = next(replies), next(replies)
+                children = () if node.role in CHILDLESS else next(replies)[0]
                 node.state = state[0] | state[1] << 32
                 if node.parent is not None:
                     if not node.showing:
@@ -94,6 +101,11 @@ class AccessibilityBus:
                 below += [Node(self, owner, path, node) for _, path in children]
             level = below
         return root
+
+    def _read_roles(self, owner, paths):
+        new = [path for path in paths if (owner, path) not in self.roles]
+        replies = self.call_all([(owner, path, ACCESSIBLE, "GetRoleName", None) for path in new])
+        self.roles.update(((owner, path), role) for path, (role,) in zip(new, replies))
 
     def generate_input(self, method, signature, *arguments):
         """Has the registry send a key or mouse event to the display, as a device would."""

@@ -1,4 +1,5 @@
 #include "tests/app/Run.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -75,5 +76,5 @@ void tst_EntryPoint::exceptionEndsTheProcess()
     QCOMPARE(run.output, Constructed);
 }
 
-QTEST_GUILESS_MAIN(tst_EntryPoint)
+static const TestClass<tst_EntryPoint> test;
 #include "tst_EntryPoint.moc"

@@ -1,5 +1,6 @@
 #include "tests/app/Run.h"
 #include "tests/support/StandInTools.h"
+#include "tests/support/TestProgram.h"
 
 #include <QImageReader>
 #include <QtTest>
@@ -187,5 +188,5 @@ void tst_Main::companionInstalledLaterDoesNotEndTheProgram()
     QCOMPARE(submissions(), 1);
 }
 
-QTEST_MAIN(tst_Main)
+static const TestClass<tst_Main, QApplication> test;
 #include "tst_Main.moc"

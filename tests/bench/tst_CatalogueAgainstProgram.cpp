@@ -1,5 +1,6 @@
 #include "bench/core/Catalogue.h"
 #include "devices/DeviceInfo.h"
+#include "tests/support/TestProgram.h"
 #include "ui/DeviceLayout.h"
 
 #include <QDirIterator>
@@ -86,5 +87,5 @@ void tst_CatalogueAgainstProgram::noOtherProductIsRestarted()
     }
 }
 
-QTEST_MAIN(tst_CatalogueAgainstProgram)
+static const TestClass<tst_CatalogueAgainstProgram, QApplication> test;
 #include "tst_CatalogueAgainstProgram.moc"

@@ -3,6 +3,7 @@
 #include "bench/core/Flash.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -294,5 +295,5 @@ void tst_Command::watchesChanges()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_Command)
+static const TestClass<tst_Command> test;
 #include "tst_Command.moc"

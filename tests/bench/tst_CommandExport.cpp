@@ -2,6 +2,7 @@
 #include "bench/core/Refused.h"
 #include "tests/bench/Flashing.h"
 #include "tests/bench/Programs.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -216,5 +217,5 @@ void tst_CommandExport::refusesWhatCannotBeRead()
     QCOMPARE(bench.content(), before);
 }
 
-QTEST_GUILESS_MAIN(tst_CommandExport)
+static const TestClass<tst_CommandExport> test;
 #include "tst_CommandExport.moc"

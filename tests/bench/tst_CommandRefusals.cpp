@@ -2,6 +2,7 @@
 #include "bench/core/Files.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QFileInfo>
 #include <QtTest>
@@ -246,5 +247,5 @@ void tst_CommandRefusals::panelNeedsADisplay()
     QCOMPARE(ended.errors, QByteArray("drive-bench-panel: there is no display to open it on; set DISPLAY\n"));
 }
 
-QTEST_GUILESS_MAIN(tst_CommandRefusals)
+static const TestClass<tst_CommandRefusals> test;
 #include "tst_CommandRefusals.moc"

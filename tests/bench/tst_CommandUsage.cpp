@@ -1,6 +1,7 @@
 #include "bench/core/Fault.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QFile>
 #include <QtTest>
@@ -264,5 +265,5 @@ void tst_CommandUsage::theManualNamesEverything()
     QVERIFY(manual.contains("Tarvo Firmware Updater " TARVO_VERSION));
 }
 
-QTEST_GUILESS_MAIN(tst_CommandUsage)
+static const TestClass<tst_CommandUsage> test;
 #include "tst_CommandUsage.moc"

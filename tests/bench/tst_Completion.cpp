@@ -1,5 +1,6 @@
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -60,5 +61,5 @@ void tst_Completion::completes()
     QTEST(ended.output, "candidates");
 }
 
-QTEST_GUILESS_MAIN(tst_Completion)
+static const TestClass<tst_Completion> test;
 #include "tst_Completion.moc"

@@ -2,6 +2,7 @@
 #include "bench/core/Files.h"
 #include "bench/core/Flash.h"
 #include "tests/bench/Flashing.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -267,5 +268,5 @@ void tst_Flash::anotherWriterTakesOver()
     QVERIFY(drive.flashFirmware.empty());
 }
 
-QTEST_GUILESS_MAIN(tst_Flash)
+static const TestClass<tst_Flash> test;
 #include "tst_Flash.moc"

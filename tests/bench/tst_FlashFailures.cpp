@@ -1,6 +1,7 @@
 #include "bench/core/Files.h"
 #include "bench/core/Unmount.h"
 #include "tests/bench/Flashing.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -267,5 +268,5 @@ void tst_FlashFailures::unmountEndsAnUpdate()
     QCOMPARE(unmount(bench.store(), "another").value, 0);
 }
 
-QTEST_GUILESS_MAIN(tst_FlashFailures)
+static const TestClass<tst_FlashFailures> test;
 #include "tst_FlashFailures.moc"

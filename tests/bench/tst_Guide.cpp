@@ -1,5 +1,6 @@
 #include "bench/core/Fault.h"
 #include "tests/bench/Programs.h"
+#include "tests/support/TestProgram.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -112,5 +113,5 @@ void tst_Guide::namesEveryMember()
     }
 }
 
-QTEST_GUILESS_MAIN(tst_Guide)
+static const TestClass<tst_Guide> test;
 #include "tst_Guide.moc"

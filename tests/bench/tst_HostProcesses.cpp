@@ -1,6 +1,7 @@
 #include "bench/core/Companion.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -149,5 +150,5 @@ void tst_HostProcesses::processesEndWithTheirBench()
     QCOMPARE(QDir(directory).exists(), replaced);
 }
 
-QTEST_GUILESS_MAIN(tst_HostProcesses)
+static const TestClass<tst_HostProcesses> test;
 #include "tst_HostProcesses.moc"

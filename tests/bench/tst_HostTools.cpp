@@ -2,6 +2,7 @@
 #include "bench/core/Files.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <QFileInfo>
 #include <QtTest>
@@ -213,5 +214,5 @@ void tst_HostTools::theToolItselfIsNotCalled()
         ended.errors, QByteArray("host-tool is called by the names of the tools that it stands in for\n"));
 }
 
-QTEST_GUILESS_MAIN(tst_HostTools)
+static const TestClass<tst_HostTools> test;
 #include "tst_HostTools.moc"

@@ -3,6 +3,7 @@
 #include "bench/core/SampleBench.h"
 #include "tests/bench/Flashing.h"
 #include "tests/bench/Programs.h"
+#include "tests/support/TestProgram.h"
 
 #include <SQLiteCpp/Database.h>
 
@@ -200,17 +201,11 @@ void tst_Kills::aKilledFlashIsToldFromOneThatGoesOn()
     QCOMPARE(bench.drive("B").flashFirmware, other.flashFirmware);
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = application.arguments();
-    if (arguments.value(1) == "flash") {
-        BenchStore store(arguments.value(2).toStdString());
-        const std::string reason = refusal(
-            [&] { Flash(store).run(arguments.value(3).toStdString(), 1, arguments.value(4).toStdString()); });
-        return reason.empty() ? 0 : 1;
-    }
-    tst_Kills test;
-    return QTest::qExec(&test, argc, argv);
-}
+// Its arguments are the directory of the bench, the serial number and the path of the image.
+static const TestProcess flashProcess("flash", [](int, char **argv) {
+    BenchStore store(argv[1]);
+    return refusal([&] { Flash(store).run(argv[2], 1, argv[3]); }).empty() ? 0 : 1;
+});
+
+static const TestClass<tst_Kills> test;
 #include "tst_Kills.moc"

@@ -1,6 +1,7 @@
 #include "bench/core/DriveTable.h"
 #include "bench/core/Refused.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <SQLiteCpp/Database.h>
 
@@ -150,22 +151,17 @@ void tst_ManyProcesses::surviveKills()
     }
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = application.arguments();
-    if (arguments.value(1) != "change") {
-        tst_ManyProcesses test;
-        return QTest::qExec(&test, argc, argv);
-    }
+// Its arguments are the directory of the bench, the number of the process and the seconds.
+static const TestProcess changeProcess("change", [](int, char **argv) {
     try {
-        const std::int64_t changes = changeForAWhile(
-            arguments.value(2).toStdString(), arguments.value(3).toInt(), arguments.value(4).toInt());
+        const std::int64_t changes = changeForAWhile(argv[1], std::stoi(argv[2]), std::stoi(argv[3]));
         std::printf("%lld", static_cast<long long>(changes));
         return 0;
     } catch (const Refused &refused) {
         std::printf("%s\n", refused.what());
         return 1;
     }
-}
+});
+
+static const TestClass<tst_ManyProcesses> test;
 #include "tst_ManyProcesses.moc"

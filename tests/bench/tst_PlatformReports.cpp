@@ -1,6 +1,7 @@
 #include "bench/core/Files.h"
 #include "tests/bench/Programs.h"
 #include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
 
 #include <Asmedia105X.h>
 #include <DeviceDiscovery.h>
@@ -178,30 +179,29 @@ void tst_PlatformReports::standInsComeFirstOnThePath()
     QCOMPARE(ended.output, (QCoreApplication::applicationDirPath() + "/bench").toUtf8());
 }
 
-int main(int argc, char **argv)
-{
-    QCoreApplication application(argc, argv);
-    const QStringList arguments = application.arguments();
-    if (arguments.value(1) == "discover") {
-        for (int i = 0; i < arguments.value(2).toInt(); ++i) {
-            std::printf("%d ", int(discover().size()));
-        }
-        return 0;
+// Its argument is the number of queries.
+static const TestProcess discoverProcess("discover", [](int, char **argv) {
+    for (int i = 0; i < std::stoi(argv[1]); ++i) {
+        std::printf("%d ", int(discover().size()));
     }
-    if (arguments.value(1) == "update") {
-        Asm1051 updater("\xe9\n");
-        const int flashed = updater.updateDevice(arguments.value(2).toStdString());
-        if (arguments.value(3) == "lose the bench") {
-            QFile::remove(qEnvironmentVariable("TARVO_BENCH") + "/bench.sqlite");
-        }
-        std::printf("%s", (flashed & updater.macDevice->unmountDisk()) != 0 ? "succeeded" : "failed");
-        return 0;
+    return 0;
+});
+
+// Its arguments are the path of the image and what happens to the bench before the unmount.
+static const TestProcess updateProcess("update", [](int argc, char **argv) {
+    Asm1051 updater("\xe9\n");
+    const int flashed = updater.updateDevice(argv[1]);
+    if (argc > 2 && argv[2] == "lose the bench"s) {
+        QFile::remove(qEnvironmentVariable("TARVO_BENCH") + "/bench.sqlite");
     }
-    if (arguments.value(1) == "bench") {
-        std::printf("%s", qgetenv("TARVO_BENCH").constData());
-        return 0;
-    }
-    tst_PlatformReports test;
-    return QTest::qExec(&test, argc, argv);
-}
+    std::printf("%s", (flashed & updater.macDevice->unmountDisk()) != 0 ? "succeeded" : "failed");
+    return 0;
+});
+
+static const TestProcess benchProcess("bench", [](int, char **) {
+    std::printf("%s", qgetenv("TARVO_BENCH").constData());
+    return 0;
+});
+
+static const TestClass<tst_PlatformReports> test;
 #include "tst_PlatformReports.moc"

@@ -1,6 +1,7 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "devices/DeviceInfo.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -264,5 +265,5 @@ void tst_DeviceInfo::copyOfAListSharesItsRecords()
     type.destroy(empty);
 }
 
-QTEST_APPLESS_MAIN(tst_DeviceInfo)
+static const TestClass<tst_DeviceInfo> test;
 #include "tst_DeviceInfo.moc"

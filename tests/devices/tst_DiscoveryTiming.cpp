@@ -1,5 +1,6 @@
 #include "tests/devices/Discovery.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -42,5 +43,5 @@ void tst_DiscoveryTiming::halfASecondWhileSettlingAndTwoSecondsBetweenPasses()
     QVERIFY(discovery.thread.wait(30000));
 }
 
-QTEST_GUILESS_MAIN(tst_DiscoveryTiming)
+static const TestClass<tst_DiscoveryTiming> test;
 #include "tst_DiscoveryTiming.moc"

@@ -1,3 +1,5 @@
+#include "tests/support/TestProgram.h"
+
 #include <QDir>
 #include <QDirIterator>
 #include <QFile>
@@ -103,6 +105,9 @@ class tst_Resources : public QObject
 {
     Q_OBJECT
 
+public:
+    static void initMain();
+
 private slots:
     void initTestCase();
     void collectionIsRegisteredBeforeMain();
@@ -123,6 +128,12 @@ private slots:
     void usbNameIsAlwaysFourUpperCaseDigits();
 };
 
+// Nothing in the program has called anything by then.
+void tst_Resources::initMain()
+{
+    registeredBeforeMain = isRegistered();
+}
+
 // The pictures are shown by a program that loads no plug-ins for images.
 void tst_Resources::initTestCase()
 {
@@ -140,7 +151,8 @@ void tst_Resources::collectionIsUnregisteredAtExit()
 {
     QProcess process;
     process.setEnvironment(QProcess::systemEnvironment() + QStringList{"REPORT_AT_EXIT=1"});
-    process.start(QCoreApplication::applicationFilePath(), {"collectionIsRegisteredBeforeMain"});
+    process.start(
+        QCoreApplication::applicationFilePath(), {"tst_Resources", "collectionIsRegisteredBeforeMain"});
     QVERIFY(process.waitForFinished());
     QCOMPARE(process.exitCode(), 0);
     QVERIFY(process.readAllStandardOutput().endsWith("\nunregistered\n"));
@@ -349,12 +361,5 @@ void tst_Resources::usbNameIsAlwaysFourUpperCaseDigits()
     }
 }
 
-int main(int argc, char **argv)
-{
-    registeredBeforeMain = isRegistered();
-    QGuiApplication application(argc, argv);
-    tst_Resources test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+static const TestClass<tst_Resources, QGuiApplication> test;
 #include "tst_Resources.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/Looks.h"
 
 #include <QAccessible>
@@ -265,5 +266,5 @@ void tst_Accessibility::lookIsReadOutWhereTheFocusIs()
     QCOMPARE(focused->text(QAccessible::Name) + ": " + focused->text(QAccessible::Description), focus);
 }
 
-QTEST_MAIN(tst_Accessibility)
+static const TestClass<tst_Accessibility, QApplication> test;
 #include "tst_Accessibility.moc"

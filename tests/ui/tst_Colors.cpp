@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/Looks.h"
 #include "ui/LightPalette.h"
 
@@ -288,5 +289,5 @@ void tst_Colors::companionBoxStandsOut()
     QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
-QTEST_MAIN(tst_Colors)
+static const TestClass<tst_Colors, QApplication> test;
 #include "tst_Colors.moc"

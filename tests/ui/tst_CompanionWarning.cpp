@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/support/WidgetDescription.h"
 #include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/WindowFixture.h"
@@ -243,5 +244,5 @@ void tst_CompanionWarning::clickThatOpensTheBoxSurvivesARefreshInsideIt()
     QVERIFY(fixture.texts().contains("Tarvo Pebble"));
 }
 
-QTEST_MAIN(tst_CompanionWarning)
+static const TestClass<tst_CompanionWarning, QApplication> test;
 #include "tst_CompanionWarning.moc"

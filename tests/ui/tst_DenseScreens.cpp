@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/Looks.h"
 
 #include <QLabel>
@@ -165,5 +166,5 @@ void tst_DenseScreens::buttonIconHasThePixelsOfTheScreen()
     QVERIFY(isSomewhereIn(button->grab().toImage(), scaledOnce(path, 16)));
 }
 
-QTEST_MAIN(tst_DenseScreens)
+static const TestClass<tst_DenseScreens, QApplication> test;
 #include "tst_DenseScreens.moc"

@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
 
@@ -377,5 +378,5 @@ void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsBut
     }
 }
 
-QTEST_MAIN(tst_DeviceListReconciliation)
+static const TestClass<tst_DeviceListReconciliation, QApplication> test;
 #include "tst_DeviceListReconciliation.moc"

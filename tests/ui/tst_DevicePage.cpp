@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 
 #include <QProgressBar>
 #include <QtTest>
@@ -262,5 +263,5 @@ void tst_DevicePage::statesOfAPageWithoutFirstButtonAreHarmless()
     }
 }
 
-QTEST_MAIN(tst_DevicePage)
+static const TestClass<tst_DevicePage, QApplication> test;
 #include "tst_DevicePage.moc"

@@ -1,6 +1,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 
 #include <QSignalSpy>
 #include <QThread>
@@ -298,5 +299,5 @@ void tst_DevicePageButtons::cancelDoesNotEmitItsSignal()
     QCOMPARE(emitted.size(), 0);
 }
 
-QTEST_MAIN(tst_DevicePageButtons)
+static const TestClass<tst_DevicePageButtons, QApplication> test;
 #include "tst_DevicePageButtons.moc"

@@ -1,6 +1,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -334,5 +335,5 @@ void tst_DevicePageLooks::onlySuccessEnablesFinish()
     }
 }
 
-QTEST_MAIN(tst_DevicePageLooks)
+static const TestClass<tst_DevicePageLooks, QApplication> test;
 #include "tst_DevicePageLooks.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -284,5 +285,5 @@ void tst_DeviceStatusTexts::textsAreReadAsLatin1UpToAZeroByte()
     QCOMPARE(textOf(drive, &DeviceLayout::messageModelName), "Tarvo P" + QString(QChar(0xE9)) + "bble");
 }
 
-QTEST_MAIN(tst_DeviceStatusTexts)
+static const TestClass<tst_DeviceStatusTexts, QApplication> test;
 #include "tst_DeviceStatusTexts.moc"

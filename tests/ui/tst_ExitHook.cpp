@@ -1,5 +1,6 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/EventLoop.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
 
@@ -91,5 +92,5 @@ void tst_ExitHook::runsOnceWhenTheEventLoopEnds()
     QCOMPARE(fixture.tools.calls(), SubmitCalls);
 }
 
-QTEST_MAIN(tst_ExitHook)
+static const TestClass<tst_ExitHook, QApplication> test;
 #include "tst_ExitHook.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/KeyboardFixture.h"
 
 #include <QtTest>
@@ -159,5 +160,5 @@ void tst_Focus::refreshBehindAnotherWindowKeepsTheFocusForLater()
     QVERIFY(fixture.window.focusWidget()->hasFocus());
 }
 
-QTEST_MAIN(tst_Focus)
+static const TestClass<tst_Focus, QApplication> test;
 #include "tst_Focus.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/KeyboardFixture.h"
 
 #include <QTimer>
@@ -109,5 +110,5 @@ void tst_Keyboard::escapeCancelsForTwoDrivesOfOneSerialNumber()
     QCOMPARE(fixture.buttons(), WindowProbe::repeated(2, Both.mid(2)));
 }
 
-QTEST_MAIN(tst_Keyboard)
+static const TestClass<tst_Keyboard, QApplication> test;
 #include "tst_Keyboard.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 #include "tests/support/WidgetDescription.h"
 #include "tests/ui/WindowFixture.h"
 
@@ -339,5 +340,5 @@ void tst_Layouts::versionHasTheApplicationsFont()
     QVERIFY(!version->font().bold());
 }
 
-QTEST_MAIN(tst_Layouts)
+static const TestClass<tst_Layouts, QApplication> test;
 #include "tst_Layouts.moc"

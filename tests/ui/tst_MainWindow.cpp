@@ -1,5 +1,6 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
@@ -398,5 +399,5 @@ void tst_MainWindow::destructionOnlyFlagsTheThreadToStop()
     QCOMPARE(ScriptedPlatform::count("DeviceDiscovery()"), 1);
 }
 
-QTEST_MAIN(tst_MainWindow)
+static const TestClass<tst_MainWindow, QApplication> test;
 #include "tst_MainWindow.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 
 #include <QtTest>
 
@@ -347,5 +348,5 @@ void tst_OutcomeTexts::placeholdersInValuesAreFilledByTheNextSubstitutions()
     QCOMPARE(text(drive), expected);
 }
 
-QTEST_MAIN(tst_OutcomeTexts)
+static const TestClass<tst_OutcomeTexts, QApplication> test;
 #include "tst_OutcomeTexts.moc"

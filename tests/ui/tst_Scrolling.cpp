@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/KeyboardFixture.h"
 
 #include <QScrollBar>
@@ -135,5 +136,5 @@ void tst_Scrolling::smallWindowReachesEveryButton()
     QCOMPARE(reached.size(), count);
 }
 
-QTEST_MAIN(tst_Scrolling)
+static const TestClass<tst_Scrolling, QApplication> test;
 #include "tst_Scrolling.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/TestProgram.h"
 #include "tests/ui/Looks.h"
 
 #include <QFontDatabase>
@@ -189,5 +190,5 @@ void tst_Sizes::nothingOverlapsInAnyWindow()
     verifyScrollsEverywhere(*area);
 }
 
-QTEST_MAIN(tst_Sizes)
+static const TestClass<tst_Sizes, QApplication> test;
 #include "tst_Sizes.moc"

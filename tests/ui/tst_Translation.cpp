@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/WindowFixture.h"
 
@@ -261,5 +262,5 @@ void tst_Translation::sourcesNameEveryPhrase()
     QCOMPARE(without(phrases, found), QStringList());
 }
 
-QTEST_MAIN(tst_Translation)
+static const TestClass<tst_Translation, QApplication> test;
 #include "tst_Translation.moc"

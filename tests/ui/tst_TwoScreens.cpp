@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/WindowFixture.h"
 
 #include <QLabel>
@@ -36,5 +37,5 @@ void tst_TwoScreens::pictureFollowsTheScreenAtTheNextRefresh()
     QCOMPARE(pictureRatio(), 1.0);
 }
 
-QTEST_MAIN(tst_TwoScreens)
+static const TestClass<tst_TwoScreens, QApplication> test;
 #include "tst_TwoScreens.moc"

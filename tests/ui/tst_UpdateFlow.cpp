@@ -1,5 +1,6 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/UpdateLook.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
@@ -441,5 +442,5 @@ void tst_UpdateFlow::clicksOnPagesThatTheRefreshDeletesAreSound()
     QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
 }
 
-QTEST_MAIN(tst_UpdateFlow)
+static const TestClass<tst_UpdateFlow, QApplication> test;
 #include "tst_UpdateFlow.moc"

@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/UpdateLook.h"
 #include "tests/ui/WindowFixture.h"
 
@@ -136,5 +137,5 @@ void tst_UpdateOverThreads::wholeUsbUpdateOverTheRealThreads()
     QVERIFY(fixture.texts().contains(SuccessLine));
 }
 
-QTEST_MAIN(tst_UpdateOverThreads)
+static const TestClass<tst_UpdateOverThreads, QApplication> test;
 #include "tst_UpdateOverThreads.moc"

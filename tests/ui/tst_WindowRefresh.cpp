@@ -1,4 +1,5 @@
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "tests/ui/WindowFixture.h"
 
 #include <QLabel>
@@ -306,5 +307,5 @@ void tst_WindowRefresh::unchangedListOfAThousandDrivesRebuildsNothing()
     QVERIFY(fixture.tools.calls().isEmpty());
 }
 
-QTEST_MAIN(tst_WindowRefresh)
+static const TestClass<tst_WindowRefresh, QApplication> test;
 #include "tst_WindowRefresh.moc"

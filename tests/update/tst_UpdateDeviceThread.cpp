@@ -1,5 +1,6 @@
 #include "tests/platform/ScriptedPlatform.h"
 #include "tests/support/DeviceRecords.h"
+#include "tests/support/TestProgram.h"
 #include "update/UpdateDeviceThread.h"
 
 #include <QPointer>
@@ -307,5 +308,5 @@ void tst_UpdateDeviceThread::isNotDeletedByItsEnd()
     QVERIFY(!update.worker.isNull());
 }
 
-QTEST_GUILESS_MAIN(tst_UpdateDeviceThread)
+static const TestClass<tst_UpdateDeviceThread> test;
 #include "tst_UpdateDeviceThread.moc"

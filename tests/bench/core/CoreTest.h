@@ -1,11 +1,8 @@
 #pragma once
 
-#include <QtTest>
+#include "tests/support/TestProgram.h"
 
-#include <functional>
-#include <memory>
 #include <string>
-#include <vector>
 
 using namespace std::string_literals;
 
@@ -21,23 +18,6 @@ inline char *toString(const std::string &text)
 }
 
 } // namespace QTest
-
-/// The test classes of this program, each in a file of its own.
-inline std::vector<std::function<std::unique_ptr<QObject>()>> &coreTests()
-{
-    static std::vector<std::function<std::unique_ptr<QObject>()>> tests;
-    return tests;
-}
-
-/// Adds a test class to the program. One object for each class.
-template <typename Test>
-struct CoreTest
-{
-    CoreTest()
-    {
-        coreTests().push_back([] { return std::make_unique<Test>(); });
-    }
-};
 
 /// All 256 bytes.
 inline std::string everyByte()

@@ -268,6 +268,6 @@ void tst_BenchDiscovery::aDriveIsListedTwice()
     QCOMPARE(bench.discovery().query().size(), std::size_t(1));
 }
 
-static const CoreTest<tst_BenchDiscovery> test;
+static const TestClass<tst_BenchDiscovery> test;
 
 #include "tst_BenchDiscovery.moc"

@@ -121,6 +121,6 @@ void tst_BenchDiscoveryTiming::aClockThatWasSetBackDelaysNothing()
     QCOMPARE(first(bench).firmwareStatus, Status::UpdateRequired);
 }
 
-static const CoreTest<tst_BenchDiscoveryTiming> test;
+static const TestClass<tst_BenchDiscoveryTiming> test;
 
 #include "tst_BenchDiscoveryTiming.moc"

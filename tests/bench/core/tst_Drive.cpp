@@ -202,6 +202,6 @@ void tst_Drive::aNewDriveIsUpToDate()
     }
 }
 
-static const CoreTest<tst_Drive> test;
+static const TestClass<tst_Drive> test;
 
 #include "tst_Drive.moc"

@@ -228,6 +228,6 @@ void tst_MalformedDocument::changesNothing()
     QCOMPARE(bench.content(), before);
 }
 
-static const CoreTest<tst_MalformedDocument> test;
+static const TestClass<tst_MalformedDocument> test;
 
 #include "tst_MalformedDocument.moc"
