@@ -191,7 +191,7 @@ static const TestProcess discoverProcess("discover", [](int, char **argv) {
 static const TestProcess updateProcess("update", [](int argc, char **argv) {
     Asm1051 updater("\xe9\n");
     const int flashed = updater.updateDevice(argv[1]);
-    if (argc > 2 && argv[2] == "lose the bench"s) {
+    if (argc > 2 && argv[2] == std::string("lose the bench")) {
         QFile::remove(qEnvironmentVariable("TARVO_BENCH") + "/bench.sqlite");
     }
     std::printf("%s", (flashed & updater.macDevice->unmountDisk()) != 0 ? "succeeded" : "failed");
