@@ -16,7 +16,7 @@ namespace bench {
 
 namespace {
 
-constexpr int FormatVersion = 1;
+constexpr int DocumentVersion = 1;
 constexpr std::size_t SectorCount = FlashChip::Size / FlashChip::SectorSize;
 
 /// The chip that a drive has whose flash was written without a fault.
@@ -90,8 +90,8 @@ BenchDocument documentFrom(const Json &json)
     BenchDocument document;
     checkMembers(json, {"version", "drives", "host", "calls"});
     const auto version = json.find("version");
-    const bool isKnown = version != json.end() && *version == FormatVersion;
-    within("version", [&] { require(isKnown, "must be " + std::to_string(FormatVersion)); });
+    const bool isKnown = version != json.end() && *version == DocumentVersion;
+    within("version", [&] { require(isKnown, "must be " + std::to_string(DocumentVersion)); });
     std::set<std::string> serials;
     readItems(json, "drives", [&](const Json &item) {
         const Drive drive = driveFromJson(item);
@@ -115,7 +115,7 @@ BenchDocument documentFrom(const Json &json)
 
 std::string exportBench(BenchStore &store)
 {
-    Json json{{"version", FormatVersion}, {"drives", Json::array()}};
+    Json json{{"version", DocumentVersion}, {"drives", Json::array()}};
     store.read([&] {
         const DriveTable table(store);
         for (const Drive &drive : table.all()) {

@@ -20,7 +20,7 @@ constexpr std::int64_t HeartbeatTimeout = 1000;
 constexpr const char *StateTexts[] = {
     "unplugged", "does not answer", "being written", "boot ROM", "restart needed", "ready"};
 
-constexpr std::array<Field<Drive>, 24> Fields = {{
+constexpr std::array<Field<Drive>, 24> DriveFields = {{
     {"serial", &Drive::serial},
     {"model", &Drive::model},
     {"chipset", &Drive::chipset, std::numeric_limits<std::int32_t>::min(),
@@ -120,7 +120,7 @@ void check(const Drive &drive)
                 + " characters, this one " + std::to_string(version.size()));
         }
     }
-    for (const Field<Drive> &field : Fields) {
+    for (const Field<Drive> &field : DriveFields) {
         const auto *const number = std::get_if<std::int64_t Drive::*>(&field.member);
         if (number != nullptr && (drive.**number < field.minimum || drive.**number > field.maximum)) {
             throw Refused(std::string("invalid drive: ") + field.name + " must be "
@@ -134,7 +134,7 @@ void check(const Drive &drive)
 
 const std::array<Field<Drive>, 24> &driveFields()
 {
-    return Fields;
+    return DriveFields;
 }
 
 std::int64_t now()

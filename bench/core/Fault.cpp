@@ -39,7 +39,7 @@ constexpr std::array<FaultDescription, 19> Descriptions = {{
     {FaultKind::Text, "text", FaultValue::Field, "FIELD=TEXT", UsedUpBy::Query, "discovery reports this text; \\xNN stands for any byte"},
 }};
 
-constexpr std::array<RecordField, 7> Fields = {{
+constexpr std::array<RecordField, 7> RecordFields = {{
     {"auxiliaryText1", &DeviceInfo::auxiliaryText1},
     {"modelName", &DeviceInfo::modelName},
     {"serialNumber", &DeviceInfo::serialNumber},
@@ -93,17 +93,17 @@ const FaultDescription *findFault(const std::string &name)
 
 const std::array<RecordField, 7> &recordFields()
 {
-    return Fields;
+    return RecordFields;
 }
 
 const RecordField *findRecordField(const std::string &name)
 {
-    return findRow(Fields, name);
+    return findRow(RecordFields, name);
 }
 
 std::string recordFieldNames()
 {
-    return rowNames(Fields);
+    return rowNames(RecordFields);
 }
 
 Fault parseFault(const FaultDescription &kind, const std::optional<std::string> &value)

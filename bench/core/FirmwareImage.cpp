@@ -23,7 +23,7 @@ constexpr std::size_t ConfigurationSizeAt = 84;
 constexpr std::size_t FirmwareDigestAt = 88;
 constexpr std::size_t ConfigurationDigestAt = 120;
 constexpr std::size_t HeaderSize = 152;
-constexpr std::uint32_t FormatVersion = 1;
+constexpr std::uint32_t ImageFormat = 1;
 
 /// A text fills its field with zero bytes to the end; anything after the first of them is a damaged header.
 std::string textAt(const std::string &file, std::size_t position, const char *what)
@@ -64,8 +64,8 @@ FirmwareImage decodeHeader(const std::string &header, std::size_t fileSize)
         "is truncated: " + std::to_string(header.size()) + " bytes, the header alone takes "
             + std::to_string(HeaderSize));
     const std::uint32_t format = littleEndianAt(header, FormatAt);
-    require(format == FormatVersion,
-        "has format version " + std::to_string(format) + ", only " + std::to_string(FormatVersion)
+    require(format == ImageFormat,
+        "has format version " + std::to_string(format) + ", only " + std::to_string(ImageFormat)
             + " is known");
     FirmwareImage image;
     image.bridge = static_cast<std::int32_t>(littleEndianAt(header, BridgeAt));
@@ -117,7 +117,7 @@ std::string FirmwareImage::encode() const
         file.replace(position, bytes.size(), bytes);
     };
     put(0, Magic);
-    put(FormatAt, littleEndian(FormatVersion));
+    put(FormatAt, littleEndian(ImageFormat));
     put(BridgeAt, littleEndian(static_cast<std::uint32_t>(bridge)));
     put(FirmwareVersionAt, std::string_view(firmwareVersion).substr(0, MaximumText));
     put(ConfigurationRevisionAt, std::string_view(configurationRevision).substr(0, MaximumText));

@@ -12,9 +12,9 @@ namespace bench {
 namespace {
 
 /// A process that was not heard of for so long, in milliseconds, is gone, whoever has its number now.
-constexpr std::int64_t HeartbeatTimeout = 5000;
+constexpr std::int64_t ProcessTimeout = 5000;
 
-constexpr std::array<Field<HostState>, 5> Fields = {{
+constexpr std::array<Field<HostState>, 5> HostFields = {{
     {"companionInstalled", &HostState::companionInstalled},
     {"serviceSubmitted", &HostState::serviceSubmitted},
     {"extensionInstalled", &HostState::extensionInstalled},
@@ -26,7 +26,7 @@ std::vector<Process> livingProcesses(SQLite::Database &database)
 {
     std::vector<Process> processes;
     SQLite::Statement row = prepared(database,
-        "SELECT id, command FROM processes WHERE heartbeat >= ? ORDER BY id", now() - HeartbeatTimeout);
+        "SELECT id, command FROM processes WHERE heartbeat >= ? ORDER BY id", now() - ProcessTimeout);
     while (row.executeStep()) {
         const std::int64_t id = row.getColumn(0).getInt64();
         if (::kill(static_cast<pid_t>(id), 0) == 0) {
@@ -39,9 +39,9 @@ std::vector<Process> livingProcesses(SQLite::Database &database)
 HostState readState(SQLite::Database &database)
 {
     HostState state;
-    SQLite::Statement row(database, "SELECT " + rowNames(Fields) + " FROM host");
+    SQLite::Statement row(database, "SELECT " + rowNames(HostFields) + " FROM host");
     if (row.executeStep()) {
-        readFields(row, Fields, &state);
+        readFields(row, HostFields, &state);
     }
     state.processes = livingProcesses(database);
     return state;
@@ -57,7 +57,7 @@ bool HostState::isRunning(const std::string &command) const
 
 const std::array<Field<HostState>, 5> &hostFields()
 {
-    return Fields;
+    return HostFields;
 }
 
 HostState Host::state() const
@@ -71,9 +71,9 @@ void Host::change(const std::function<void(HostState &state)> &work)
         HostState state = readState(store.database());
         work(state);
         SQLite::Statement row(store.database(),
-            "INSERT OR REPLACE INTO host (" + rowNames(Fields) + ", id) VALUES (" + rowNames(Fields, ":")
-                + ", 1)");
-        bindFields(row, Fields, state);
+            "INSERT OR REPLACE INTO host (" + rowNames(HostFields) + ", id) VALUES ("
+                + rowNames(HostFields, ":") + ", 1)");
+        bindFields(row, HostFields, state);
         row.exec();
     });
 }
