@@ -71,6 +71,8 @@ def other_numbers(text):
     digits = digits.replace("'", "")
     if "." in digits:
         return [f"{float(digits) + 1}{suffix}"]
+    if re.fullmatch(r"0[xX][fF]{2}[\dA-Fa-f]{6}", digits):
+        return [f"0xff{int(digits, 16) ^ 0xFFFFFFFF:06x}{suffix}"]  # a colour: nobody sees one that is off by one
     if digits[:2] in ("0x", "0X"):
         form, value = f"0x{{:0{len(digits) - 2}X}}", int(digits, 16)
     elif len(digits) > 1 and digits[0] == "0":

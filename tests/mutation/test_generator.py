@@ -38,6 +38,7 @@ def inside(statement):
         ("x = 7;", "number", ["7 -> 6", "7 -> 8"]),
         ("x = 0;", "number", ["0 -> 1"]),
         ("x = 0x0Fu;", "number", ["0x0Fu -> 0x0Eu", "0x0Fu -> 0x10u"]),
+        ("x = 0xfff7f0ff;", "number", ["0xfff7f0ff -> 0xff080f00"]),
         ("x = 0640;", "number", ["0640 -> 0637", "0640 -> 0641"]),
         ("x = 'a';", "number", ["'a' -> 'x'"]),
         (r'x = "a\n";', "string", [r'"a\n" -> ""', r'"a\n" -> "a"']),
