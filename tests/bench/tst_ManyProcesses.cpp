@@ -116,7 +116,7 @@ void tst_ManyProcesses::loseNoChange()
         QCOMPARE(std::int64_t(std::count(calls.begin(), calls.end(), std::to_string(i))), changes);
         total += changes;
     }
-    qInfo("%lld changes", static_cast<long long>(4 * total));
+    qInfo("%lld changes", 4 * static_cast<long long>(total));
     QCOMPARE(bench.drive("COMMON").bytesWritten, total);
     QCOMPARE(bench.host().state().extensionVersion, std::to_string(total));
     QCOMPARE(integrity(bench), std::string("ok"));
