@@ -111,7 +111,8 @@ std::string immutableUri(const std::string &file)
 SQLite::Database opened(const std::string &file)
 {
     try {
-        SQLite::Database connection(file, SQLite::OPEN_READWRITE | SQLite::OPEN_NOFOLLOW);
+        SQLite::Database connection(
+            file, SQLite::OPEN_READWRITE | SQLite::OPEN_NOFOLLOW | SQLite::OPEN_NOMUTEX);
         sqlite3_busy_handler(connection.getHandle(), waitForOthers, nullptr);
         const int status = connection.tryExec("SELECT count(*) FROM sqlite_master");
         const bool isRefusedFiles = (status & 0xFF) == SQLITE_CANTOPEN

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -92,20 +93,22 @@ DeviceInfo recordOf(const Drive &drive, const FirmwareImage &offered)
     return record;
 }
 
-/// Counts a query of the drive and uses up its faults; false when that changes nothing.
-bool ask(Drive *drive)
+/// The drive when a query of it is counted and has used up its faults; nothing when that changes nothing.
+std::optional<Drive> asked(const Drive &drive)
 {
-    if (!drive->isAttached()) {
-        return false;
+    if (!drive.isAttached() || drive.faults.empty()) {
+        return std::nullopt;
     }
+    Drive after = drive;
     bool isChanged = false;
-    if (drive->queries < numberOf(drive->faults, FaultKind::SettleQueries)) {
-        ++drive->queries;
+    if (drive.queries < numberOf(drive.faults, FaultKind::SettleQueries)) {
+        ++after.queries;
         isChanged = true;
-    } else if (isSettled(*drive)) {
-        isChanged = useUp(&drive->faults, UsedUpBy::Settling);
+    } else if (isSettled(drive)) {
+        isChanged = useUp(&after.faults, UsedUpBy::Settling);
     }
-    return useUp(&drive->faults, UsedUpBy::Query) || isChanged;
+    isChanged = useUp(&after.faults, UsedUpBy::Query) || isChanged;
+    return isChanged ? std::optional(after) : std::nullopt;
 }
 
 } // namespace
@@ -118,17 +121,20 @@ Discovery::Discovery(BenchStore &store, std::string imageDirectory)
 std::vector<DeviceInfo> Discovery::query()
 {
     std::vector<Drive> drives = store.read([this] { return DriveTable(store).all(); });
-    if (std::any_of(drives.begin(), drives.end(), [](Drive drive) { return ask(&drive); })) {
+    if (std::any_of(drives.begin(), drives.end(), asked)) {
         drives = store.change([this] { return askAll(); }, Durability::Relaxed);
     }
     std::vector<Drive> reported;
+    reported.reserve(drives.size());
     std::int64_t probing = 0;
-    for (const Drive &drive : drives) {
+    for (Drive &drive : drives) {
         if (drive.isAttached()) {
             const Fault *const duplicate = findFault(drive.faults, FaultKind::DuplicateSerial);
-            const bool isListedTwice = duplicate != nullptr && !duplicate->hasValue();
-            reported.insert(reported.end(), isListedTwice ? 2 : 1, drive);
+            if (duplicate != nullptr && !duplicate->hasValue()) {
+                reported.push_back(drive);
+            }
             probing += numberOf(drive.faults, FaultKind::SlowProbe);
+            reported.push_back(std::move(drive));
         }
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(probing));
@@ -140,9 +146,9 @@ std::vector<Drive> Discovery::askAll()
 {
     DriveTable table(store);
     std::vector<Drive> drives = table.all();
-    for (Drive drive : drives) {
-        if (ask(&drive)) {
-            table.update(drive);
+    for (const Drive &drive : drives) {
+        if (const std::optional<Drive> after = asked(drive)) {
+            table.update(*after);
         }
     }
     return drives;
@@ -152,6 +158,7 @@ std::vector<DeviceInfo> Discovery::records(const std::vector<Drive> &drives) con
 {
     std::unordered_map<std::string, FirmwareImage> offers;
     std::vector<DeviceInfo> found;
+    found.reserve(drives.size());
     for (const Drive &drive : drives) {
         const auto [offer, isNew] = offers.try_emplace(drive.model);
         if (isNew) {

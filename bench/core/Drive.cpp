@@ -114,10 +114,10 @@ void check(const Drive &drive)
             + " characters, this one " + std::to_string(drive.serial.size()));
     }
     drive.catalogueModel();
-    for (const std::string &version : {drive.flashFirmware, drive.flashConfiguration}) {
-        if (version.size() > FirmwareImage::MaximumText) {
+    for (const std::string *version : {&drive.flashFirmware, &drive.flashConfiguration}) {
+        if (version->size() > FirmwareImage::MaximumText) {
             throw Refused("invalid drive: a version has at most " + std::to_string(FirmwareImage::MaximumText)
-                + " characters, this one " + std::to_string(version.size()));
+                + " characters, this one " + std::to_string(version->size()));
         }
     }
     for (const Field<Drive> &field : DriveFields) {
