@@ -76,5 +76,5 @@ void tst_EntryPoint::exceptionEndsTheProcess()
     QCOMPARE(run.output, Constructed);
 }
 
-static const TestClass<tst_EntryPoint> test;
+static const TestClass<tst_EntryPoint> entryPointTests;
 #include "tst_EntryPoint.moc"

@@ -188,5 +188,5 @@ void tst_Main::companionInstalledLaterDoesNotEndTheProgram()
     QCOMPARE(submissions(), 1);
 }
 
-static const TestClass<tst_Main, QApplication> test;
+static const TestClass<tst_Main, QApplication> mainTests;
 #include "tst_Main.moc"

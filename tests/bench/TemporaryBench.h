@@ -21,6 +21,8 @@ public:
     bench::BenchStore &store() { return *opened; }
     bench::DriveLifeCycle lifeCycle() { return bench::DriveLifeCycle(*opened); }
     bench::Discovery discovery() { return {*opened, imageDirectory()}; }
+    /// Queries the drives; the first record.
+    DeviceInfo firstOfQuery() { return discovery().query().at(0); }
     bench::Host host() { return bench::Host(*opened); }
 
     /// The directory of the bench; the parent of it is this object's own.

@@ -87,5 +87,5 @@ void tst_CatalogueAgainstProgram::noOtherProductIsRestarted()
     }
 }
 
-static const TestClass<tst_CatalogueAgainstProgram, QApplication> test;
+static const TestClass<tst_CatalogueAgainstProgram, QApplication> catalogueAgainstProgramTests;
 #include "tst_CatalogueAgainstProgram.moc"

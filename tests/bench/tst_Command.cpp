@@ -295,5 +295,5 @@ void tst_Command::watchesChanges()
     }
 }
 
-static const TestClass<tst_Command> test;
+static const TestClass<tst_Command> commandTests;
 #include "tst_Command.moc"

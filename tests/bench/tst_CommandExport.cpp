@@ -217,5 +217,5 @@ void tst_CommandExport::refusesWhatCannotBeRead()
     QCOMPARE(bench.content(), before);
 }
 
-static const TestClass<tst_CommandExport> test;
+static const TestClass<tst_CommandExport> commandExportTests;
 #include "tst_CommandExport.moc"

@@ -247,5 +247,5 @@ void tst_CommandRefusals::panelNeedsADisplay()
     QCOMPARE(ended.errors, QByteArray("drive-bench-panel: there is no display to open it on; set DISPLAY\n"));
 }
 
-static const TestClass<tst_CommandRefusals> test;
+static const TestClass<tst_CommandRefusals> commandRefusalsTests;
 #include "tst_CommandRefusals.moc"

@@ -265,5 +265,5 @@ void tst_CommandUsage::theManualNamesEverything()
     QVERIFY(manual.contains("Tarvo Firmware Updater " TARVO_VERSION));
 }
 
-static const TestClass<tst_CommandUsage> test;
+static const TestClass<tst_CommandUsage> commandUsageTests;
 #include "tst_CommandUsage.moc"

@@ -61,5 +61,5 @@ void tst_Completion::completes()
     QTEST(ended.output, "candidates");
 }
 
-static const TestClass<tst_Completion> test;
+static const TestClass<tst_Completion> completionTests;
 #include "tst_Completion.moc"

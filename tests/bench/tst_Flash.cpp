@@ -268,5 +268,5 @@ void tst_Flash::anotherWriterTakesOver()
     QVERIFY(drive.flashFirmware.empty());
 }
 
-static const TestClass<tst_Flash> test;
+static const TestClass<tst_Flash> flashTests;
 #include "tst_Flash.moc"

@@ -268,5 +268,5 @@ void tst_FlashFailures::unmountEndsAnUpdate()
     QCOMPARE(unmount(bench.store(), "another").value, 0);
 }
 
-static const TestClass<tst_FlashFailures> test;
+static const TestClass<tst_FlashFailures> flashFailuresTests;
 #include "tst_FlashFailures.moc"

@@ -113,5 +113,5 @@ void tst_Guide::namesEveryMember()
     }
 }
 
-static const TestClass<tst_Guide> test;
+static const TestClass<tst_Guide> guideTests;
 #include "tst_Guide.moc"

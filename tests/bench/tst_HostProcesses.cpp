@@ -150,5 +150,5 @@ void tst_HostProcesses::processesEndWithTheirBench()
     QCOMPARE(QDir(directory).exists(), replaced);
 }
 
-static const TestClass<tst_HostProcesses> test;
+static const TestClass<tst_HostProcesses> hostProcessesTests;
 #include "tst_HostProcesses.moc"

@@ -214,5 +214,5 @@ void tst_HostTools::theToolItselfIsNotCalled()
         ended.errors, QByteArray("host-tool is called by the names of the tools that it stands in for\n"));
 }
 
-static const TestClass<tst_HostTools> test;
+static const TestClass<tst_HostTools> hostToolsTests;
 #include "tst_HostTools.moc"

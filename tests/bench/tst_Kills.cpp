@@ -207,5 +207,5 @@ static const TestProcess flashProcess("flash", [](int, char **argv) {
     return refusal([&] { Flash(store).run(argv[2], 1, argv[3]); }).empty() ? 0 : 1;
 });
 
-static const TestClass<tst_Kills> test;
+static const TestClass<tst_Kills> killsTests;
 #include "tst_Kills.moc"

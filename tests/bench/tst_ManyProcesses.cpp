@@ -163,5 +163,5 @@ static const TestProcess changeProcess("change", [](int, char **argv) {
     }
 });
 
-static const TestClass<tst_ManyProcesses> test;
+static const TestClass<tst_ManyProcesses> manyProcessesTests;
 #include "tst_ManyProcesses.moc"

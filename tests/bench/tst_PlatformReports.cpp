@@ -203,5 +203,5 @@ static const TestProcess benchProcess("bench", [](int, char **) {
     return 0;
 });
 
-static const TestClass<tst_PlatformReports> test;
+static const TestClass<tst_PlatformReports> platformReportsTests;
 #include "tst_PlatformReports.moc"

@@ -35,8 +35,6 @@ public:
 
 } // namespace
 
-Q_DECLARE_METATYPE(DeviceInfo)
-
 class tst_DeviceDiscoveryThread : public QObject
 {
     Q_OBJECT

@@ -265,5 +265,5 @@ void tst_DeviceInfo::copyOfAListSharesItsRecords()
     type.destroy(empty);
 }
 
-static const TestClass<tst_DeviceInfo> test;
+static const TestClass<tst_DeviceInfo> deviceInfoTests;
 #include "tst_DeviceInfo.moc"

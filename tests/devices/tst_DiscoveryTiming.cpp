@@ -43,5 +43,5 @@ void tst_DiscoveryTiming::halfASecondWhileSettlingAndTwoSecondsBetweenPasses()
     QVERIFY(discovery.thread.wait(30000));
 }
 
-static const TestClass<tst_DiscoveryTiming> test;
+static const TestClass<tst_DiscoveryTiming> discoveryTimingTests;
 #include "tst_DiscoveryTiming.moc"

@@ -361,5 +361,5 @@ void tst_Resources::usbNameIsAlwaysFourUpperCaseDigits()
     }
 }
 
-static const TestClass<tst_Resources, QGuiApplication> test;
+static const TestClass<tst_Resources, QGuiApplication> resourcesTests;
 #include "tst_Resources.moc"

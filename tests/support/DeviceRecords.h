@@ -2,6 +2,8 @@
 
 #include "devices/DeviceInfo.h"
 
+#include <QMetaType>
+
 /// Records as the discovery library reports them, to be adapted by the test.
 namespace DeviceRecords {
 
@@ -11,3 +13,5 @@ DeviceInfo usbDrive(const std::string &serialNumber = "USB-1");
 DeviceInfo fireWireDrive(const std::string &serialNumber = "FW-1");
 
 } // namespace DeviceRecords
+
+Q_DECLARE_METATYPE(DeviceInfo)

@@ -12,6 +12,12 @@
 #include <QVBoxLayout>
 #include <QWidget>
 
+/// What builds a label of a page, and what brings a page to one of its looks.
+using Builder = QLabel *(DeviceLayout::*)();
+using StateFunction = void (DeviceLayout::*)();
+Q_DECLARE_METATYPE(Builder)
+Q_DECLARE_METATYPE(StateFunction)
+
 /// Receives what a page relays, as the main window does.
 class PageReceiver : public QObject
 {
@@ -30,7 +36,7 @@ public slots:
 class PageFixture
 {
 public:
-    explicit PageFixture(const DeviceInfo &device, void (DeviceLayout::*stateFunction)() = nullptr)
+    explicit PageFixture(const DeviceInfo &device, StateFunction stateFunction = nullptr)
         : page(new DeviceLayout(&receiver, device))
     {
         if (stateFunction != nullptr) {
@@ -80,4 +86,11 @@ inline QString takeText(QLabel *label)
     QString text = label->text();
     delete label;
     return text;
+}
+
+/// The text that the builder gives the page of that drive.
+inline QString textOf(const DeviceInfo &device, Builder builder)
+{
+    const PageFixture fixture(device);
+    return takeText((fixture.page->*builder)());
 }

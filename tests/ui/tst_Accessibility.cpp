@@ -266,5 +266,5 @@ void tst_Accessibility::lookIsReadOutWhereTheFocusIs()
     QCOMPARE(focused->text(QAccessible::Name) + ": " + focused->text(QAccessible::Description), focus);
 }
 
-static const TestClass<tst_Accessibility, QApplication> test;
+static const TestClass<tst_Accessibility, QApplication> accessibilityTests;
 #include "tst_Accessibility.moc"

@@ -289,5 +289,5 @@ void tst_Colors::companionBoxStandsOut()
     QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
-static const TestClass<tst_Colors, QApplication> test;
+static const TestClass<tst_Colors, QApplication> colorsTests;
 #include "tst_Colors.moc"

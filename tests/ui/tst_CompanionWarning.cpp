@@ -1,6 +1,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"
 #include "tests/support/WidgetDescription.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/WindowFixture.h"
 #include "ui/DeviceLayout.h"
@@ -16,9 +17,6 @@ using DeviceRecords::fireWireDrive;
 using DeviceRecords::usbDrive;
 
 namespace {
-
-const QString NoDriveText =
-    "<b>No compatible Tarvo device were found.</b><br/><br/><b>Please plug a compatible Tarvo device.</b>";
 
 void verifyBox(QMessageBox &box)
 {
@@ -244,5 +242,5 @@ void tst_CompanionWarning::clickThatOpensTheBoxSurvivesARefreshInsideIt()
     QVERIFY(fixture.texts().contains("Tarvo Pebble"));
 }
 
-static const TestClass<tst_CompanionWarning, QApplication> test;
+static const TestClass<tst_CompanionWarning, QApplication> companionWarningTests;
 #include "tst_CompanionWarning.moc"

@@ -1,4 +1,5 @@
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/Looks.h"
 
 #include <QLabel>
@@ -10,9 +11,6 @@ using DeviceRecords::usbDrive;
 namespace {
 
 const QString DevicePictures = ":/firmwareUpdater/device/0x0E7A/";
-const QString OkPicture = ":/firmwareUpdater/Ok.png";
-const QString UpdatePicture = ":/firmwareUpdater/Update.png";
-const QString WarningPicture = ":/firmwareUpdater/Warning.png";
 const QString ErrorPicture = ":/firmwareUpdater/Error.png";
 
 qreal scaleFactor()
@@ -62,8 +60,6 @@ bool isSomewhereIn(const QImage &shot, const QImage &picture)
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(DeviceInfo)
 
 /// Run once for each scale factor, which comes in QT_SCALE_FACTOR.
 class tst_DenseScreens : public QObject
@@ -166,5 +162,5 @@ void tst_DenseScreens::buttonIconHasThePixelsOfTheScreen()
     QVERIFY(isSomewhereIn(button->grab().toImage(), scaledOnce(path, 16)));
 }
 
-static const TestClass<tst_DenseScreens, QApplication> test;
+static const TestClass<tst_DenseScreens, QApplication> denseScreensTests;
 #include "tst_DenseScreens.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
 
@@ -23,10 +24,8 @@ const QString ConfirmationLine =
     "You are about to update your Tarvo <b>Pebble</b> firmware and configuration. "
     "(\"<b>1.2</b>\" => \"<b>1.3</b>\")";
 const QString InProgressLine = "<b>DO NOT disconnect the device during the firmware update.</b>";
-const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
 const QString RestartLine =
     "Please unplug and replug your Tarvo <b>Pebble</b> hard drive to power off and power on the device.";
-const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
 
 /// The restart page has the same line, but no button.
 bool showsSuccess(const WindowFixture &fixture)
@@ -52,8 +51,6 @@ public:
 };
 
 } // namespace
-
-Q_DECLARE_METATYPE(QVector<DeviceInfo>)
 
 class tst_DeviceListReconciliation : public QObject
 {
@@ -378,5 +375,5 @@ void tst_DeviceListReconciliation::changeDuringConfirmationKeepsThePageAndItsBut
     }
 }
 
-static const TestClass<tst_DeviceListReconciliation, QApplication> test;
+static const TestClass<tst_DeviceListReconciliation, QApplication> deviceListReconciliationTests;
 #include "tst_DeviceListReconciliation.moc"

@@ -1,6 +1,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 
 #include <QProgressBar>
 #include <QtTest>
@@ -8,9 +9,6 @@
 using DeviceRecords::usbDrive;
 
 namespace {
-
-const QString UpdatePicture = ":/firmwareUpdater/Update.png";
-const QString WarningPicture = ":/firmwareUpdater/Warning.png";
 
 DeviceInfo driveNamed(std::uint16_t vendorId, std::uint16_t productId, const std::string &modelName)
 {
@@ -263,5 +261,5 @@ void tst_DevicePage::statesOfAPageWithoutFirstButtonAreHarmless()
     }
 }
 
-static const TestClass<tst_DevicePage, QApplication> test;
+static const TestClass<tst_DevicePage, QApplication> devicePageTests;
 #include "tst_DevicePage.moc"

@@ -2,6 +2,7 @@
 #include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 
 #include <QSignalSpy>
 #include <QThread>
@@ -10,11 +11,6 @@
 using DeviceRecords::usbDrive;
 
 namespace {
-
-using StateFunction = void (DeviceLayout::*)();
-
-const QString UpdatePicture = ":/firmwareUpdater/Update.png";
-const QString WarningPicture = ":/firmwareUpdater/Warning.png";
 
 DeviceInfo driveWith(std::int32_t firmwareStatus, std::int32_t configurationStatus)
 {
@@ -35,8 +31,6 @@ QImage iconAt(const QString &path)
 }
 
 } // namespace
-
-Q_DECLARE_METATYPE(StateFunction)
 
 class tst_DevicePageButtons : public QObject
 {
@@ -299,5 +293,5 @@ void tst_DevicePageButtons::cancelDoesNotEmitItsSignal()
     QCOMPARE(emitted.size(), 0);
 }
 
-static const TestClass<tst_DevicePageButtons, QApplication> test;
+static const TestClass<tst_DevicePageButtons, QApplication> devicePageButtonsTests;
 #include "tst_DevicePageButtons.moc"

@@ -2,6 +2,7 @@
 #include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 
 #include <QtTest>
 
@@ -9,10 +10,7 @@ using DeviceRecords::usbDrive;
 
 namespace {
 
-using StateFunction = void (DeviceLayout::*)();
-
 const QString DrivePicture = ":/firmwareUpdater/device/0x0E7A/1A20.png";
-const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
 
 DeviceInfo updatedDrive()
 {
@@ -61,8 +59,6 @@ protected:
 };
 
 } // namespace
-
-Q_DECLARE_METATYPE(StateFunction)
 
 class tst_DevicePageLooks : public QObject
 {
@@ -335,5 +331,5 @@ void tst_DevicePageLooks::onlySuccessEnablesFinish()
     }
 }
 
-static const TestClass<tst_DevicePageLooks, QApplication> test;
+static const TestClass<tst_DevicePageLooks, QApplication> devicePageLooksTests;
 #include "tst_DevicePageLooks.moc"

@@ -1,6 +1,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/PageFixture.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 
 #include <QtTest>
 
@@ -9,14 +10,6 @@
 using DeviceRecords::usbDrive;
 
 namespace {
-
-using Builder = QLabel *(DeviceLayout::*)();
-
-QString textOf(const DeviceInfo &device, Builder builder)
-{
-    const PageFixture fixture(device);
-    return takeText((fixture.page->*builder)());
-}
 
 DeviceInfo driveWith(std::int32_t chipsetType, std::int32_t firmwareStatus, std::int32_t configurationStatus)
 {
@@ -27,13 +20,7 @@ DeviceInfo driveWith(std::int32_t chipsetType, std::int32_t firmwareStatus, std:
     return drive;
 }
 
-const QString UpdatePicture = ":/firmwareUpdater/Update.png";
-const QString OkPicture = ":/firmwareUpdater/Ok.png";
-const QString WarningPicture = ":/firmwareUpdater/Warning.png";
-
 } // namespace
-
-Q_DECLARE_METATYPE(Builder)
 
 class tst_DeviceStatusTexts : public QObject
 {
@@ -285,5 +272,5 @@ void tst_DeviceStatusTexts::textsAreReadAsLatin1UpToAZeroByte()
     QCOMPARE(textOf(drive, &DeviceLayout::messageModelName), "Tarvo P" + QString(QChar(0xE9)) + "bble");
 }
 
-static const TestClass<tst_DeviceStatusTexts, QApplication> test;
+static const TestClass<tst_DeviceStatusTexts, QApplication> deviceStatusTextsTests;
 #include "tst_DeviceStatusTexts.moc"

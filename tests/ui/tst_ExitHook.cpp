@@ -92,5 +92,5 @@ void tst_ExitHook::runsOnceWhenTheEventLoopEnds()
     QCOMPARE(fixture.tools.calls(), SubmitCalls);
 }
 
-static const TestClass<tst_ExitHook, QApplication> test;
+static const TestClass<tst_ExitHook, QApplication> exitHookTests;
 #include "tst_ExitHook.moc"

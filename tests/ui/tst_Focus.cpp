@@ -5,8 +5,6 @@
 
 using DeviceRecords::usbDrive;
 
-Q_DECLARE_METATYPE(DeviceInfo)
-
 class tst_Focus : public QObject
 {
     Q_OBJECT
@@ -160,5 +158,5 @@ void tst_Focus::refreshBehindAnotherWindowKeepsTheFocusForLater()
     QVERIFY(fixture.window.focusWidget()->hasFocus());
 }
 
-static const TestClass<tst_Focus, QApplication> test;
+static const TestClass<tst_Focus, QApplication> focusTests;
 #include "tst_Focus.moc"

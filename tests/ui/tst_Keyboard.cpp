@@ -110,5 +110,5 @@ void tst_Keyboard::escapeCancelsForTwoDrivesOfOneSerialNumber()
     QCOMPARE(fixture.buttons(), WindowProbe::repeated(2, Both.mid(2)));
 }
 
-static const TestClass<tst_Keyboard, QApplication> test;
+static const TestClass<tst_Keyboard, QApplication> keyboardTests;
 #include "tst_Keyboard.moc"

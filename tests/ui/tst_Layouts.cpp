@@ -2,6 +2,7 @@
 #include "tests/support/PageFixture.h"
 #include "tests/support/TestProgram.h"
 #include "tests/support/WidgetDescription.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/WindowFixture.h"
 
 #include <QProgressBar>
@@ -11,8 +12,6 @@
 using DeviceRecords::usbDrive;
 
 namespace {
-
-using Builder = QLabel *(DeviceLayout::*)();
 
 QFont smallFont()
 {
@@ -57,8 +56,6 @@ QStringList rowOf(int drives)
     return indented(lines);
 }
 
-const QString NoDriveText =
-    "<b>No compatible Tarvo device were found.</b><br/><br/><b>Please plug a compatible Tarvo device.</b>";
 const QString Stretch = "  stretch";
 
 /// The application's font is underlined, and the one that it gives to labels bold as well.
@@ -84,9 +81,6 @@ private:
 };
 
 } // namespace
-
-Q_DECLARE_METATYPE(Builder)
-Q_DECLARE_METATYPE(DeviceInfo)
 
 /// What holds the texts, pictures and buttons: an item that is placed or set up otherwise is a fault,
 /// whether or not it shows with the style and the font that the test happens to run with.
@@ -340,5 +334,5 @@ void tst_Layouts::versionHasTheApplicationsFont()
     QVERIFY(!version->font().bold());
 }
 
-static const TestClass<tst_Layouts, QApplication> test;
+static const TestClass<tst_Layouts, QApplication> layoutsTests;
 #include "tst_Layouts.moc"

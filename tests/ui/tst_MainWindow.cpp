@@ -399,5 +399,5 @@ void tst_MainWindow::destructionOnlyFlagsTheThreadToStop()
     QCOMPARE(ScriptedPlatform::count("DeviceDiscovery()"), 1);
 }
 
-static const TestClass<tst_MainWindow, QApplication> test;
+static const TestClass<tst_MainWindow, QApplication> mainWindowTests;
 #include "tst_MainWindow.moc"

@@ -8,14 +8,6 @@ using DeviceRecords::usbDrive;
 
 namespace {
 
-using Builder = QLabel *(DeviceLayout::*)();
-
-QString textOf(const DeviceInfo &device, Builder builder)
-{
-    const PageFixture fixture(device);
-    return takeText((fixture.page->*builder)());
-}
-
 const QString Unplug =
     "Please unplug and replug your Tarvo <b>Pebble</b> hard drive to power off and power on the device.";
 const QString PowerButton = "Please use the power button on your Tarvo <b>Pebble</b> hard drive to power off "
@@ -348,5 +340,5 @@ void tst_OutcomeTexts::placeholdersInValuesAreFilledByTheNextSubstitutions()
     QCOMPARE(text(drive), expected);
 }
 
-static const TestClass<tst_OutcomeTexts, QApplication> test;
+static const TestClass<tst_OutcomeTexts, QApplication> outcomeTextsTests;
 #include "tst_OutcomeTexts.moc"

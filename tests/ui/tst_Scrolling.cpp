@@ -136,5 +136,5 @@ void tst_Scrolling::smallWindowReachesEveryButton()
     QCOMPARE(reached.size(), count);
 }
 
-static const TestClass<tst_Scrolling, QApplication> test;
+static const TestClass<tst_Scrolling, QApplication> scrollingTests;
 #include "tst_Scrolling.moc"

@@ -24,7 +24,8 @@ QList<QFont> fonts()
     return fonts;
 }
 
-QVector<DeviceInfo> drives(int count)
+/// That many drives, in the states of mixedDrives() by turns.
+QVector<DeviceInfo> drivesByTurns(int count)
 {
     QVector<DeviceInfo> list;
     for (int number = 0; number < count; ++number) {
@@ -180,7 +181,7 @@ void tst_Sizes::nothingOverlapsInAnyWindow()
     QFETCH(int, points);
     QApplication::setFont(QFont("DejaVu Sans", points));
     WindowFixture fixture;
-    fixture.deliver(drives(count));
+    fixture.deliver(drivesByTurns(count));
     fixture.window.resize(size);
     QCoreApplication::processEvents();
     QCOMPARE(fixture.window.size(), size);
@@ -190,5 +191,5 @@ void tst_Sizes::nothingOverlapsInAnyWindow()
     verifyScrollsEverywhere(*area);
 }
 
-static const TestClass<tst_Sizes, QApplication> test;
+static const TestClass<tst_Sizes, QApplication> sizesTests;
 #include "tst_Sizes.moc"

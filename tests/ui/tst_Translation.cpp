@@ -136,8 +136,6 @@ QStringList without(QStringList list, const QStringList &others)
     return list;
 }
 
-using StateFunction = void (DeviceLayout::*)();
-
 /// What a page goes through; null for what it begins with.
 constexpr StateFunction StateFunctions[] = {nullptr, &DeviceLayout::deviceSelected,
     &DeviceLayout::updateInProgess, &DeviceLayout::updateSuccess, &DeviceLayout::restartDevice,
@@ -262,5 +260,5 @@ void tst_Translation::sourcesNameEveryPhrase()
     QCOMPARE(without(phrases, found), QStringList());
 }
 
-static const TestClass<tst_Translation, QApplication> test;
+static const TestClass<tst_Translation, QApplication> translationTests;
 #include "tst_Translation.moc"

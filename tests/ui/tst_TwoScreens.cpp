@@ -37,5 +37,5 @@ void tst_TwoScreens::pictureFollowsTheScreenAtTheNextRefresh()
     QCOMPARE(pictureRatio(), 1.0);
 }
 
-static const TestClass<tst_TwoScreens, QApplication> test;
+static const TestClass<tst_TwoScreens, QApplication> twoScreensTests;
 #include "tst_TwoScreens.moc"

@@ -1,6 +1,7 @@
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/UpdateLook.h"
 #include "tests/ui/WindowFixture.h"
 #include "tests/ui/WindowMembers.h"
@@ -17,9 +18,7 @@ using DeviceRecords::usbDrive;
 
 namespace {
 
-const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
 const QString FireWireSuccessLine = "Your Tarvo <b>Harbour FireWire</b> has been successfully updated.";
-const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
 
 bool invoke(WindowFixture &fixture, const char *slot, const QString &serialNumber)
 {
@@ -48,7 +47,6 @@ QList<Look> looksOfASuccess(WindowFixture &fixture)
 
 } // namespace
 
-Q_DECLARE_METATYPE(DeviceInfo)
 Q_DECLARE_METATYPE(Look)
 
 class tst_UpdateFlow : public QObject
@@ -442,5 +440,5 @@ void tst_UpdateFlow::clicksOnPagesThatTheRefreshDeletesAreSound()
     QTRY_COMPARE(ScriptedPlatform::count("updateDevice"), 1);
 }
 
-static const TestClass<tst_UpdateFlow, QApplication> test;
+static const TestClass<tst_UpdateFlow, QApplication> updateFlowTests;
 #include "tst_UpdateFlow.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/UpdateLook.h"
 #include "tests/ui/WindowFixture.h"
 
@@ -9,13 +10,6 @@
 
 using DeviceRecords::fireWireDrive;
 using DeviceRecords::usbDrive;
-
-namespace {
-
-const QString SuccessLine = "Your Tarvo <b>Pebble</b> has been successfully updated.";
-const QString FailureLine = "Error while updating your Tarvo <b>Pebble</b> device. Please retry.";
-
-} // namespace
 
 /// The update flow with the discovery thread and the worker at work: what takes as long as they pause.
 class tst_UpdateOverThreads : public QObject
@@ -137,5 +131,5 @@ void tst_UpdateOverThreads::wholeUsbUpdateOverTheRealThreads()
     QVERIFY(fixture.texts().contains(SuccessLine));
 }
 
-static const TestClass<tst_UpdateOverThreads, QApplication> test;
+static const TestClass<tst_UpdateOverThreads, QApplication> updateOverThreadsTests;
 #include "tst_UpdateOverThreads.moc"

@@ -1,5 +1,6 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/WindowFixture.h"
 
 #include <QLabel>
@@ -12,9 +13,6 @@ using DeviceRecords::fireWireDrive;
 using DeviceRecords::usbDrive;
 
 namespace {
-
-const QString NoDriveText =
-    "<b>No compatible Tarvo device were found.</b><br/><br/><b>Please plug a compatible Tarvo device.</b>";
 
 /// The text that names a drive's page, and where that page stands.
 QList<QPoint> placesOf(const WindowFixture &fixture, int count)
@@ -307,5 +305,5 @@ void tst_WindowRefresh::unchangedListOfAThousandDrivesRebuildsNothing()
     QVERIFY(fixture.tools.calls().isEmpty());
 }
 
-static const TestClass<tst_WindowRefresh, QApplication> test;
+static const TestClass<tst_WindowRefresh, QApplication> windowRefreshTests;
 #include "tst_WindowRefresh.moc"

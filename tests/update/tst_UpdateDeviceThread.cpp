@@ -308,5 +308,5 @@ void tst_UpdateDeviceThread::isNotDeletedByItsEnd()
     QVERIFY(!update.worker.isNull());
 }
 
-static const TestClass<tst_UpdateDeviceThread> test;
+static const TestClass<tst_UpdateDeviceThread> updateDeviceThreadTests;
 #include "tst_UpdateDeviceThread.moc"

@@ -293,6 +293,6 @@ void tst_BenchCreation::twoAtOnceMakeOneBench()
     QCOMPARE(driveCount(path("bench")), std::size_t(6));
 }
 
-static const TestClass<tst_BenchCreation> test;
+static const TestClass<tst_BenchCreation> benchCreationTests;
 
 #include "tst_BenchCreation.moc"

@@ -32,11 +32,6 @@ private slots:
 
 namespace {
 
-DeviceInfo first(TemporaryBench &bench)
-{
-    return bench.discovery().query().at(0);
-}
-
 /// The fields of a record, one text each.
 QMap<QString, std::string> fieldsOf(const DeviceInfo &record)
 {
@@ -61,7 +56,7 @@ void tst_BenchDiscovery::reportsADrive()
         {"vendorId", std::to_string(0x0E7A)}, {"auxiliaryText2", "1"}, {"firmwareVersion", "0.9"},
         {"firmwareFileName", "lamina-slim-ssd.tfw"}, {"newFirmwareVersion", "4.05"}, {"chipsetType", "3"},
         {"firmwareStatus", "1"}, {"configurationStatus", "1"}};
-    QCOMPARE(fieldsOf(first(bench)), expected);
+    QCOMPARE(fieldsOf(bench.firstOfQuery()), expected);
 }
 
 void tst_BenchDiscovery::reportsWhoIsPluggedIn()
@@ -111,8 +106,8 @@ void tst_BenchDiscovery::comparesEachVersionByItself()
     drive.flashFirmware = firmware;
     drive.flashConfiguration = configuration;
     bench.lifeCycle().add(drive);
-    QTEST(first(bench).firmwareStatus, "firmwareStatus");
-    QTEST(first(bench).configurationStatus, "configurationStatus");
+    QTEST(bench.firstOfQuery().firmwareStatus, "firmwareStatus");
+    QTEST(bench.firstOfQuery().configurationStatus, "configurationStatus");
 }
 
 void tst_BenchDiscovery::offersWhatTheImageHolds()
@@ -121,16 +116,16 @@ void tst_BenchDiscovery::offersWhatTheImageHolds()
     bench.addOutdated("A", "Pebble");
     bench.addOutdated("B", "Skiff");
     const Model &model = *findModel("Pebble");
-    QCOMPARE(first(bench).newFirmwareVersion, std::string(model.newestFirmware));
+    QCOMPARE(bench.firstOfQuery().newFirmwareVersion, std::string(model.newestFirmware));
     writeFile(bench.image("Pebble"), FirmwareImage::forModel(model, "7", "2").encode());
-    QCOMPARE(first(bench).newFirmwareVersion, "7"s);
+    QCOMPARE(bench.firstOfQuery().newFirmwareVersion, "7"s);
     QCOMPARE(bench.discovery().query().at(1).newFirmwareVersion, "2.11"s);
     // Without a usable image the catalogue says what is new.
     writeFile(bench.image("Pebble"), "TFW");
-    QCOMPARE(first(bench).newFirmwareVersion, std::string(model.newestFirmware));
+    QCOMPARE(bench.firstOfQuery().newFirmwareVersion, std::string(model.newestFirmware));
     std::filesystem::remove(bench.image("Pebble"));
-    QCOMPARE(first(bench).newFirmwareVersion, std::string(model.newestFirmware));
-    QCOMPARE(first(bench).firmwareStatus, Status::UpdateRequired);
+    QCOMPARE(bench.firstOfQuery().newFirmwareVersion, std::string(model.newestFirmware));
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::UpdateRequired);
 }
 
 void tst_BenchDiscovery::aBridgeWithoutUpdaterHasUnknownStatuses()
@@ -141,10 +136,10 @@ void tst_BenchDiscovery::aBridgeWithoutUpdaterHasUnknownStatuses()
     drive.model = "Harbour Duo";
     drive.flashFirmware = drive.flashConfiguration = "1";
     bench.lifeCycle().add(drive);
-    QCOMPARE(first(bench).chipsetType, Chipset::NotSupported);
-    QCOMPARE(first(bench).firmwareStatus, 3);
-    QCOMPARE(first(bench).configurationStatus, 3);
-    QCOMPARE(first(bench).firmwareVersion, "1"s);
+    QCOMPARE(bench.firstOfQuery().chipsetType, Chipset::NotSupported);
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, 3);
+    QCOMPARE(bench.firstOfQuery().configurationStatus, 3);
+    QCOMPARE(bench.firstOfQuery().firmwareVersion, "1"s);
 }
 
 void tst_BenchDiscovery::recordFaults_data()
@@ -184,13 +179,13 @@ void tst_BenchDiscovery::recordFaults()
     QFETCH(std::string, seen);
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
-    QMap<QString, std::string> fields = fieldsOf(first(bench));
+    QMap<QString, std::string> fields = fieldsOf(bench.firstOfQuery());
     bench.lifeCycle().setFault("A", fault);
     const std::string plain = std::exchange(fields[field], seen);
-    QCOMPARE(fieldsOf(first(bench)), fields); // that field, and no other
+    QCOMPARE(fieldsOf(bench.firstOfQuery()), fields); // that field, and no other
     bench.lifeCycle().clearFaults("A");
     fields[field] = plain;
-    QCOMPARE(fieldsOf(first(bench)), fields);
+    QCOMPARE(fieldsOf(bench.firstOfQuery()), fields);
 }
 
 void tst_BenchDiscovery::aFaultForOnceIsUsedUpByOneQuery()
@@ -199,8 +194,8 @@ void tst_BenchDiscovery::aFaultForOnceIsUsedUpByOneQuery()
     bench.addOutdated("A", "Pebble");
     bench.lifeCycle().setFault("A", numberFault(FaultKind::Chipset, 4, true));
     bench.lifeCycle().setFault("A", numberFault(FaultKind::VendorId, 1));
-    QCOMPARE(first(bench).chipsetType, Chipset::NoUpdater);
-    const DeviceInfo second = first(bench);
+    QCOMPARE(bench.firstOfQuery().chipsetType, Chipset::NoUpdater);
+    const DeviceInfo second = bench.firstOfQuery();
     QCOMPARE(second.chipsetType, Chipset::Asm1051);
     QCOMPARE(second.vendorId, std::uint16_t(1));
     // A drive that is not reported keeps its fault.
@@ -208,7 +203,7 @@ void tst_BenchDiscovery::aFaultForOnceIsUsedUpByOneQuery()
     bench.lifeCycle().unplug("A");
     bench.discovery().query();
     bench.lifeCycle().plug("A");
-    QCOMPARE(first(bench).chipsetType, Chipset::NoUpdater);
+    QCOMPARE(bench.firstOfQuery().chipsetType, Chipset::NoUpdater);
 }
 
 void tst_BenchDiscovery::aQueryUsesUpNothingElse()
@@ -225,8 +220,8 @@ void tst_BenchDiscovery::aQueryUsesUpNothingElse()
             others.push_back(fault);
         }
     }
-    first(bench);
-    first(bench);
+    bench.firstOfQuery();
+    bench.firstOfQuery();
     QCOMPARE(faultNames(bench.drive("A").faults), faultNames(others));
 }
 
@@ -268,6 +263,6 @@ void tst_BenchDiscovery::aDriveIsListedTwice()
     QCOMPARE(bench.discovery().query().size(), std::size_t(1));
 }
 
-static const TestClass<tst_BenchDiscovery> test;
+static const TestClass<tst_BenchDiscovery> benchDiscoveryTests;
 
 #include "tst_BenchDiscovery.moc"

@@ -19,11 +19,6 @@ private slots:
 
 namespace {
 
-DeviceInfo first(TemporaryBench &bench)
-{
-    return bench.discovery().query().at(0);
-}
-
 void replug(TemporaryBench &bench)
 {
     bench.lifeCycle().unplug("A");
@@ -58,7 +53,7 @@ void tst_BenchDiscoveryTiming::statusesSettleAfterQueries()
     const auto statuses = [&] {
         std::vector<std::int32_t> seen;
         for (int i = 0; i < 4; ++i) {
-            const DeviceInfo record = first(bench);
+            const DeviceInfo record = bench.firstOfQuery();
             seen.push_back(record.firmwareStatus);
             seen.push_back(record.configurationStatus);
         }
@@ -81,9 +76,9 @@ void tst_BenchDiscoveryTiming::statusesSettleAfterTime()
     bench.addOutdated("A", "Pebble");
     bench.lifeCycle().setFault("A", numberFault(FaultKind::SettleTime, 200, true));
     replug(bench);
-    QCOMPARE(first(bench).firmwareStatus, Status::NotYetDetermined);
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::NotYetDetermined);
     QCOMPARE(faultNames(bench.drive("A").faults), "settle-time"s);
-    QTRY_COMPARE(first(bench).firmwareStatus, Status::UpdateRequired);
+    QTRY_COMPARE(bench.firstOfQuery().firmwareStatus, Status::UpdateRequired);
     QVERIFY(now() - bench.drive("A").pluggedAt >= 200);
     QVERIFY(bench.drive("A").faults.empty());
 }
@@ -94,12 +89,12 @@ void tst_BenchDiscoveryTiming::statusesNeverSettle()
     bench.addOutdated("A", "Pebble");
     bench.lifeCycle().setFault("A", numberFault(FaultKind::NeverSettles));
     for (int i = 0; i < 5; ++i) {
-        QCOMPARE(first(bench).firmwareStatus, Status::NotYetDetermined);
+        QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::NotYetDetermined);
     }
     replug(bench);
-    QCOMPARE(first(bench).configurationStatus, Status::NotYetDetermined);
+    QCOMPARE(bench.firstOfQuery().configurationStatus, Status::NotYetDetermined);
     bench.lifeCycle().clearFault("A", FaultKind::NeverSettles);
-    QCOMPARE(first(bench).firmwareStatus, Status::UpdateRequired);
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::UpdateRequired);
 }
 
 void tst_BenchDiscoveryTiming::neverSettlingForOnceEndsWithTheRestart()
@@ -107,9 +102,9 @@ void tst_BenchDiscoveryTiming::neverSettlingForOnceEndsWithTheRestart()
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
     bench.lifeCycle().setFault("A", numberFault(FaultKind::NeverSettles, 0, true));
-    QCOMPARE(first(bench).firmwareStatus, Status::NotYetDetermined);
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::NotYetDetermined);
     replug(bench);
-    QCOMPARE(first(bench).firmwareStatus, Status::UpdateRequired);
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::UpdateRequired);
     QVERIFY(bench.drive("A").faults.empty());
 }
 
@@ -118,9 +113,9 @@ void tst_BenchDiscoveryTiming::aClockThatWasSetBackDelaysNothing()
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
     bench.store().database().exec("UPDATE drives SET pluggedAt = pluggedAt + 3600000");
-    QCOMPARE(first(bench).firmwareStatus, Status::UpdateRequired);
+    QCOMPARE(bench.firstOfQuery().firmwareStatus, Status::UpdateRequired);
 }
 
-static const TestClass<tst_BenchDiscoveryTiming> test;
+static const TestClass<tst_BenchDiscoveryTiming> benchDiscoveryTimingTests;
 
 #include "tst_BenchDiscoveryTiming.moc"

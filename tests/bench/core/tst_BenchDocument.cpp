@@ -285,6 +285,6 @@ void tst_BenchDocument::bytesThatAreNoUtf8AreReplaced()
     QCOMPARE(Json::parse(bench.content()).at("calls").at(0), Json("a\xef\xbf\xbd"));
 }
 
-static const TestClass<tst_BenchDocument> test;
+static const TestClass<tst_BenchDocument> benchDocumentTests;
 
 #include "tst_BenchDocument.moc"

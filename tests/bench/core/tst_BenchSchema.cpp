@@ -137,6 +137,6 @@ void tst_BenchSchema::anOldOneIsNotReadWhereItCannotBeUpgraded()
     QCOMPARE(rows("PRAGMA user_version"), QStringList("1"));
 }
 
-static const TestClass<tst_BenchSchema> test;
+static const TestClass<tst_BenchSchema> benchSchemaTests;
 
 #include "tst_BenchSchema.moc"

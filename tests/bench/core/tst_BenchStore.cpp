@@ -275,6 +275,6 @@ void tst_BenchStore::changesShowToOtherConnections()
     QCOMPARE(DriveLifeCycle(other).drives().size(), std::size_t(1));
 }
 
-static const TestClass<tst_BenchStore> test;
+static const TestClass<tst_BenchStore> benchStoreTests;
 
 #include "tst_BenchStore.moc"

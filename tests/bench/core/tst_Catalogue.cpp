@@ -122,6 +122,6 @@ void tst_Catalogue::writesIdsAndRestartsForAPerson()
     QCOMPARE(std::string(findModel("Pebble Triple")->busName()), "FireWire"s);
 }
 
-static const TestClass<tst_Catalogue> test;
+static const TestClass<tst_Catalogue> catalogueTests;
 
 #include "tst_Catalogue.moc"

@@ -116,6 +116,6 @@ void tst_ChipTable::refusesToWriteBeyondTheChip()
     QCOMPARE(refusal([&] { bench.lifeCycle().drives(); }), ""s); // the connection is none the worse
 }
 
-static const TestClass<tst_ChipTable> test;
+static const TestClass<tst_ChipTable> chipTableTests;
 
 #include "tst_ChipTable.moc"

@@ -202,6 +202,6 @@ void tst_Drive::aNewDriveIsUpToDate()
     }
 }
 
-static const TestClass<tst_Drive> test;
+static const TestClass<tst_Drive> driveTests;
 
 #include "tst_Drive.moc"

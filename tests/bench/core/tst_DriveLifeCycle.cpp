@@ -292,6 +292,6 @@ void tst_DriveLifeCycle::unmounting()
     QCOMPARE(unmounted("B"), 0);
 }
 
-static const TestClass<tst_DriveLifeCycle> test;
+static const TestClass<tst_DriveLifeCycle> driveLifeCycleTests;
 
 #include "tst_DriveLifeCycle.moc"

@@ -210,6 +210,6 @@ void tst_DriveTable::removesFaultsAndChipToo()
     QCOMPARE(bench.content(), before);
 }
 
-static const TestClass<tst_DriveTable> test;
+static const TestClass<tst_DriveTable> driveTableTests;
 
 #include "tst_DriveTable.moc"

@@ -148,6 +148,6 @@ void tst_Fault::namesFaults()
         "no-return, chipset"s);
 }
 
-static const TestClass<tst_Fault> test;
+static const TestClass<tst_Fault> faultTests;
 
 #include "tst_Fault.moc"

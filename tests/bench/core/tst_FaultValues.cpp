@@ -175,6 +175,6 @@ void tst_FaultValues::checksWhatNoPersonTyped()
     QVERIFY2(fits || found.rfind(name, 0) == 0, found.c_str());
 }
 
-static const TestClass<tst_FaultValues> test;
+static const TestClass<tst_FaultValues> faultValuesTests;
 
 #include "tst_FaultValues.moc"

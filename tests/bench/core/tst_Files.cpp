@@ -79,6 +79,6 @@ void tst_Files::aFileThatCannotBeWrittenIsNotLeft()
     QVERIFY(!QFileInfo(link).isSymLink());
 }
 
-static const TestClass<tst_Files> test;
+static const TestClass<tst_Files> filesTests;
 
 #include "tst_Files.moc"

@@ -221,6 +221,6 @@ void tst_FirmwareImage::readsTheHeaderAlone()
         refusal([&] { FirmwareImage::readHeader(path); }), "is truncated: 941 bytes, its header says 942"s);
 }
 
-static const TestClass<tst_FirmwareImage> test;
+static const TestClass<tst_FirmwareImage> firmwareImageTests;
 
 #include "tst_FirmwareImage.moc"

@@ -136,6 +136,6 @@ void tst_FlashChip::holdsAVersion()
     QTEST(chip.version(FlashChip::Configuration), "configuration");
 }
 
-static const TestClass<tst_FlashChip> test;
+static const TestClass<tst_FlashChip> flashChipTests;
 
 #include "tst_FlashChip.moc"

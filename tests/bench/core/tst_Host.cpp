@@ -144,6 +144,6 @@ void tst_Host::companionNeedsItsTool()
         "the companion is running already; to stop it, use: drive-bench companion stop"s);
 }
 
-static const TestClass<tst_Host> test;
+static const TestClass<tst_Host> hostTests;
 
 #include "tst_Host.moc"

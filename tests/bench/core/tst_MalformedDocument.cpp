@@ -228,6 +228,6 @@ void tst_MalformedDocument::changesNothing()
     QCOMPARE(bench.content(), before);
 }
 
-static const TestClass<tst_MalformedDocument> test;
+static const TestClass<tst_MalformedDocument> malformedDocumentTests;
 
 #include "tst_MalformedDocument.moc"

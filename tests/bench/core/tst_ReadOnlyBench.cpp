@@ -165,6 +165,6 @@ void tst_ReadOnlyBench::noneIsMadeThere()
     QVERIFY(QDir(temporary.path()).isEmpty());
 }
 
-static const TestClass<tst_ReadOnlyBench> test;
+static const TestClass<tst_ReadOnlyBench> readOnlyBenchTests;
 
 #include "tst_ReadOnlyBench.moc"

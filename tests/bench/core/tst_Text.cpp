@@ -226,6 +226,6 @@ void tst_Text::digests()
     QTEST(hexadecimal(sha256(bytes)), "digest");
 }
 
-static const TestClass<tst_Text> test;
+static const TestClass<tst_Text> textTests;
 
 #include "tst_Text.moc"
