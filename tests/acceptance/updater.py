@@ -11,7 +11,7 @@ import time
 from accessibility import StaleObject
 from desktop import end_with_parent
 from PIL import ImageChops
-from waiting import POLL_INTERVAL, TIMEOUT, ExpectationFailed
+from waiting import TIMEOUT, ExpectationFailed, polls
 
 # Where the program is, unless a caller says otherwise.
 PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or os.path.join(os.path.dirname(os.path.abspath(__file__)),
@@ -106,9 +106,8 @@ class Program:
 
     def wait_for(self, condition, what, timeout=TIMEOUT):
         """Reads the screen until it meets the condition, and returns it."""
-        deadline = time.monotonic() + timeout
         screen = None
-        while True:
+        for _ in polls(timeout):
             if not self.is_running:
                 raise ExpectationFailed(f"the program ended with status {self.process.returncode} before {what}")
             screen = self.look() or screen
@@ -117,10 +116,8 @@ class Program:
                     return screen
             except StaleObject:
                 pass  # the page was rebuilt meanwhile
-            if time.monotonic() > deadline:
-                seen = screen.root.dump() if screen else "nothing"
-                raise ExpectationFailed(f"timeout after {timeout} seconds: {what}; on screen:\n{seen}")
-            time.sleep(POLL_INTERVAL)
+        seen = screen.root.dump() if screen else "nothing"
+        raise ExpectationFailed(f"timeout after {timeout} seconds: {what}; on screen:\n{seen}")
 
     def see(self, *texts, timeout=TIMEOUT):
         """Waits until all these texts, of labels or buttons, are on screen."""
@@ -226,7 +223,7 @@ class Program:
             if not boxes:
                 return False
             before = self.desktop.screenshot()
-            time.sleep(POLL_INTERVAL)
+            time.sleep(0.2)
             after = self.desktop.screenshot()
             difference = ImageChops.difference(before, after)
             for bar in screen.root.bars:
