@@ -1,8 +1,23 @@
 #include "tests/support/TestProgram.h"
 #include "tests/ui/KeyboardFixture.h"
 
+#include <QScopeGuard>
 #include <QScrollBar>
 #include <QtTest>
+
+namespace {
+
+/// Each as wide as half a window.
+QVector<DeviceInfo> wideDrives(int count)
+{
+    QVector<DeviceInfo> list = drives(count);
+    for (DeviceInfo &drive : list) {
+        drive.modelName = std::string(60, 'M') + " " + drive.serialNumber;
+    }
+    return list;
+}
+
+} // namespace
 
 class tst_Scrolling : public QObject
 {
@@ -11,8 +26,12 @@ class tst_Scrolling : public QObject
 private slots:
     void scrollPositionSurvivesARefresh_data();
     void scrollPositionSurvivesARefresh();
+    void horizontalScrollPositionSurvivesARefresh();
     void focusedDriveIsInSight_data();
     void focusedDriveIsInSight();
+    void driveThatGetsTheFocusIsScrolledTo_data();
+    void driveThatGetsTheFocusIsScrolledTo();
+    void buttonOfADriveLargerThanTheWindowIsScrolledTo();
     void mouseScrollsNothing();
     void comingBackToTheWindowScrollsNothing();
     void smallWindowReachesEveryButton_data();
@@ -48,6 +67,20 @@ void tst_Scrolling::scrollPositionSurvivesARefresh()
     QCOMPARE(focused(fixture), "SN-1" + Both);
 }
 
+void tst_Scrolling::horizontalScrollPositionSurvivesARefresh()
+{
+    KeyboardFixture fixture;
+    fixture.deliver(wideDrives(3));
+    QTRY_VERIFY(fixture.area()->horizontalScrollBar()->maximum() > 60);
+    fixture.area()->horizontalScrollBar()->setValue(57);
+    QVector<DeviceInfo> changed = wideDrives(3);
+    changed[1].firmwareVersion = "1.9";
+    fixture.deliver(changed);
+    QCOMPARE(fixture.area()->horizontalScrollBar()->value(), 57);
+    QCoreApplication::processEvents();
+    QCOMPARE(fixture.area()->horizontalScrollBar()->value(), 57);
+}
+
 void tst_Scrolling::focusedDriveIsInSight_data()
 {
     QTest::addColumn<Qt::Key>("key");
@@ -70,6 +103,53 @@ void tst_Scrolling::focusedDriveIsInSight()
         }
     }
     QCOMPARE(reached.size(), 10);
+}
+
+void tst_Scrolling::driveThatGetsTheFocusIsScrolledTo_data()
+{
+    QTest::addColumn<bool>("focusOnTheList");
+    QTest::addColumn<int>("countAfter");
+    QTest::newRow("the focused drive goes") << false << 19;
+    QTest::newRow("the list has the focus, and a drive comes") << true << 21;
+}
+
+void tst_Scrolling::driveThatGetsTheFocusIsScrolledTo()
+{
+    QFETCH(bool, focusOnTheList);
+    QFETCH(int, countAfter);
+    KeyboardFixture fixture;
+    fixture.deliver(wideDrives(20));
+    fixture.tabTo("SN-20" + Both);
+    if (focusOnTheList) {
+        fixture.area()->setFocus();
+    }
+    for (QScrollBar *bar : {fixture.area()->horizontalScrollBar(), fixture.area()->verticalScrollBar()}) {
+        bar->setValue(bar->maximum());
+    }
+    fixture.deliver(wideDrives(countAfter));
+    QCOMPARE(focused(fixture), "SN-1" + Both);
+    QWidget *drive = driveOf(fixture.window.focusWidget());
+    QVERIFY(isInSight(drive, fixture.area()));
+    // And no further.
+    QCOMPARE(drive->mapTo(fixture.area()->viewport(), QPoint()), QPoint());
+}
+
+void tst_Scrolling::buttonOfADriveLargerThanTheWindowIsScrolledTo()
+{
+    const auto restore = qScopeGuard([font = QApplication::font()] { QApplication::setFont(font); });
+    QFont large = QApplication::font();
+    large.setPixelSize(200);
+    QApplication::setFont(large);
+    KeyboardFixture fixture;
+    fixture.deliver(drives(1));
+    fixture.press(Qt::Key_Space);
+    QCOMPARE(focused(fixture), QString("SN-1: Cancel"));
+    QWidget *button = fixture.window.focusWidget();
+    const QRect sight = fixture.area()->viewport()->rect();
+    QVERIFY(driveOf(button)->width() > sight.width() && driveOf(button)->height() > sight.height());
+    QVERIFY(isInSight(button, fixture.area()));
+    // And no further.
+    QCOMPARE(button->mapTo(fixture.area()->viewport(), button->rect().bottomRight()), sight.bottomRight());
 }
 
 void tst_Scrolling::mouseScrollsNothing()
