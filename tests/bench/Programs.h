@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/bench/TemporaryBench.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -24,6 +26,10 @@ Ended driveBench(const QStringList &arguments, const std::string &benchDirectory
 
 /// Runs shell commands with the stand-ins for the host's tools first on PATH.
 Ended shell(const QString &commands, const std::string &benchDirectory);
+inline Ended shell(const QString &commands, const TemporaryBench &bench)
+{
+    return shell(commands, bench.directory());
+}
 
 /// Path of drive-bench, and of the directory with the stand-ins for the host's tools.
 QString driveBenchPath();

@@ -1,6 +1,7 @@
 #include "tests/bench/TemporaryBench.h"
 
 #include "bench/core/BenchDocument.h"
+#include "bench/core/DriveTable.h"
 #include "bench/core/Files.h"
 #include "bench/core/FirmwareImage.h"
 #include "bench/core/Refused.h"
@@ -56,6 +57,14 @@ void TemporaryBench::addOutdated(const std::string &serial, const std::string &m
     drive.flashFirmware = "0.9";
     drive.flashConfiguration = "1";
     lifeCycle().add(drive);
+}
+
+FlashChip TemporaryBench::chip(const std::string &serial)
+{
+    return opened->read([&] {
+        const DriveTable table(*opened);
+        return table.chip(table.get(serial));
+    });
 }
 
 std::string TemporaryBench::content()

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "bench/core/BenchStore.h"
+#include "bench/core/Companion.h"
 #include "bench/core/Discovery.h"
 #include "bench/core/Drive.h"
 #include "bench/core/DriveLifeCycle.h"
+#include "bench/core/FlashChip.h"
 #include "bench/core/Host.h"
 
 #include <QTemporaryDir>
@@ -24,6 +26,7 @@ public:
     /// Queries the drives; the first record.
     DeviceInfo firstOfQuery() { return discovery().query().at(0); }
     bench::Host host() { return bench::Host(*opened); }
+    bench::Companion companion() { return bench::Companion(*opened, directory()); }
 
     /// The directory of the bench; the parent of it is this object's own.
     std::string directory() const { return temporary.path().toStdString() + "/bench"; }
@@ -37,6 +40,12 @@ public:
 
     /// The drive as it is stored.
     bench::Drive drive(const std::string &serial) { return lifeCycle().drive(serial); }
+
+    /// What is in the drive's flash chip.
+    bench::FlashChip chip(const std::string &serial);
+
+    /// Runs statements on the database.
+    void execute(const std::string &statements) { opened->database().exec(statements); }
 
     /// The whole bench as JSON, to compare what it holds before and after.
     std::string content();

@@ -27,16 +27,6 @@ private slots:
 
 namespace {
 
-Ended shell(const QString &commands, const TemporaryBench &bench)
-{
-    return shell(commands, bench.directory());
-}
-
-Companion companionOf(TemporaryBench &bench)
-{
-    return Companion(bench.store(), bench.directory());
-}
-
 std::string tool()
 {
     return hostToolDirectory().toStdString() + "/host-tool";
@@ -49,8 +39,8 @@ void tst_HostProcesses::listRunningProcesses()
     TemporaryBench bench;
     QCOMPARE(shell("ps -ax", bench).output, QByteArray("  PID TTY           TIME CMD\n"));
     QCOMPARE(shell("ps -axcopid,command", bench).output, QByteArray("  PID COMMAND\n"));
-    companionOf(bench).install();
-    companionOf(bench).start(tool());
+    bench.companion().install();
+    bench.companion().start(tool());
     const QString all = QString::fromUtf8(shell("ps -ax", bench).output);
     const QString names = QString::fromUtf8(shell("ps -axcopid,command", bench).output);
     const std::vector<Process> processes = bench.host().state().processes;
@@ -73,7 +63,7 @@ void tst_HostProcesses::listRunningProcesses()
     QVERIFY(QRegularExpression("\n[0-9]+\t0\tcom.tarvo.quaydesk.service\n")
                 .match(QString::fromUtf8(shell("launchctl list", bench).output))
                 .hasMatch());
-    companionOf(bench).stop();
+    bench.companion().stop();
     QCOMPARE(shell("ps -ax", bench).output.count('\n'), 1);
     for (const Process &process : processes) {
         QTRY_VERIFY(::kill(static_cast<pid_t>(process.id), 0) != 0);
@@ -83,7 +73,7 @@ void tst_HostProcesses::listRunningProcesses()
 void tst_HostProcesses::aKilledProcessIsNoLongerListed()
 {
     TemporaryBench bench;
-    companionOf(bench).startProcess(tool(), "/Applications/Tarvo Quaydesk.app");
+    bench.companion().startProcess(tool(), "/Applications/Tarvo Quaydesk.app");
     QCOMPARE(
         shell("kill -9 $(ps -axcopid,command | sed -n 's/^ *\\([0-9]*\\) Tarvo Quaydesk.*/\\1/p')", bench)
             .status,
@@ -98,7 +88,7 @@ void tst_HostProcesses::openTheApplications()
     TemporaryBench bench;
     const QString open = "open \"/Applications/Tarvo Quaydesk.app\"";
     QCOMPARE(shell(open, bench).status, 1);
-    companionOf(bench).install();
+    bench.companion().install();
     QCOMPARE(shell(open, bench).status, 0);
     QCOMPARE(shell(open, bench).status, 0);
     QCOMPARE(
@@ -106,7 +96,7 @@ void tst_HostProcesses::openTheApplications()
     const QByteArray listed = shell("ps -axcopid,command", bench).output;
     QCOMPARE(listed.count(" Tarvo Quaydesk\n"), 1);
     QCOMPARE(listed.count(" QDKStatusItem\n"), 1);
-    companionOf(bench).stop();
+    bench.companion().stop();
 }
 
 void tst_HostProcesses::aProcessThatWasNotHeardOfIsNotListed()

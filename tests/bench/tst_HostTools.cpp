@@ -32,16 +32,6 @@ private slots:
 
 namespace {
 
-Ended shell(const QString &commands, const TemporaryBench &bench)
-{
-    return shell(commands, bench.directory());
-}
-
-Companion companionOf(TemporaryBench &bench)
-{
-    return Companion(bench.store(), bench.directory());
-}
-
 /// What the program asks of the host.
 const QString Queries =
     "ls /Library/LaunchDaemons; ls /System/Library/Extensions; sudo launchctl list; ps -ax; "
@@ -71,7 +61,7 @@ void tst_HostTools::listTheCompanionWhereItIsInstalled()
     QCOMPARE(one.status, 1);
     QCOMPARE(one.output + one.errors, QByteArray());
 
-    companionOf(bench).install();
+    bench.companion().install();
     QVERIFY(
         shell("ls /Library/LaunchDaemons", bench).output.contains("\ncom.tarvo.quaydesk.service.plist\n"));
     QVERIFY(shell("ls /System/Library/Extensions/", bench).output.contains("\nTarvoKorrin.kext\n"));
@@ -101,7 +91,7 @@ void tst_HostTools::listAndLoadTheKernelExtension()
     TemporaryBench bench;
     QCOMPARE(shell("kextstat | grep Tarvo", bench).output, QByteArray());
     QCOMPARE(shell("sudo kextload /System/Library/Extensions/TarvoKorrin.kext", bench).status, 1);
-    companionOf(bench).install();
+    bench.companion().install();
     QCOMPARE(shell("sudo kextload /System/Library/Extensions/TarvoKorrin.kext", bench).status, 0);
     const QString listed = QString::fromUtf8(shell("sudo kextstat | grep com.Tarvo.Korrin", bench).output);
     QVERIFY2(
@@ -190,7 +180,7 @@ void tst_HostTools::answerWithoutAUsableBench()
 void tst_HostTools::answerOnAReadOnlyBench()
 {
     TemporaryBench bench;
-    companionOf(bench).install();
+    bench.companion().install();
     bench.host().change([](HostState &state) { state.serviceSubmitted = true; });
     const Ended expected = shell(Queries, bench);
     const std::vector<std::string> calls = bench.host().calls();

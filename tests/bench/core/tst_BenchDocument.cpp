@@ -34,16 +34,6 @@ private slots:
 
 namespace {
 
-FlashChip chipOf(TemporaryBench &bench, const std::string &serial)
-{
-    FlashChip chip;
-    bench.store().read([&] {
-        const DriveTable table(bench.store());
-        chip = table.chip(table.get(serial));
-    });
-    return chip;
-}
-
 void setChip(BenchStore &store, const std::string &serial, const FlashChip &chip)
 {
     store.change([&] {
@@ -163,7 +153,7 @@ void tst_BenchDocument::comesBackAsItWas()
     fillBench(other.store(), parseBench(exported, "bench.json"));
     QCOMPARE(other.content(), exported);
     for (const Drive &drive : bench.lifeCycle().drives()) {
-        QCOMPARE(chipOf(other, drive.serial).content(), chipOf(bench, drive.serial).content());
+        QCOMPARE(other.chip(drive.serial).content(), bench.chip(drive.serial).content());
         QCOMPARE(other.drive(drive.serial).faults.size(), drive.faults.size());
     }
     QCOMPARE(other.host().calls(), bench.host().calls());
@@ -204,7 +194,7 @@ void tst_BenchDocument::holdsAChipThatTheVersionsDoNotTell()
 {
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
-    FlashChip chip = chipOf(bench, "A");
+    FlashChip chip = bench.chip("A");
     chip.program(FlashChip::Size - FlashChip::PageSize, "\x12");
     setChip(bench.store(), "A", chip);
     const Json drive = Json::parse(bench.content()).at("drives").at(0);
@@ -241,8 +231,8 @@ void tst_BenchDocument::missingMembersAreThoseOfANewDrive()
     const char *const text = R"({"version": 1, "drives": [{"serial": "A", "model": "Skiff"},
         {"serial": "B", "model": "Skiff", "incomplete": true}]})";
     fillBench(bench.store(), parseBench(text, "bench.json"));
-    QCOMPARE(chipOf(bench, "A").version(FlashChip::Firmware), "2.11"s);
-    QCOMPARE(chipOf(bench, "B").content(), FlashChip().content());
+    QCOMPARE(bench.chip("A").version(FlashChip::Firmware), "2.11"s);
+    QCOMPARE(bench.chip("B").content(), FlashChip().content());
 }
 
 void tst_BenchDocument::aDocumentWithoutDrivesIsAnEmptyBench()

@@ -22,21 +22,6 @@ private slots:
 
 namespace {
 
-void execute(TemporaryBench &bench, const std::string &statements)
-{
-    bench.store().database().exec(statements);
-}
-
-FlashChip chipOf(TemporaryBench &bench, const std::string &serial)
-{
-    FlashChip chip;
-    bench.store().read([&] {
-        const DriveTable table(bench.store());
-        chip = table.chip(table.get(serial));
-    });
-    return chip;
-}
-
 } // namespace
 
 void tst_ChipTable::aDriveIsNeverVisibleBeforeItsChip()
@@ -72,10 +57,10 @@ void tst_ChipTable::aDriveWithoutAChipHasABlankOne()
 {
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
-    execute(bench, "DELETE FROM chips");
-    QCOMPARE(chipOf(bench, "A").content(), FlashChip().content());
-    execute(bench, "INSERT INTO chips SELECT id, x'00' FROM drives");
-    QCOMPARE(chipOf(bench, "A").content().substr(0, 3), "\0\xff\xff"s);
+    bench.execute("DELETE FROM chips");
+    QCOMPARE(bench.chip("A").content(), FlashChip().content());
+    bench.execute("INSERT INTO chips SELECT id, x'00' FROM drives");
+    QCOMPARE(bench.chip("A").content().substr(0, 3), "\0\xff\xff"s);
 }
 
 void tst_ChipTable::writesAPartOfAChip()
@@ -83,7 +68,7 @@ void tst_ChipTable::writesAPartOfAChip()
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
     bench.addOutdated("B", "Pebble");
-    std::string expected = chipOf(bench, "A").content();
+    std::string expected = bench.chip("A").content();
     expected.replace(FlashChip::Size - 3, 3, "abc");
     expected.replace(5, 2, "\0\xff"s);
     bench.store().change([&] {
@@ -91,8 +76,8 @@ void tst_ChipTable::writesAPartOfAChip()
         table.writeChip(table.get("A"), FlashChip::Size - 3, "abc");
         table.writeChip(table.get("A"), 5, "\0\xff"s);
     });
-    QCOMPARE(chipOf(bench, "A").content(), expected);
-    QVERIFY(chipOf(bench, "B").content() != expected);
+    QCOMPARE(bench.chip("A").content(), expected);
+    QVERIFY(bench.chip("B").content() != expected);
 }
 
 void tst_ChipTable::refusesToWriteBeyondTheChip()
@@ -111,7 +96,7 @@ void tst_ChipTable::refusesToWriteBeyondTheChip()
     QVERIFY(!writing(FlashChip::Size - 1).empty());
     QVERIFY(!writing(FlashChip::Size).empty());
     QCOMPARE(bench.content(), before);
-    execute(bench, "DELETE FROM chips");
+    bench.execute("DELETE FROM chips");
     QVERIFY(!writing(0).empty());
     QCOMPARE(refusal([&] { bench.lifeCycle().drives(); }), ""s); // the connection is none the worse
 }

@@ -22,11 +22,6 @@ private slots:
 
 namespace {
 
-void execute(TemporaryBench &bench, const std::string &statements)
-{
-    bench.store().database().exec(statements);
-}
-
 int count(TemporaryBench &bench, const std::string &table)
 {
     return bench.store().database().execAndGet("SELECT count(*) FROM " + table).getInt();
@@ -134,7 +129,7 @@ void tst_DriveTable::findsFirstWhoIsPluggedInAndAnswers()
     QCOMPARE(found(), "A"s);
     bench.lifeCycle().unplug("A");
     QCOMPARE(found(), "B"s);
-    execute(bench, "UPDATE drives SET answers = 0 WHERE serial = x'42'");
+    bench.execute("UPDATE drives SET answers = 0 WHERE serial = x'42'");
     QCOMPARE(found(), "C"s);
     // One that is not attached comes behind all that are.
     bench.lifeCycle().remove("C");
@@ -178,7 +173,7 @@ void tst_DriveTable::namesARowThatWasEdited()
     bench.addOutdated("it's\n", "Pebble");
     bench.lifeCycle().setFault("it's\n", numberFault(FaultKind::SlowProbe, 0));
     bench.addOutdated("OTHER", "Pebble");
-    execute(bench, edit + (edit.find("drives") == 7 ? " WHERE serial = CAST('it''s\n' AS BLOB)" : ""));
+    bench.execute(edit + (edit.find("drives") == 7 ? " WHERE serial = CAST('it''s\n' AS BLOB)" : ""));
     const std::string line = "the bench holds an invalid drive it's\\x0A: " + reason
         + "; take it off with: drive-bench remove 'it'\\''s\\x0A'";
     QCOMPARE(refusal([&] { bench.drive("it's\n"); }), line);
@@ -193,7 +188,7 @@ void tst_DriveTable::aDriveThatCannotBeReadCanBeTakenOff()
     TemporaryBench bench;
     bench.addOutdated("A", "Pebble");
     bench.addOutdated("OTHER", "Pebble");
-    execute(bench, "UPDATE drives SET flashRate = 0 WHERE serial = x'41'");
+    bench.execute("UPDATE drives SET flashRate = 0 WHERE serial = x'41'");
     bench.lifeCycle().remove("A");
     QCOMPARE(bench.lifeCycle().drives().size(), std::size_t(1));
 }
