@@ -11,7 +11,7 @@ import time
 from accessibility import StaleObject
 from desktop import end_with_parent
 from PIL import ImageChops
-from waiting import TIMEOUT, ExpectationFailed, polls
+from waiting import POLL_INTERVAL, TIMEOUT, ExpectationFailed
 
 # Where the program is, unless a caller says otherwise.
 PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or os.path.join(os.path.dirname(os.path.abspath(__file__)),
@@ -106,8 +106,9 @@ class Program:
 
     def wait_for(self, condition, what, timeout=TIMEOUT):
         """Reads the screen until it meets the condition, and returns it."""
+        deadline = time.monotonic() + timeout
         screen = None
-        for _ in polls(timeout):
+        while True:
             if not self.is_running:
                 raise ExpectationFailed(f"the program ended with status {self.process.returncode} before {what}")
             screen = self.look() or screen
@@ -116,8 +117,10 @@ class Program:
                     return screen
             except StaleObject:
                 pass  # the page was rebuilt meanwhile
-        seen = screen.root.dump() if screen else "nothing"
-        raise ExpectationFailed(f"timeout after {timeout} seconds: {what}; on screen:\n{seen}")
+            if time.monotonic() > deadline:
+                seen = screen.root.dump() if screen else "nothing"
+                raise ExpectationFailed(f"timeout after {timeout} seconds: {what}; on screen:\n{seen}")
+            time.sleep(POLL_INTERVAL)
 
     def see(self, *texts, timeout=TIMEOUT):
         """Waits until all these texts, of labels or buttons, are on screen."""
@@ -223,7 +226,7 @@ class Program:
             if not boxes:
                 return False
             before = self.desktop.screenshot()
-            time.sleep(0.2)
+            time.sleep(POLL_INTERVAL)
             after = self.desktop.screenshot()
             difference = ImageChops.difference(before, after)
             for bar in screen.root.bars:
