@@ -1,11 +1,11 @@
 #include "bench/core/BenchDocument.h"
 
+#include "bench/core/Bytes.h"
 #include "bench/core/DriveJson.h"
 #include "bench/core/DriveLifeCycle.h"
 #include "bench/core/DriveTable.h"
 #include "bench/core/FirmwareImage.h"
 #include "bench/core/Refused.h"
-#include "bench/core/Text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -72,7 +72,7 @@ Json parsed(const std::string &text)
     try {
         return Json::parse(text);
     } catch (const Json::parse_error &error) {
-        const std::size_t end = std::min(error.byte == 0 ? 0 : error.byte - 1, text.size());
+        const std::size_t end = std::min(error.byte - 1, text.size());
         const std::string before = text.substr(0, end);
         const auto line = std::count(before.begin(), before.end(), '\n') + 1;
         const std::size_t column = end - (before.rfind('\n') + 1) + 1;

@@ -30,6 +30,8 @@ private slots:
     void aChangeInsideAnotherIsAPartOfIt();
     void saysWhichDurabilityItHas();
     void changesShowToOtherConnections();
+    void closingDoesNotWaitForTheDisk();
+    void othersMayReadTheDatabase();
 };
 
 namespace {
@@ -273,6 +275,34 @@ void tst_BenchStore::changesShowToOtherConnections()
     QVERIFY(DriveLifeCycle(other).drives().empty());
     bench.addOutdated("A", "Pebble");
     QCOMPARE(DriveLifeCycle(other).drives().size(), std::size_t(1));
+}
+
+// The write-ahead log is durable as it is; moving it into the database is left to a later change.
+void tst_BenchStore::closingDoesNotWaitForTheDisk()
+{
+    const QTemporaryDir temporary;
+    const std::string directory = temporary.path().toStdString();
+    BenchStore::create(directory, false, [](BenchStore &) {});
+    {
+        BenchStore store(directory);
+        Host(store).restoreCall("ls");
+    }
+    QVERIFY(std::filesystem::file_size(directory + "/bench.sqlite-wal") > 0);
+    BenchStore store(directory);
+    QCOMPARE(Host(store).calls(), std::vector<std::string>{"ls"});
+}
+
+void tst_BenchStore::othersMayReadTheDatabase()
+{
+    const QTemporaryDir temporary;
+    const std::string directory = temporary.path().toStdString() + "/bench";
+    const mode_t mask = ::umask(0);
+    BenchStore::create(directory, false, [](BenchStore &) {});
+    ::umask(mask);
+    const QFile::Permissions mode = QFile::permissions(QString::fromStdString(directory + "/bench.sqlite"));
+    const QFile::Permissions owner =
+        QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+    QCOMPARE(mode, owner | QFile::ReadGroup | QFile::ReadOther);
 }
 
 static const TestClass<tst_BenchStore> benchStoreTests;

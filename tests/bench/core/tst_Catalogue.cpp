@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <set>
+#include <tuple>
 
 using namespace bench;
 
@@ -13,9 +14,13 @@ class tst_Catalogue : public QObject
 private slots:
     void holdsSixteenUsbModelsInOneBlock();
     void holdsFiveFireWireModels();
+    void listsModelsByBusProductIdAndBridge();
+    void saysWhatModelsLookLike_data();
+    void saysWhatModelsLookLike();
     void namesNothingTwice();
     void namesImages_data();
     void namesImages();
+    void namesImagesByLettersAndDigits();
     void findsModelsByExactName();
     void knowsBridges();
     void writesIdsAndRestartsForAPerson();
@@ -58,6 +63,45 @@ void tst_Catalogue::holdsFiveFireWireModels()
     QCOMPARE(count, 5);
 }
 
+void tst_Catalogue::listsModelsByBusProductIdAndBridge()
+{
+    const auto place = [](const Model &model) {
+        return std::tuple(model.isFireWire(), model.productId, model.isFireWire() ? model.chipset : 0);
+    };
+    QVERIFY(std::is_sorted(models().begin(), models().end(),
+        [&](const Model &one, const Model &other) { return place(one) < place(other); }));
+}
+
+void tst_Catalogue::saysWhatModelsLookLike_data()
+{
+    using Names = std::vector<std::string>;
+    QTest::addColumn<std::string>("body");
+    QTest::addColumn<Names>("names");
+    const auto add = [](const char *body, const Names &names) { QTest::newRow(body) << body + ""s << names; };
+    add("rugged mobile", {"Pebble", "Pebble Mini", "Pebble USB3"});
+    add("slim aluminium mobile", {"Lamina", "Lamina Slim", "Lamina Slim SSD"});
+    add("small round-cornered mobile", {"Skiff", "Skiff Go"});
+    add("desktop", {"Harbour", "Harbour Mini"});
+    add("two-bay desktop", {"Harbour Duo"});
+    add("desktop with power button", {"Bollard", "Bollard USB3"});
+    add("two-bay with power button", {"Bollard Duo", "Breakwater", "Breakwater Max"});
+    add("rugged mobile with FireWire ports", {"Pebble Triple"});
+    add("desktop with FireWire ports", {"Harbour FireWire", "Harbour (FireWire 800)"});
+    add("two-bay with FireWire ports", {"Bollard Duo (FireWire 800)", "breakwater Mk II"});
+}
+
+void tst_Catalogue::saysWhatModelsLookLike()
+{
+    QFETCH(std::string, body);
+    std::vector<std::string> names;
+    for (const Model &model : models()) {
+        if (model.body == body) {
+            names.emplace_back(model.name);
+        }
+    }
+    QTEST(names, "names");
+}
+
 void tst_Catalogue::namesNothingTwice()
 {
     std::set<std::string> seen;
@@ -92,6 +136,13 @@ void tst_Catalogue::namesImages()
     QFETCH(std::string, model);
     QTEST(findModel(model)->imageName(), "image");
     QTEST(findModel(model)->picture(), "picture");
+}
+
+void tst_Catalogue::namesImagesByLettersAndDigits()
+{
+    Model model = models().front();
+    model.name = "(AZ) az~_09!";
+    QCOMPARE(model.imageName(), "az-az-09.tfw"s);
 }
 
 void tst_Catalogue::findsModelsByExactName()
