@@ -1,6 +1,8 @@
 #include "bench/command/CommandLine.h"
+#include "bench/core/Bytes.h"
 #include "bench/core/DriveJson.h"
 #include "bench/core/FirmwareImage.h"
+#include "bench/core/Latin1.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Sha256.h"
 #include "bench/core/Text.h"

@@ -1,8 +1,9 @@
 #include "bench/core/BenchStore.h"
 
+#include "bench/core/Bytes.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Schema.h"
-#include "bench/core/Text.h"
+#include "bench/core/ShellQuoting.h"
 
 #include <SQLiteCpp/Exception.h>
 #include <SQLiteCpp/Statement.h>

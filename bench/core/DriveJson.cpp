@@ -1,5 +1,6 @@
 #include "bench/core/DriveJson.h"
 
+#include "bench/core/Latin1.h"
 #include "bench/core/Refused.h"
 #include "bench/core/SampleBench.h"
 #include "bench/core/Text.h"

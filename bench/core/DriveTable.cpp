@@ -2,6 +2,7 @@
 
 #include "bench/core/Refused.h"
 #include "bench/core/Rows.h"
+#include "bench/core/ShellQuoting.h"
 #include "bench/core/Text.h"
 
 #include <SQLiteCpp/Exception.h>

@@ -1,9 +1,9 @@
 #include "bench/core/FirmwareImage.h"
 
+#include "bench/core/Bytes.h"
 #include "bench/core/Files.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Sha256.h"
-#include "bench/core/Text.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,8 +1,8 @@
 #include "bench/core/FlashChip.h"
 
+#include "bench/core/Bytes.h"
 #include "bench/core/FirmwareImage.h"
 #include "bench/core/Sha256.h"
-#include "bench/core/Text.h"
 
 #include <utility>
 

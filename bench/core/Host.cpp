@@ -2,7 +2,7 @@
 
 #include "bench/core/Drive.h"
 #include "bench/core/Rows.h"
-#include "bench/core/Text.h"
+#include "bench/core/ShellQuoting.h"
 
 #include <algorithm>
 #include <csignal>

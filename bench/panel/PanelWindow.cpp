@@ -4,7 +4,7 @@
 #include "bench/core/Discovery.h"
 #include "bench/core/DriveLifeCycle.h"
 #include "bench/core/Host.h"
-#include "bench/core/Text.h"
+#include "bench/core/ShellQuoting.h"
 #include "bench/panel/DriveRow.h"
 #include "bench/panel/ElidedLabel.h"
 #include "bench/panel/OnBench.h"
