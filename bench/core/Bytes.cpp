@@ -27,7 +27,8 @@ std::optional<std::string> bytesFromHexadecimal(const std::string &digits)
     for (std::size_t i = 0; i < digits.size(); i += 2) {
         const char *const begin = digits.data() + i;
         std::uint8_t byte = 0;
-        if (i + 2 > digits.size() || std::from_chars(begin, begin + 2, byte, 16).ptr != begin + 2) {
+        // Behind an odd number of digits stands the zero that ends the string.
+        if (std::from_chars(begin, begin + 2, byte, 16).ptr != begin + 2) {
             return std::nullopt;
         }
         bytes += static_cast<char>(byte);

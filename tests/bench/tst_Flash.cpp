@@ -30,6 +30,7 @@ private slots:
     void imageFaultsRefuseAndKeepTheFirmware();
     void showsProgress();
     void anIncompleteDriveCanBeFlashedAgain();
+    void aDriveWithoutAChipIsGivenOne();
     void refusesASecondWriter();
     void anotherWriterTakesOver();
 };
@@ -230,6 +231,17 @@ void tst_Flash::anIncompleteDriveCanBeFlashedAgain()
     QCOMPARE(record(bench).firmwareStatus, 3);
     replug(bench);
     QCOMPARE(record(bench).firmwareStatus, Status::UpToDate);
+}
+
+void tst_Flash::aDriveWithoutAChipIsGivenOne()
+{
+    TemporaryBench bench;
+    bench.addOutdated("A", "Pebble");
+    bench.execute("DELETE FROM chips");
+    QCOMPARE(flash(bench), std::string());
+    FlashChip written;
+    written.load(FirmwareImage::read(bench.image("Pebble")));
+    QVERIFY(chip(bench).content() == written.content());
 }
 
 void tst_Flash::refusesASecondWriter()

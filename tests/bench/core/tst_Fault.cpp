@@ -14,6 +14,8 @@ class tst_Fault : public QObject
 
 private slots:
     void theTableIsComplete();
+    void describesFaults_data();
+    void describesFaults();
     void theFieldsAreThoseOfARecord();
     void findsByExactName();
     void isUsedUpByItsEventAlone_data();
@@ -50,6 +52,43 @@ void tst_Fault::theTableIsComplete()
         QVERIFY2(row.takesNumber() == (row.maximum > row.minimum), row.name);
     }
     QCOMPARE(static_cast<std::size_t>(FaultKind::Text) + 1, faultDescriptions().size());
+}
+
+void tst_Fault::describesFaults_data()
+{
+    QTest::addColumn<std::string>("value");
+    QTest::addColumn<std::string>("description");
+    const auto row = [](const char *name, const char *value, const char *description) {
+        QTest::newRow(name) << value + ""s << description + ""s;
+    };
+    row("slow-probe", "MILLISECONDS", "each query takes so much longer");
+    row("settle-queries", "QUERIES", "statuses stay undetermined for so many queries after power-up");
+    row("settle-time", "MILLISECONDS", "statuses stay undetermined for so long after power-up");
+    row("never-settles", "", "statuses stay undetermined for ever");
+    row("flash-error", "BYTES", "writing fails after so many bytes; the flash stays incomplete");
+    row("verify-error", "", "what is read back is not what was written; the flash stays incomplete");
+    row("pulled-out", "BYTES", "the drive is unplugged after so many bytes; the flash stays incomplete");
+    row("wrong-image", "", "discovery names an image for another bridge, which is refused");
+    row("truncated-image", "BYTES", "the updater sees only so many bytes of the image (1000) and refuses it");
+    row("unmount-returns", "VALUE", "volumes stay mounted and the unmount returns this value");
+    row("no-return", "", "the drive does not answer after it was plugged in");
+    row("new-serial", "SERIAL", "the drive comes back with this serial number");
+    row("duplicate-serial", "SERIAL",
+        "the drive reports this serial number of another; without one it is listed twice");
+    row("firmware-status", "CODE", "discovery reports this firmware status");
+    row("configuration-status", "CODE", "discovery reports this configuration status");
+    row("chipset", "CODE", "discovery reports this bridge");
+    row("vendor-id", "ID", "discovery reports this vendor ID");
+    row("product-id", "ID", "discovery reports this product ID");
+    row("text", "FIELD=TEXT", "discovery reports this text; \\xNN stands for any byte");
+}
+
+void tst_Fault::describesFaults()
+{
+    const FaultDescription *const kind = findFault(QTest::currentDataTag());
+    QVERIFY(kind != nullptr);
+    QTEST(kind->valueName + ""s, "value");
+    QTEST(kind->description + ""s, "description");
 }
 
 void tst_Fault::theFieldsAreThoseOfARecord()

@@ -2,7 +2,7 @@
 #include "tests/bench/TemporaryBench.h"
 #include "tests/bench/core/CoreTest.h"
 
-#include <sys/stat.h>
+#include <sys/resource.h>
 
 using namespace bench;
 
@@ -16,6 +16,7 @@ private slots:
     void readsTheBeginning();
     void readsThroughASymbolicLink();
     void refusesFilesThatAreTooLarge();
+    void refusesFilesThatCannotBeOpened();
     void aFileThatCannotBeWrittenIsNotLeft();
 };
 
@@ -67,6 +68,21 @@ void tst_Files::refusesFilesThatAreTooLarge()
     QCOMPARE(refusal([&] { readFile(path, 2); }), "is too large: 3 bytes, at most 2 are read"s);
     // A device is no regular file, however small it says that it is.
     QCOMPARE(refusal([] { readFile("/dev/zero", 10); }), "is not a regular file"s);
+}
+
+void tst_Files::refusesFilesThatCannotBeOpened()
+{
+    const QTemporaryDir directory;
+    const std::string path = directory.filePath("file").toStdString();
+    QCOMPARE(refusal([&] { readFile(path, 3); }), "No such file or directory"s);
+    writeFile(path, "abc");
+    rlimit limit = {};
+    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &limit), 0);
+    const rlimit noFurther = {0, limit.rlim_max};
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &noFurther), 0);
+    const std::string reason = refusal([&] { readFile(path, 3); });
+    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &limit), 0);
+    QCOMPARE(reason, "Too many open files"s);
 }
 
 void tst_Files::aFileThatCannotBeWrittenIsNotLeft()
