@@ -11,8 +11,9 @@ CALL_TIMEOUT = 10_000  # milliseconds
 
 STATES = {"active": 1, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}  # bits of an object's state set
 
-
-CHILDLESS = ("label", "push button", "button", "progress bar")  # roles
+# Roles.
+TEXTS = ("label", "push button", "button")
+CHILDLESS = (*TEXTS, "progress bar", "graphic")
 
 
 class StaleObject(Exception):
@@ -73,34 +74,33 @@ class AccessibilityBus:
         return None
 
     def read_tree(self, owner):
-        """The objects of a program, level by level; hidden ones are left out with all their descendants."""
+        """The objects of a program, level by level; hidden ones are left out with all their descendants.
+
+        Each call costs the program, the bus and the test processor time, and tests read trees over and over. So
+        only what most of them look at is read at once.
+        """
         root = Node(self, owner, ROOT, None)
-        level = [root]
+        root.role = "application"
+        level = self._children_of([root])
         while level:
+            states = self.call_all([(owner, node.path, ACCESSIBLE, "GetState", None) for node in level])
+            for node, (state,) in zip(level, states):
+                node.state = state[0] | state[1] << 32
+            level = [node for node in level if node.showing]
+            for node in level:
+                node.parent.children.append(node)
             self._read_roles(owner, [node.path for node in level])
-            calls = []
             for node in level:
                 node.role = self.roles[owner, node.path]
-                name = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
-                calls += [
-                    (owner, node.path, "org.freedesktop.DBus.Properties", "Get", name),
-                    (owner, node.path, ACCESSIBLE, "GetState", None),
-                ]
-                if node.role not in CHILDLESS:
-                    calls.append((owner, node.path, ACCESSIBLE, "GetChildren", None))
-            replies = iter(self.call_all(calls))
-            below = []
-            for node in level:
-                (node.name,), (state,) = next(replies), next(replies)
-                children = () if node.role in CHILDLESS else next(replies)[0]
-                node.state = state[0] | state[1] << 32
-                if node.parent is not None:
-                    if not node.showing:
-                        continue
-                    node.parent.children.append(node)
-                below += [Node(self, owner, path, node) for _, path in children]
-            level = below
+            texts = [node for node in level if node.role in TEXTS]
+            for node, (name,) in zip(texts, self.call_all([node.name_call() for node in texts])):
+                node.known_name = name
+            level = self._children_of([node for node in level if node.role not in CHILDLESS])
         return root
+
+    def _children_of(self, nodes):
+        replies = self.call_all([(node.owner, node.path, ACCESSIBLE, "GetChildren", None) for node in nodes])
+        return [Node(self, node.owner, path, node) for node, (found,) in zip(nodes, replies) for _, path in found]
 
     def _read_roles(self, owner, paths):
         new = [path for path in paths if (owner, path) not in self.roles]
@@ -128,13 +128,25 @@ class Node:
     def __init__(self, bus, owner, path, parent):
         self.bus, self.owner, self.path, self.parent = bus, owner, path, parent
         self.children = []
-        self.role = self.name = ""
+        self.role = ""
+        self.known_name = None
         self.state = 0
 
     def __getattr__(self, name):
         if name in STATES:
             return bool(self.state >> STATES[name] & 1)
         raise AttributeError(name)
+
+    @property
+    def name(self):
+        """Its text, as a screen reader says it; that of a window or a page is only read when it is asked for."""
+        if self.known_name is None:
+            (self.known_name,) = self.bus.call(*self.name_call())
+        return self.known_name
+
+    def name_call(self):
+        arguments = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
+        return self.owner, self.path, "org.freedesktop.DBus.Properties", "Get", arguments
 
     def all(self):
         """This node and its descendants, in reading order."""
@@ -192,5 +204,9 @@ class Node:
     def dump(self, depth=0):
         """The tree below this node as indented lines."""
         states = " ".join(name for name in STATES if getattr(self, name) and name != "showing")
-        line = f"{'  ' * depth}{self.role} {self.name!r} ({states}) {self.path.rsplit('/', 1)[1]}"
+        try:
+            name = repr(self.name)
+        except StaleObject:
+            name = "gone"
+        line = f"{'  ' * depth}{self.role} {name} ({states}) {self.path.rsplit('/', 1)[1]}"
         return "\n".join([line] + [child.dump(depth + 1) for child in self.children])
