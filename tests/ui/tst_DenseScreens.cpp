@@ -72,6 +72,7 @@ private slots:
     void sizesAreThoseOfFactorOne();
     void buttonIconHasThePixelsOfTheScreen_data();
     void buttonIconHasThePixelsOfTheScreen();
+    void buttonsShareTheirIcon();
 };
 
 void tst_DenseScreens::pictureHasThePixelsOfTheScreen_data()
@@ -160,6 +161,17 @@ void tst_DenseScreens::buttonIconHasThePixelsOfTheScreen()
     auto *button = fixture.window.findChild<QPushButton *>("updateButton");
     QCOMPARE(button->iconSize(), QSize(16, 16));
     QVERIFY(isSomewhereIn(button->grab().toImage(), scaledOnce(path, 16)));
+}
+
+// Each icon would put scaled copies of its own into the pixmap cache.
+void tst_DenseScreens::buttonsShareTheirIcon()
+{
+    WindowFixture fixture;
+    fixture.deliver({usbDrive("A"), usbDrive("B")});
+    const auto buttons = fixture.window.findChildren<QPushButton *>("updateButton");
+    QCOMPARE(buttons.size(), 2);
+    QVERIFY(!buttons[0]->icon().isNull());
+    QCOMPARE(buttons[0]->icon().cacheKey(), buttons[1]->icon().cacheKey());
 }
 
 static const TestClass<tst_DenseScreens, QApplication> denseScreensTests;
