@@ -126,10 +126,10 @@ void tst_BenchStore::isNotOpenedThroughALink()
         if (isDangling) {
             std::filesystem::remove(target);
         }
-        std::filesystem::create_symlink(target, directory + '/' + name);
+        const std::string link = (std::filesystem::path(directory) / name).string();
+        std::filesystem::create_symlink(target, link);
         const std::string content = isDangling ? ""s : readFile(target, 1 << 20);
-        QCOMPARE(opening(directory),
-            directory + '/' + name + " is a symbolic link, which is not followed; remove it");
+        QCOMPARE(opening(directory), link + " is a symbolic link, which is not followed; remove it");
         QCOMPARE(std::filesystem::exists(target), !isDangling);
         QVERIFY(isDangling || readFile(target, 1 << 20) == content);
         std::filesystem::remove(target);
