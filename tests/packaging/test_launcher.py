@@ -142,8 +142,10 @@ def test_killed_program(installed):
 
 
 def test_two_at_once_have_a_directory_each(installed):
-    first, second = installed.start("wait"), installed.start("wait")
-    wait_for(lambda: len(os.listdir(installed.runtime)) == 2)
+    reports = [installed.place / name for name in ("first", "second")]
+    first, second = [installed.start("wait", REPORT=str(report)) for report in reports]
+    wait_for(lambda: all(report.exists() for report in reports))
+    assert len(os.listdir(installed.runtime)) == 2
     first.terminate()
     first.wait()
     wait_for(lambda: len(os.listdir(installed.runtime)) == 1)
