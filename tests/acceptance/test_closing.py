@@ -79,9 +79,7 @@ def in_success(bench, start):
     bench.add("Pebble Triple", serial="TV1", firmware="1.00", rate=FAST)
     program = start()
     program.begin_update("Pebble Triple")
-    program.see_success("Pebble Triple")
-    # The next list has the drive up to date and rebuilds the page; a press before that would be lost.
-    program.wait_for(lambda screen: "Firmware: Up to date." in screen.texts, "the updated drive is listed")
+    program.see_settled_success("Pebble Triple")
     return program
 
 

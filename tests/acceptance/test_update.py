@@ -126,6 +126,7 @@ def test_two_programs_on_one_bench(bench, start):
     screen = other.wait_for(lambda screen: screen.buttons == ["Close", "Close"], "two drives that are up to date")
     assert screen.models == ["Harbour FireWire", "Skiff"]
     assert bench.flash(serial) == bench.newest("Harbour FireWire")
+    one.see_settled_success("Harbour FireWire")
     one.press("Finish")
     assert one.wait_for_end() == 0
     other.press("Close", "Skiff")

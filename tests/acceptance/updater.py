@@ -154,6 +154,13 @@ class Program:
             model, lambda page: page.texts[0].startswith("Your ") and page.button_names == ["Finish"], "has succeeded"
         )
 
+    def see_settled_success(self, model):
+        """Waits for the success page that the list with the updated drive makes; a press before that could be lost."""
+        return self._see_page(
+            model, lambda page: page.button_names == ["Finish"] and "Firmware: Up to date." in page.texts,
+            "lists its drive as up to date"
+        )
+
     def see_failure(self, model):
         failure = f"Error while updating your Tarvo {model} device. Please retry."
         return self._see_page(

@@ -63,7 +63,7 @@ def test_update_of_a_firewire_drive(person, start):
     person.bench.init("--rate", FAST)
     program = start()
     program.begin_update(FIREWIRE)
-    program.see_success(FIREWIRE)
+    program.see_settled_success(FIREWIRE)
     assert person.bench.flash(FIREWIRE_SERIAL) == person.bench.newest(FIREWIRE)
     program.press("Finish")
     assert program.wait_for_end() == 0
