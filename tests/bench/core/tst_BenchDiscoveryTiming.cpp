@@ -37,12 +37,15 @@ void tst_BenchDiscoveryTiming::queriesTakeTimeWithASlowProbe()
     QElapsedTimer clock;
     clock.start();
     QCOMPARE(bench.discovery().query().size(), std::size_t(2));
-    QVERIFY(clock.restart() >= 250);
+    QVERIFY(clock.elapsed() >= 250);
     QCOMPARE(faultNames(bench.drive("A").faults) + faultNames(bench.drive("B").faults), "slow-probe"s);
+    // Neither a drive that is unplugged nor one that is only described takes time.
+    bench.lifeCycle().setFault("A", numberFault(FaultKind::SlowProbe, 60000));
     bench.lifeCycle().unplug("A");
+    clock.start();
     bench.discovery().query();
     bench.discovery().records({bench.drive("A")});
-    QVERIFY2(clock.elapsed() < 150, std::to_string(clock.elapsed()).c_str());
+    QVERIFY2(clock.elapsed() < 30000, std::to_string(clock.elapsed()).c_str());
 }
 
 void tst_BenchDiscoveryTiming::statusesSettleAfterQueries()
