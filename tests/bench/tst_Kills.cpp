@@ -130,23 +130,30 @@ void tst_Kills::aKilledCommandHasDoneAllOrNothing()
 void tst_Kills::aKilledFlashLeavesADriveThatCanBeFlashedAgain()
 {
     TemporaryBench bench;
-    for (int i = 0; i < KillsOfAFlash; ++i) {
+    for (int i = 0; i <= KillsOfAFlash; ++i) {
         bench.addOutdated("DRIVE" + std::to_string(i), "Pebble", 35000); // its image takes 100 ms
     }
     FlashChip before;
     before.load(FirmwareImage::forModel(*findModel("Pebble"), "0.9", "1"));
     FlashChip after;
     after.load(FirmwareImage::read(bench.image("Pebble")));
-    std::uniform_real_distribution<double> moment(0, 200);
+    const auto arguments = [&](const std::string &serial) {
+        return QStringList{"flash", QString::fromStdString(bench.directory()), QString::fromStdString(serial),
+            QString::fromStdString(bench.image("Pebble"))};
+    };
+    QElapsedTimer clock;
+    clock.start();
+    QCOMPARE(QProcess::execute(
+                 QCoreApplication::applicationFilePath(), arguments("DRIVE" + std::to_string(KillsOfAFlash))),
+        0);
+    // From kills that come before anything is written to kills that come too late.
+    std::uniform_real_distribution<double> moment(0, 1.5 * double(clock.elapsed()));
     std::mt19937 random(20261121);
     int incomplete = 0;
     for (int i = 0; i < KillsOfAFlash; ++i) {
         const std::string serial = "DRIVE" + std::to_string(i);
         const std::vector<Drive> others = bench.lifeCycle().drives();
-        runAndKill(QCoreApplication::applicationFilePath(),
-            {"flash", QString::fromStdString(bench.directory()), QString::fromStdString(serial),
-                QString::fromStdString(bench.image("Pebble"))},
-            moment(random));
+        runAndKill(QCoreApplication::applicationFilePath(), arguments(serial), moment(random));
         QCOMPARE(integrity(bench.store()), std::string("ok"));
         const Drive drive = bench.drive(serial);
         const std::string content = chip(bench, serial).content();
