@@ -35,7 +35,7 @@ struct Model
     std::string picture() const;
 };
 
-/// All models, USB ones by product ID, then FireWire ones.
+/// All models, USB ones by product ID, then FireWire ones by bridge.
 const std::array<Model, 21> &models();
 
 /// The model of exactly that name, null when there is none.
