@@ -124,21 +124,18 @@ std::vector<DeviceInfo> Discovery::query()
     if (std::any_of(drives.begin(), drives.end(), asked)) {
         drives = store.change([this] { return askAll(); }, Durability::Relaxed);
     }
-    std::vector<Drive> reported;
-    reported.reserve(drives.size());
+    const auto isUnattached = [](const Drive &drive) { return !drive.isAttached(); };
+    drives.erase(std::remove_if(drives.begin(), drives.end(), isUnattached), drives.end());
     std::int64_t probing = 0;
-    for (Drive &drive : drives) {
-        if (drive.isAttached()) {
-            const Fault *const duplicate = findFault(drive.faults, FaultKind::DuplicateSerial);
-            if (duplicate != nullptr && !duplicate->hasValue()) {
-                reported.push_back(drive);
-            }
-            probing += numberOf(drive.faults, FaultKind::SlowProbe);
-            reported.push_back(std::move(drive));
+    for (auto drive = drives.begin(); drive != drives.end(); ++drive) {
+        probing += numberOf(drive->faults, FaultKind::SlowProbe);
+        const Fault *const duplicate = findFault(drive->faults, FaultKind::DuplicateSerial);
+        if (duplicate != nullptr && !duplicate->hasValue()) {
+            drive = drives.insert(drive, *drive) + 1;
         }
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(probing));
-    return records(reported);
+    return records(drives);
 }
 
 /// The drives as a query meets them; it is counted and uses up their faults.
