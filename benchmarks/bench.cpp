@@ -18,7 +18,7 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
-extern char **environ;
+extern char **environ; // NOLINT(readability-redundant-declaration): macOS declares it nowhere
 
 namespace {
 
@@ -41,6 +41,7 @@ double medianMilliseconds(const std::function<void()> &work)
 void run(std::vector<std::string> words)
 {
     std::vector<char *> arguments;
+    arguments.reserve(words.size() + 1);
     for (std::string &word : words) {
         arguments.push_back(word.data());
     }

@@ -93,7 +93,7 @@ void Companion::endProcesses(const std::function<void(HostState &host)> &work)
     const std::vector<Process> ended = store.change([&] {
         Host host(store);
         host.change(work);
-        const std::vector<Process> processes = host.state().processes;
+        std::vector<Process> processes = host.state().processes;
         host.removeProcesses();
         return processes;
     });

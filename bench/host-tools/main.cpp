@@ -67,7 +67,7 @@ void becomeRealTool(const std::string &name, char **argv)
     for (std::string directory; std::getline(directories, directory, ':');) {
         std::error_code error;
         const bool isOwn = std::filesystem::equivalent(directory, bench::executableDirectory(), error);
-        const std::string tool = directory + '/' + name;
+        const std::string tool = std::string(directory).append("/" + name);
         if (!isOwn && !std::filesystem::is_directory(tool, error)) {
             ::execv(tool.c_str(), argv);
         }

@@ -90,21 +90,21 @@ bool Asmedia105X::updateDevice(std::string imagePath)
 }
 
 Asm1051::Asm1051(std::string serialNumber)
-    : Asmedia105X(std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::Asm1051}))
+    : Asmedia105X(std::make_unique<Session>(Session{std::move(serialNumber), Chipset::Asm1051}))
 {
 }
 
 Asm1051::~Asm1051() = default;
 
 Asm1051E::Asm1051E(std::string serialNumber)
-    : Asmedia105X(std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::Asm1051E}))
+    : Asmedia105X(std::make_unique<Session>(Session{std::move(serialNumber), Chipset::Asm1051E}))
 {
 }
 
 Asm1051E::~Asm1051E() = default;
 
 Asm1053::Asm1053(std::string serialNumber)
-    : Asmedia105X(std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::Asm1053}))
+    : Asmedia105X(std::make_unique<Session>(Session{std::move(serialNumber), Chipset::Asm1053}))
 {
 }
 
@@ -126,16 +126,14 @@ bool OxSemiFireWire::updateDevice(std::string imagePath)
 }
 
 OxSemiFireWire934::OxSemiFireWire934(std::string serialNumber)
-    : OxSemiFireWire(
-        std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::OxSemiFireWire934}))
+    : OxSemiFireWire(std::make_unique<Session>(Session{std::move(serialNumber), Chipset::OxSemiFireWire934}))
 {
 }
 
 OxSemiFireWire934::~OxSemiFireWire934() = default;
 
 OxSemiFireWire944::OxSemiFireWire944(std::string serialNumber)
-    : OxSemiFireWire(
-        std::unique_ptr<Session>(new Session{std::move(serialNumber), Chipset::OxSemiFireWire944}))
+    : OxSemiFireWire(std::make_unique<Session>(Session{std::move(serialNumber), Chipset::OxSemiFireWire944}))
 {
 }
 

@@ -11,9 +11,12 @@ inline int exitCodeAfter(const std::function<void()> &action)
 {
     QTimer guard;
     guard.setSingleShot(true);
-    QObject::connect(&guard, &QTimer::timeout, &guard, [] { QCoreApplication::exit(-1); });
+    guard.callOnTimeout([] { QCoreApplication::exit(-1); });
     guard.start(5000);
-    QTimer::singleShot(0, &guard, action);
+    QTimer start;
+    start.setSingleShot(true);
+    start.callOnTimeout(action);
+    start.start(0);
     return QApplication::exec();
 }
 

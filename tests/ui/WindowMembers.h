@@ -13,6 +13,7 @@ struct Opened
     friend Type &open(Name, MainWindow &window) { return window.*member; }
 };
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a type cannot stand in parentheses
 #define OPEN_WINDOW_MEMBER(Type, member)                                                                     \
     struct Open_##member                                                                                     \
     {                                                                                                        \
@@ -23,6 +24,7 @@ struct Opened
     {                                                                                                        \
         return open(Open_##member(), window);                                                                \
     }
+// NOLINTEND(bugprone-macro-parentheses)
 
 OPEN_WINDOW_MEMBER(DeviceDiscoveryThread *, discoveryThread)
 OPEN_WINDOW_MEMBER(UpdateDeviceThread *, updateThread)

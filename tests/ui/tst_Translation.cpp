@@ -28,12 +28,11 @@ const QStringList DevicePagePhrases = {"Update Firmware and Configuration", "Upd
     " has been successfully updated.", "Please unplug and replug your Tarvo ",
     "Please use the power button on your Tarvo ", " hard drive to power off and power on the device.",
     "Your drive is now ready for use.", "Error while updating your Tarvo ", " device. Please retry."};
+constexpr const char *CompanionWarning =
+    "Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo "
+    "Quaydesk before using Tarvo Firmware Updater.";
 const QStringList WindowPhrases = {"Tarvo Firmware Updater", "No compatible Tarvo device were found.",
-    "Please plug a compatible Tarvo device.", "Tarvo Quaydesk installed and running",
-    "Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before using Tarvo "
-    "Firmware "
-    "Updater.",
-    "Ok"};
+    "Please plug a compatible Tarvo device.", "Tarvo Quaydesk installed and running", CompanionWarning, "Ok"};
 
 /// "Finish" of DeviceLayout becomes "{DeviceLayout|Finish}".
 class MarkingTranslator : public QTranslator

@@ -281,6 +281,7 @@ void tst_BenchCreation::twoAtOnceMakeOneBench()
 {
     std::vector<std::string> reasons(2);
     std::vector<std::thread> threads;
+    threads.reserve(reasons.size());
     for (std::string &reason : reasons) {
         threads.emplace_back([&reason, this] { reason = creating(path("bench"), false); });
     }

@@ -101,6 +101,7 @@ void tst_BenchSchema::twoAtOnceUpgradeOnce()
 {
     std::vector<std::string> reasons(8);
     std::vector<std::thread> threads;
+    threads.reserve(reasons.size());
     for (std::string &reason : reasons) {
         threads.emplace_back(
             [&reason, this] { reason = refusal([&] { const BenchStore store(directory()); }); });
