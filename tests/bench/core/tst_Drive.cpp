@@ -2,6 +2,8 @@
 #include "tests/bench/TemporaryBench.h"
 #include "tests/bench/core/CoreTest.h"
 
+#include <tuple>
+
 using namespace bench;
 
 Q_DECLARE_METATYPE(bench::Drive)
@@ -81,14 +83,12 @@ void tst_Drive::isInAState()
 
 void tst_Drive::tellsHowFarItsFlashIs()
 {
-    Drive drive = pebble([](Drive &writing) {
-        writing.incomplete = true;
-        writing.bytesToWrite = 200;
-    });
-    for (const auto &[written, text] :
-        {std::pair(0, "being written 0%"), {199, "being written 99%"}, {200, "being written 100%"}}) {
+    Drive drive = pebble([](Drive &writing) { writing.incomplete = true; });
+    for (const auto &[written, toWrite, text] : {std::tuple(0, 200, "being written 0%"),
+             {199, 200, "being written 99%"}, {200, 200, "being written 100%"}, {0, 1, "being written 0%"}}) {
         drive.heartbeat = now();
         drive.bytesWritten = written;
+        drive.bytesToWrite = toWrite;
         QCOMPARE(drive.progressText(), std::string(text));
     }
     drive.heartbeat = 0;
