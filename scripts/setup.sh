@@ -64,7 +64,7 @@ install_packages() {
     wait $! || true # for the progress to be cleared away
     mapfile -t missing < <(missing_packages "$@")
     [ ${#missing[@]} -eq 0 ] && return
-    reason=$(sed -nE 's/^[EW]: *//p' build/apt.log | head -n 1)
+    reason=$(sed -nE '/^[EW]: */{s///p;q}' build/apt.log)
     fail "cannot install ${missing[*]}: ${reason:-apt does not say why}; see build/apt.log"
 }
 
