@@ -1,13 +1,18 @@
 """The accessibility bus, read as a screen reader reads it: the tree of a program's objects."""
 
-from gi.repository import Gio, GLib
+import functools
+
+import dbus
+from dbus.lowlevel import MethodCallMessage, MethodReturnMessage
+from dbus.mainloop.glib import DBusGMainLoop
+from gi.repository import GLib
 from waiting import TIMEOUT
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 REGISTRY = "org.a11y.atspi.Registry"
 ROOT = "/org/a11y/atspi/accessible/root"
 
-CALL_TIMEOUT = 10_000  # milliseconds
+CALL_TIMEOUT = 10  # seconds
 
 STATES = {"active": 1, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}  # bits of an object's state set
 
@@ -26,36 +31,31 @@ class AccessibilityBus:
     def __init__(self, session_address):
         self.roles = {}  # of the objects seen so far, which keep theirs, by owner and path
         try:
-            (address,) = connect(session_address).call_sync(
-                "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None, 0, TIMEOUT * 1000, None
-            ).unpack()
-            self.connection = connect(address)
-        except GLib.Error as error:
-            raise RuntimeError(f"no accessibility bus, is at-spi2-core installed? {error.message}") from None
+            session = dbus.bus.BusConnection(session_address)
+            address = session.call_blocking("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", "", (),
+                                            timeout=TIMEOUT)
+            session.close()
+            self.connection = dbus.bus.BusConnection(address, mainloop=DBusGMainLoop())
+        except dbus.DBusException as error:
+            raise RuntimeError(f"no accessibility bus, is at-spi2-core installed? {error}") from None
 
     def call_all(self, calls):
-        """Makes many calls (owner, path, interface, method, arguments) at once and returns the replies."""
-        replies = [None] * len(calls)
-        pending = len(calls)
-
-        def replied(connection, result, index):
-            nonlocal pending
-            pending -= 1
-            try:
-                replies[index] = connection.call_finish(result).unpack()
-            except GLib.Error:
-                replies[index] = StaleObject()
-
-        for index, (owner, path, interface, method, arguments) in enumerate(calls):
-            self.connection.call(owner, path, interface, method, arguments, None, 0, CALL_TIMEOUT, None, replied, index)
-        while pending:
+        """Makes many calls (owner, path, interface, method, signature, arguments) at once and returns the replies,
+        each a list of values."""
+        replies = {}
+        for index, (owner, path, interface, method, signature, *arguments) in enumerate(calls):
+            message = MethodCallMessage(owner, path, interface, method)
+            message.append(*arguments, signature=signature)
+            self.connection.send_message_with_reply(message, functools.partial(replies.__setitem__, index),
+                                                    CALL_TIMEOUT)
+        while len(replies) < len(calls):
             GLib.MainContext.default().iteration(True)
-        if any(isinstance(reply, StaleObject) for reply in replies):
+        if not all(isinstance(reply, MethodReturnMessage) for reply in replies.values()):
             raise StaleObject
-        return replies
+        return [replies[index].get_args_list() for index in range(len(calls))]
 
-    def call(self, owner, path, interface, method, arguments=None):
-        return self.call_all([(owner, path, interface, method, arguments)])[0]
+    def call(self, owner, path, interface, method, signature="", *arguments):
+        return self.call_all([(owner, path, interface, method, signature, *arguments)])[0]
 
     def owner_of_process(self, process_id):
         """The name on the bus of the program with that process ID; None as long as it has none."""
@@ -66,7 +66,7 @@ class AccessibilityBus:
         for owner, _ in programs:
             try:
                 (found,) = self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-                                     "GetConnectionUnixProcessID", GLib.Variant("(s)", (owner,)))
+                                     "GetConnectionUnixProcessID", "s", owner)
             except StaleObject:
                 continue
             if found == process_id:
@@ -83,7 +83,7 @@ class AccessibilityBus:
         root.role = "application"
         level = self._children_of([root])
         while level:
-            states = self.call_all([(owner, node.path, ACCESSIBLE, "GetState", None) for node in level])
+            states = self.call_all([(owner, node.path, ACCESSIBLE, "GetState", "") for node in level])
             for node, (state,) in zip(level, states):
                 node.state = state[0] | state[1] << 32
             level = [node for node in level if node.showing]
@@ -99,27 +99,18 @@ class AccessibilityBus:
         return root
 
     def _children_of(self, nodes):
-        replies = self.call_all([(node.owner, node.path, ACCESSIBLE, "GetChildren", None) for node in nodes])
+        replies = self.call_all([(node.owner, node.path, ACCESSIBLE, "GetChildren", "") for node in nodes])
         return [Node(self, node.owner, path, node) for node, (found,) in zip(nodes, replies) for _, path in found]
 
     def _read_roles(self, owner, paths):
         new = [path for path in paths if (owner, path) not in self.roles]
-        replies = self.call_all([(owner, path, ACCESSIBLE, "GetRoleName", None) for path in new])
+        replies = self.call_all([(owner, path, ACCESSIBLE, "GetRoleName", "") for path in new])
         self.roles.update(((owner, path), role) for path, (role,) in zip(new, replies))
 
     def generate_input(self, method, signature, *arguments):
         """Has the registry send a key or mouse event to the display, as a device would."""
         self.call(REGISTRY, "/org/a11y/atspi/registry/deviceeventcontroller",
-                  "org.a11y.atspi.DeviceEventController", method, GLib.Variant(signature, arguments))
-
-
-def connect(address):
-    flags = Gio.DBusConnectionFlags
-    connection = Gio.DBusConnection.new_for_address_sync(
-        address, flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None
-    )
-    connection.set_exit_on_close(False)
-    return connection
+                  "org.a11y.atspi.DeviceEventController", method, signature, *arguments)
 
 
 class Node:
@@ -145,8 +136,7 @@ class Node:
         return self.known_name
 
     def name_call(self):
-        arguments = GLib.Variant("(ss)", (ACCESSIBLE, "Name"))
-        return self.owner, self.path, "org.freedesktop.DBus.Properties", "Get", arguments
+        return self.owner, self.path, "org.freedesktop.DBus.Properties", "Get", "ss", ACCESSIBLE, "Name"
 
     def all(self):
         """This node and its descendants, in reading order."""
@@ -177,16 +167,15 @@ class Node:
     @property
     def description(self):
         """What a screen reader says beside the name."""
-        name = GLib.Variant("(ss)", (ACCESSIBLE, "Description"))
-        return self.bus.call(self.owner, self.path, "org.freedesktop.DBus.Properties", "Get", name)[0]
+        (description,) = self.bus.call(self.owner, self.path, "org.freedesktop.DBus.Properties", "Get", "ss",
+                                       ACCESSIBLE, "Description")
+        return description
 
     @property
     def box(self):
         """Left, top, right and bottom edge on the display."""
-        screen = GLib.Variant("(u)", (0,))
-        ((x, y, width, height),) = self.bus.call(
-            self.owner, self.path, "org.a11y.atspi.Component", "GetExtents", screen
-        )
+        ((x, y, width, height),) = self.bus.call(self.owner, self.path, "org.a11y.atspi.Component", "GetExtents",
+                                                 "u", 0)  # in pixels of the display
         return x, y, x + width, y + height
 
     @property
@@ -199,7 +188,7 @@ class Node:
         action = "org.a11y.atspi.Action"
         (actions,) = self.bus.call(self.owner, self.path, action, "GetActions")
         names = [name for name, _, _ in actions]
-        self.bus.call(self.owner, self.path, action, "DoAction", GLib.Variant("(i)", (names.index("Press"),)))
+        self.bus.call(self.owner, self.path, action, "DoAction", "i", names.index("Press"))
 
     def dump(self, depth=0):
         """The tree below this node as indented lines."""

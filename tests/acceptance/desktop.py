@@ -100,14 +100,14 @@ class Desktop:
         """Types a key of KEYS, while a modifier of MODIFIERS is held, on the keyboard of this display."""
         send = self.accessibility.generate_input
         if modifier:
-            send("GenerateKeyboardEvent", "(isu)", MODIFIERS[modifier], "", KEY_PRESS)
-        send("GenerateKeyboardEvent", "(isu)", KEYS[name], "", KEY_SYMBOL)
+            send("GenerateKeyboardEvent", "isu", MODIFIERS[modifier], "", KEY_PRESS)
+        send("GenerateKeyboardEvent", "isu", KEYS[name], "", KEY_SYMBOL)
         if modifier:
-            send("GenerateKeyboardEvent", "(isu)", MODIFIERS[modifier], "", KEY_RELEASE)
+            send("GenerateKeyboardEvent", "isu", MODIFIERS[modifier], "", KEY_RELEASE)
 
     def use_mouse(self, x, y, event):
         """Moves the mouse there; `event` says what then happens: "abs", or "b1c" for a click of button 1."""
-        self.accessibility.generate_input("GenerateMouseEvent", "(iis)", x, y, event)
+        self.accessibility.generate_input("GenerateMouseEvent", "iis", x, y, event)
 
     def screenshot(self, box=None):
         return ImageGrab.grab(bbox=box, xdisplay=self.display)
