@@ -141,8 +141,15 @@ class Bench:
 
     def make_invalid(self, serial):
         """Gives a drive a model that there is not."""
+        self._set(serial, "model", b"Nonesuch")
+
+    def set_rate(self, serial, rate):
+        """Makes a drive's flash chip slower or quicker, in bytes a second."""
+        self._set(serial, "flashRate", rate)
+
+    def _set(self, serial, column, value):
         with contextlib.closing(self._connect("rw")) as database:
-            database.execute("UPDATE drives SET model = ? WHERE serial = ?", [b"Nonesuch", serial.encode("latin-1")])
+            database.execute(f"UPDATE drives SET {column} = ? WHERE serial = ?", [value, serial.encode("latin-1")])
 
     def damage(self):
         """Overwrites the beginning of the database; returns what is then in its file."""

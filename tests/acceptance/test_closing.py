@@ -145,6 +145,7 @@ def test_killed_while_it_flashes(bench, start, percent):
     assert bench.all_but(serial) == before
     bench.wait_for_no_writer(serial)
 
+    bench.set_rate(serial, FAST)
     again = start()
     screen = again.see_models(model, "Skiff")
     assert "Unknown firmware version !" in screen.page(model).texts
