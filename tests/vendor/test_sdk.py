@@ -33,7 +33,8 @@ def configure(build, *options):
         ["cmake", "-S", SOURCE, "-B", build, "-G", "Ninja", "-U", "TARVO_*", "-D", "CMAKE_BUILD_TYPE=Debug",
          "-D", "CMAKE_CXX_FLAGS_DEBUG=-O0", "-D", "TARVO_WARNINGS_AS_ERRORS=ON",
          # Compiled once and whole, which is quickest this way.
-         "-D", "CMAKE_UNITY_BUILD=ON", "-D", "CMAKE_DISABLE_PRECOMPILE_HEADERS=ON",
+         "-D", "CMAKE_UNITY_BUILD=ON", "-D", "CMAKE_UNITY_BUILD_BATCH_SIZE=0",
+         "-D", "CMAKE_DISABLE_PRECOMPILE_HEADERS=ON",
          "-D", f"TARVO_QT={os.environ['TARVO_QT']}", "-D", "TARVO_PLATFORM=vendor", *options],
         capture_output=True, text=True,
     )
