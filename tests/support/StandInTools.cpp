@@ -2,27 +2,25 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 namespace {
 
-// An answer lies in a file named for the whole command line, with "_" for what a file name should not hold.
+// An answer lies in a file named for the whole command line, whose slashes are those of directories. Few
+// processes are started here: each window that a test opens calls a tool.
 constexpr const char *Tool = R"sh(#!/bin/sh
 tools=${0%/*}
 line=${0##*/}
-for word in "$@"; do line="$line|$word"; done
+answer=$tools/answers/$line
+for word in "$@"; do line="$line|$word" answer="$answer $word"; done
 printf '%s\n' "$line" >> "$tools/calls"
 if [ "${0##*/}" = sudo ]; then exec "$@"; fi
 if [ -f "$tools/replacements/${0##*/}" ]; then . "$tools/replacements/${0##*/}"; exit; fi
-answer="$tools/answers/$(printf '%s' "$line" | tr '|/ ' '___')"
-[ -f "$answer" ] || exit 0
-cat "$answer"
-exit "$(cat "$answer.status")"
+[ -f "$answer.output" ] || exit 0
+cat "$answer.output"
+read -r status < "$answer.status"
+exit "$status"
 )sh";
-
-QString answerName(QString commandLine)
-{
-    return commandLine.replace('/', '_').replace(' ', '_');
-}
 
 void writeFile(const QString &path, const QByteArray &content)
 {
@@ -56,9 +54,10 @@ StandInTools::~StandInTools()
 
 void StandInTools::answer(const QString &commandLine, const QByteArray &output, int status)
 {
-    const QString file = folder.filePath("tools/answers/") + answerName(commandLine);
-    writeFile(file, output);
-    writeFile(file + ".status", QByteArray::number(status));
+    const QString file = folder.filePath("tools/answers/") + commandLine;
+    QDir().mkpath(QFileInfo(file).path());
+    writeFile(file + ".output", output);
+    writeFile(file + ".status", QByteArray::number(status) + '\n');
 }
 
 void StandInTools::replace(const QString &tool, const QByteArray &commands)
