@@ -14,6 +14,8 @@ class tst_Palette : public QObject
 private slots:
     void whatIsNotTextIsDrawnAsOnALightDesktop_data();
     void whatIsNotTextIsDrawnAsOnALightDesktop();
+    void linksHaveColorsOfTheirOwn_data();
+    void linksHaveColorsOfTheirOwn();
 };
 
 void tst_Palette::whatIsNotTextIsDrawnAsOnALightDesktop_data()
@@ -40,6 +42,24 @@ void tst_Palette::whatIsNotTextIsDrawnAsOnALightDesktop()
         const QColor wanted = fusion->standardPalette().color(group, role);
         QCOMPARE(fixture.window.palette().color(group, role).name(), wanted.name());
     }
+}
+
+void tst_Palette::linksHaveColorsOfTheirOwn_data()
+{
+    QTest::addColumn<QPalette::ColorRole>("role");
+    QTest::addColumn<QString>("color");
+    QTest::newRow("not visited") << QPalette::Link << "#0000ff";
+    QTest::newRow("visited") << QPalette::LinkVisited << "#551a8b";
+}
+
+void tst_Palette::linksHaveColorsOfTheirOwn()
+{
+    QFETCH(QPalette::ColorRole, role);
+    QFETCH(QString, color);
+    QApplication::setPalette(QPalette(QColor(75, 75, 75), QColor(50, 50, 50)));
+    const WindowFixture fixture;
+    QCOMPARE(fixture.window.palette().color(QPalette::Active, role).name(), color);
+    QCOMPARE(fixture.window.palette().color(QPalette::Inactive, role).name(), color);
 }
 
 static const TestClass<tst_Palette, QApplication> paletteTests;
