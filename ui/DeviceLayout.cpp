@@ -1,5 +1,6 @@
 #include "ui/DeviceLayout.h"
 
+#include "devices/Restart.h"
 #include "ui/Pictures.h"
 
 #include <QApplication>
@@ -462,25 +463,11 @@ QString DeviceLayout::successLine() const
 QString DeviceLayout::restartInstruction() const
 {
     QString opening;
-    switch (deviceInfo.productId) {
-    case 0x1A20:
-    case 0x1A21:
-    case 0x1A24:
-    case 0x1A27:
-    case 0x1A28:
-    case 0x1A2B:
-    case 0x1A2E:
-    case 0x1A2F:
-    case 0x1A33:
-    case 0x1A35:
-    case 0x1A38:
+    switch (restartOf(deviceInfo.chipsetType, deviceInfo.productId)) {
+    case Restart::Unplug:
         opening = tr("Please unplug and replug your Tarvo ");
         break;
-    case 0x1A3C:
-    case 0x1A3D:
-    case 0x1A41:
-    case 0x1A46:
-    case 0x1A4D:
+    case Restart::PowerButton:
         opening = tr("Please use the power button on your Tarvo ");
         break;
     default:

@@ -52,11 +52,11 @@ void printModels(bool asJson)
     for (const Model &model : models()) {
         rows.push_back(
             {model.name, model.busName(), model.isFireWire() ? "-" : hexadecimalId(model.productId),
-                bridgeName(model.chipset), restartText(model.restart), model.newestFirmware,
+                bridgeName(model.chipset), restartText(model.restart()), model.newestFirmware,
                 model.newestConfiguration, model.imageName(), model.body});
         list.push_back({{"name", model.name}, {"vendorId", model.vendorId}, {"productId", model.productId},
             {"bridge", bridgeName(model.chipset)}, {"chipset", model.chipset},
-            {"restart", restartText(model.restart)}, {"newestFirmware", model.newestFirmware},
+            {"restart", restartText(model.restart())}, {"newestFirmware", model.newestFirmware},
             {"newestConfiguration", model.newestConfiguration}, {"image", model.imageName()},
             {"picture", model.picture()}, {"pictureSize", model.pictureSize}, {"body", model.body}});
     }
@@ -108,7 +108,7 @@ std::vector<Row> description(const Drive &drive, const DeviceInfo &record)
             drive.model + " (" + model.busName()
                 + (model.isFireWire() ? "" : ' ' + hexadecimalId(model.productId)) + ", " + model.body + ')'},
         {"bridge", bridgeName(drive.chipset) + (" (chipset " + std::to_string(drive.chipset) + ')')},
-        {"restart", restartText(model.restart)},
+        {"restart", restartText(model.restart())},
         {"state", drive.progressText()},
         {"running",
             drive.bootRom ? "boot ROM" : versionsText(drive.runningFirmware, drive.runningConfiguration)},

@@ -1,15 +1,12 @@
 #pragma once
 
-#include "devices/DeviceInfo.h"
+#include "devices/Restart.h"
 
 #include <array>
 #include <cstdint>
 #include <string>
 
 namespace bench {
-
-/// How a person restarts a drive of a model after an update.
-enum class Restart { Unplug, PowerButton, NotNeeded };
 
 /// The way of restarting in a few words, for a person.
 const char *restartText(Restart restart);
@@ -21,13 +18,14 @@ struct Model
     std::uint16_t productId; ///< USB product ID; 0 for a FireWire drive
     const char *name; ///< as the drive reports it
     std::int32_t chipset; ///< a code of namespace Chipset
-    Restart restart;
     const char *body; ///< what the drive looks like, in a few words
     int pictureSize; ///< width and height of its picture in pixels
     const char *newestFirmware; ///< firmware version in the image that belongs to this release
     const char *newestConfiguration; ///< configuration revision in that image
 
     bool isFireWire() const { return vendorId == Vendor::FireWire; }
+    /// How a person restarts it after an update.
+    Restart restart() const { return restartOf(chipset, productId); }
     const char *busName() const { return isFireWire() ? "FireWire" : "USB"; }
     /// File name of the firmware image, for example "harbour-firewire-800.tfw".
     std::string imageName() const;

@@ -30,7 +30,7 @@ DriveButtons::DriveButtons(std::string benchDirectory, const Drive &drive, QWidg
     connect(unplugButton, &QPushButton::clicked, this, &DriveButtons::unplug);
     plugButton = addButton(line, tr("Plug"), tr("Plug %1"));
     connect(plugButton, &QPushButton::clicked, this, &DriveButtons::plug);
-    const bool hasPowerButton = drive.catalogueModel().restart == Restart::PowerButton;
+    const bool hasPowerButton = drive.catalogueModel().restart() == Restart::PowerButton;
     restartButton = addButton(line, hasPowerButton ? tr("Power-cycle") : tr("Replug"),
         hasPowerButton ? tr("Power-cycle %1") : tr("Replug %1"));
     connect(restartButton, &QPushButton::clicked, this, &DriveButtons::restart);

@@ -81,7 +81,7 @@ QString stateText(const Drive &drive, const DeviceInfo &record)
     case DriveState::BootRom:
         return tr("Boot ROM: update it again");
     case DriveState::RestartNeeded:
-        return drive.catalogueModel().restart == Restart::PowerButton
+        return drive.catalogueModel().restart() == Restart::PowerButton
             ? tr("Updated: press power-cycle")
             : tr("Updated: unplug it and plug it in");
     case DriveState::Ready:

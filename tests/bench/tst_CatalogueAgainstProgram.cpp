@@ -69,8 +69,8 @@ void tst_CatalogueAgainstProgram::eachModelIsRestartedAsTheProgramSays()
 {
     for (const bench::Model &model : bench::models()) {
         const QString text = restartText(model.chipset, model.productId);
-        QCOMPARE(text.contains("unplug and replug"), model.restart == bench::Restart::Unplug);
-        QCOMPARE(text.contains("power button"), model.restart == bench::Restart::PowerButton);
+        QCOMPARE(text.contains("unplug and replug"), model.restart() == Restart::Unplug);
+        QCOMPARE(text.contains("power button"), model.restart() == Restart::PowerButton);
     }
 }
 

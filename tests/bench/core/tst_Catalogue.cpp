@@ -34,8 +34,8 @@ void tst_Catalogue::holdsSixteenUsbModelsInOneBlock()
     for (const Model &model : models()) {
         if (model.vendorId == Vendor::Usb) {
             ids.push_back(model.productId);
-            unplugged += model.restart == Restart::Unplug;
-            switched += model.restart == Restart::PowerButton;
+            unplugged += model.restart() == Restart::Unplug;
+            switched += model.restart() == Restart::PowerButton;
             QVERIFY2(Chipset::isUsbBridge(model.chipset), model.name);
         }
     }
@@ -57,7 +57,7 @@ void tst_Catalogue::holdsFiveFireWireModels()
             QVERIFY2(
                 model.chipset == Chipset::OxSemiFireWire934 || model.chipset == Chipset::OxSemiFireWire944,
                 model.name);
-            QCOMPARE(model.restart, Restart::NotNeeded);
+            QCOMPARE(model.restart(), Restart::NotNeeded);
         }
     }
     QCOMPARE(count, 5);
