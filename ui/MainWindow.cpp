@@ -50,7 +50,7 @@ MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
     titleLabel = new QLabel(tr("Tarvo Firmware Updater"));
     setWindowTitle(titleLabel->text());
 
-    setPalette(lightPalette());
+    setPalette(lightPalette(palette()));
 
     auto *blankPage = new QWidget(this);
     pageStack = new QStackedWidget(this);
