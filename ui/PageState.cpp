@@ -1,12 +1,13 @@
 #include "ui/PageState.h"
 
+#include "ui/TextLine.h"
+
 #include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTextDocumentFragment>
 
 namespace {
 
@@ -108,7 +109,7 @@ void describeLook(QScrollArea *area)
     QStringList texts;
     for (const QLabel *label : container->findChildren<QLabel *>()) {
         if (label->isVisibleTo(container) && !label->text().isEmpty()) {
-            texts.append(QTextDocumentFragment::fromHtml(label->text()).toPlainText().simplified());
+            texts.append(withoutMarkup(label->text()).simplified());
         }
     }
     area->setAccessibleName(texts.join(' '));

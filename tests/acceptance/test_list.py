@@ -1,5 +1,7 @@
 """The list of drives: what it shows at the start, and how it follows what is plugged in and pulled out."""
 
+import os
+
 import pytest
 
 MODELS = ["Pebble", "Lamina", "Skiff", "Harbour", "Bollard", "Breakwater", "Pebble Mini", "Harbour Duo",
@@ -130,3 +132,17 @@ def test_a_status_that_settles_late(bench, start):
     screen = program.see_models("Pebble", "Lamina")
     assert bench.drive(lamina)["queries"] >= 4, "the list was shown before every status was known"
     assert "Firmware: Unknown status!" not in screen.texts
+
+
+@pytest.mark.parametrize("file", ["a pipe", "/dev/zero"])
+def test_a_model_name_that_names_a_file(bench, directory, start, file):
+    """A model name may be markup, a picture for example; the file is not read."""
+    if file == "a pipe":
+        file = directory / "pipe"
+        os.mkfifo(file)
+    bench.add("Pebble", serial="TV1", firmware="1.00")
+    bench.fault("TV1", "text", f'modelName=<img src="{file}">')
+    program = start()
+    program.press("Update Firmware")
+    program.see("Cancel")
+    assert program.resident_memory() < 200e6

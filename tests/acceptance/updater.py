@@ -87,6 +87,11 @@ class Program:
         with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as maps:
             return {line.split(maxsplit=5)[5].strip() for line in maps if "/" in line}
 
+    def resident_memory(self):
+        """In bytes."""
+        with open(f"/proc/{self.process.pid}/statm", encoding="utf-8") as counts:
+            return int(counts.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
     # What is on screen -------------------------------------------------------------------------------------
 
     @property
