@@ -10,7 +10,8 @@ import sys
 
 import pytest
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+from launcher import NAME, SOURCE
+
 sys.path.insert(0, str(SOURCE / "tests/acceptance"))
 
 from bench import Bench  # noqa: E402
@@ -18,7 +19,6 @@ from desktop import Desktop  # noqa: E402
 from updater import Program  # noqa: E402
 from waiting import wait_until  # noqa: E402
 
-NAME = "tarvo-firmware-updater"
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 
 
