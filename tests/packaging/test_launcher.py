@@ -207,6 +207,15 @@ def test_no_file_can_be_written_anywhere(installed):
     assert os.listdir(installed.runtime) == []
 
 
+@pytest.mark.parametrize("script", [NAME, "drive-bench", "drive-bench-panel"])
+def test_without_a_home(installed, script):
+    shutil.copy(SOURCE / "packaging/linux" / script, installed.launcher)
+    process = installed.start(HOME=None, stderr=subprocess.PIPE)
+    assert process.communicate()[1].split(": ", 2)[2] == "HOME: is not set; set it, XDG_DATA_HOME or TARVO_BENCH\n"
+    assert process.returncode == 2
+    assert os.listdir(installed.runtime) == []
+
+
 @pytest.mark.parametrize(
     "environment, bench",
     [
