@@ -4,6 +4,7 @@ Nothing of the program's insides is known here.
 """
 
 import os
+import pathlib
 import re
 import subprocess
 import time
@@ -13,9 +14,10 @@ from desktop import end_with_parent
 from PIL import ImageChops
 from waiting import POLL_INTERVAL, TIMEOUT, ExpectationFailed
 
-# Where the program is, unless a caller says otherwise.
-PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or os.path.join(os.path.dirname(os.path.abspath(__file__)),
-                                                                  "../../build/release/bin")
+# Where the program is, unless a caller says otherwise: in the first of the builds that has one.
+BUILDS = [pathlib.Path(__file__).resolve().parents[2] / "build" / preset / "bin" for preset in ("dev", "release")]
+PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or str(
+    next((build for build in BUILDS if (build / "tarvo-firmware-updater").exists()), BUILDS[0]))
 
 NO_DRIVE = "No compatible Tarvo device were found.\n\nPlease plug a compatible Tarvo device."
 COMPANION = (

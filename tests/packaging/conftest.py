@@ -1,6 +1,7 @@
 """What the tests of the installed program stand on: an installed tree, a desktop, and a person with a home directory.
 
-The tree is made of the build directory in $TARVO_BUILD_DIR, unless $TARVO_PREFIX says where an installed one is.
+The tree is made of the build directory in $TARVO_BUILD_DIR, by default that of the preset dev or release. It is not made
+where $TARVO_PREFIX names an installed one.
 """
 
 import os
@@ -10,20 +11,21 @@ import sys
 
 import pytest
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+from launcher import NAME, SOURCE
+
 sys.path.insert(0, str(SOURCE / "tests/acceptance"))
 
 from bench import Bench  # noqa: E402
 from desktop import Desktop  # noqa: E402
-from updater import Program  # noqa: E402
+from updater import PROGRAM_DIR, Program  # noqa: E402
 from waiting import wait_until  # noqa: E402
 
-NAME = "tarvo-firmware-updater"
+BUILD = pathlib.Path(os.environ.get("TARVO_BUILD_DIR") or pathlib.Path(PROGRAM_DIR).parent)
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 
 
 def install(place, *options):
-    command = ["cmake", "--install", os.environ["TARVO_BUILD_DIR"], "--prefix", str(place), *options]
+    command = ["cmake", "--install", BUILD, "--prefix", str(place), *options]
     subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
 
 

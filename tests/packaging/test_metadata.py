@@ -1,7 +1,6 @@
 """What tells desktops, package managers and macOS about the program."""
 
 import os
-import pathlib
 import plistlib
 import re
 import struct
@@ -9,10 +8,9 @@ import subprocess
 import xml.etree.ElementTree
 
 import pytest
-from conftest import SOURCE
+from conftest import BUILD, SOURCE
 from PIL import Image
 
-BUILD = pathlib.Path(os.environ.get("TARVO_BUILD_DIR", ""))
 GENERATED = BUILD / "packaging/linux"
 LINUX = SOURCE / "packaging/linux"
 
