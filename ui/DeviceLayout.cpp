@@ -1,7 +1,9 @@
 #include "ui/DeviceLayout.h"
 
-#include "devices/Restart.h"
+#include "devices/DeviceTexts.h"
+#include "ui/ButtonFaces.h"
 #include "ui/Pictures.h"
+#include "ui/TextLine.h"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -10,8 +12,7 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
-#include <cstdio>
-#include <string>
+#include <initializer_list>
 #include <utility>
 
 namespace {
@@ -20,40 +21,6 @@ namespace {
 constexpr const char *ObjectNamePrefix = "drive ";
 constexpr int DevicePictureSize = 48;
 constexpr int StatusPictureSize = 20;
-
-QString textFrom(const std::string &bytes)
-{
-    return QString::fromLatin1(bytes.c_str());
-}
-
-/// Text for a screen reader: what cannot be printed is written as its code.
-QString printable(const QString &text)
-{
-    QString result;
-    for (const QChar character : text) {
-        result += character.isPrint() ? QString(character)
-                                      : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
-    }
-    return result;
-}
-
-/// The text of a builder's label, which is not needed for anything else.
-QString takeText(QLabel *label)
-{
-    QString text = label->text();
-    delete label;
-    return text;
-}
-
-QLabel *newTextLabel(const QString &text)
-{
-    auto *label = new QLabel(text);
-    QFont font = QApplication::font();
-    font.setPixelSize(10);
-    label->setFixedHeight(12);
-    label->setFont(font);
-    return label;
-}
 
 QHBoxLayout *newStatusRow(QLabel *text, QLabel *icon)
 {
@@ -65,18 +32,28 @@ QHBoxLayout *newStatusRow(QLabel *text, QLabel *icon)
     return row;
 }
 
+/// Hides them in that order. Drives behind an unsupported bridge have no update button.
+void hideAll(std::initializer_list<QWidget *> widgets)
+{
+    for (QWidget *widget : widgets) {
+        if (widget != nullptr) {
+            widget->hide();
+        }
+    }
+}
+
 } // namespace
 
-DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
-    : deviceInfo(std::move(deviceInfo)), mainWindow(mainWindow)
+DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo device)
+    : deviceInfo(std::move(device)), mainWindow(mainWindow)
 {
     QPalette whiteBackground = palette();
     whiteBackground.setBrush(QPalette::All, QPalette::Window, Qt::white);
     setPalette(whiteBackground);
 
     contentWidget = new QWidget(this);
-    contentWidget->setObjectName(ObjectNamePrefix + textFrom(this->deviceInfo.serialNumber));
-    contentWidget->setAccessibleName(driveName());
+    contentWidget->setObjectName(ObjectNamePrefix + DeviceTexts::textFrom(deviceInfo.serialNumber));
+    contentWidget->setAccessibleName(DeviceTexts::driveName(deviceInfo));
     // The buttons on it are connected to this page's slots, so the page lives as long.
     connect(contentWidget, SIGNAL(destroyed()), this, SLOT(deleteLater()));
 
@@ -92,29 +69,11 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
     layout->addLayout(newStatusRow(configurationStatusLabel, configurationStatusIcon));
     layout->addSpacing(10);
 
-    const bool firmwareRequired = this->deviceInfo.firmwareStatus == Status::UpdateRequired;
-    const bool configurationRequired = this->deviceInfo.configurationStatus == Status::UpdateRequired;
-    const bool allUpToDate = this->deviceInfo.firmwareStatus == Status::UpToDate
-        && this->deviceInfo.configurationStatus == Status::UpToDate;
-
-    if (this->deviceInfo.chipsetType != Chipset::NotSupported) {
+    if (deviceInfo.chipsetType != Chipset::NotSupported) {
         updateButton = newButton("updateButton");
-        if (firmwareRequired && configurationRequired) {
-            updateButton->setText(tr("Update Firmware and Configuration"));
-            updateButton->setIcon(Pictures::icon(Pictures::Update));
-        } else if (firmwareRequired) {
-            updateButton->setText(tr("Update Firmware"));
-            updateButton->setIcon(Pictures::icon(Pictures::Update));
-        } else if (configurationRequired) {
-            updateButton->setText(tr("Update Configuration"));
-            updateButton->setIcon(Pictures::icon(Pictures::Update));
-        } else if (allUpToDate) {
-            updateButton->setText(tr("Close"));
-        } else {
-            updateButton->setText(tr("Update"));
-            updateButton->setIcon(Pictures::icon(Pictures::Warning));
-        }
-        if (allUpToDate) {
+        ButtonFaces::setUpdateFace(updateButton, deviceInfo);
+        if (deviceInfo.firmwareStatus == Status::UpToDate
+            && deviceInfo.configurationStatus == Status::UpToDate) {
             connect(updateButton, SIGNAL(clicked(bool)), qApp, SLOT(quit()));
         } else {
             connect(updateButton, SIGNAL(clicked(bool)), this, SLOT(updateDevice()));
@@ -124,21 +83,8 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
 
     auto *buttonRow = new QHBoxLayout;
     buttonRow->addStretch();
-    // Not the order of the tests above: a drive that needs both is confirmed with "Update Firmware".
     startButton = newButton("startButton");
-    if (allUpToDate) {
-        startButton->setText(tr("Update Firmware and Configuration"));
-        startButton->setIcon(Pictures::icon(Pictures::Update));
-    } else if (firmwareRequired) {
-        startButton->setText(tr("Update Firmware"));
-        startButton->setIcon(Pictures::icon(Pictures::Update));
-    } else if (configurationRequired) {
-        startButton->setText(tr("Update Configuration"));
-        startButton->setIcon(Pictures::icon(Pictures::Update));
-    } else {
-        startButton->setText(tr("Update"));
-        startButton->setIcon(Pictures::icon(Pictures::Warning));
-    }
+    ButtonFaces::setStartFace(startButton, deviceInfo);
     startButton->hide();
     connect(startButton, SIGNAL(clicked(bool)), this, SLOT(startUpdate()));
     buttonRow->addWidget(startButton);
@@ -175,33 +121,23 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo)
 
 void DeviceLayout::deviceSelected()
 {
-    modelNameLabel->setText(takeText(messageModelName()));
-    firmwareVersionLabel->setText(takeText(messageWarning()));
-    firmwareStatusLabel->setText(takeText(messageInstructions()));
-    firmwareStatusIcon->hide();
-    configurationStatusLabel->hide();
-    configurationStatusIcon->hide();
-    hideUpdateButton();
+    modelNameLabel->setText(DeviceTexts::modelName(deviceInfo));
+    firmwareVersionLabel->setText(DeviceTexts::warning(deviceInfo));
+    firmwareStatusLabel->setText(DeviceTexts::instructions());
+    hideAll({firmwareStatusIcon, configurationStatusLabel, configurationStatusIcon, updateButton});
     startButton->show();
     cancelButton->show();
-    progressBar->hide();
-    finishButton->hide();
+    hideAll({progressBar, finishButton});
     update();
 }
 
 void DeviceLayout::updateInProgess()
 {
-    modelNameLabel->setText(takeText(messageModelName()));
-    firmwareVersionLabel->setText(
-        QString("<b>%1</b>").arg(tr("DO NOT disconnect the device during the firmware update.")));
-    firmwareStatusLabel->setText(
-        QString("<b>%1</b>").arg(tr("Doing so may cause irreparable harm to your data and/or disk.")));
-    firmwareStatusIcon->hide();
-    configurationStatusLabel->hide();
-    configurationStatusIcon->hide();
-    hideUpdateButton();
-    startButton->hide();
-    cancelButton->hide();
+    modelNameLabel->setText(DeviceTexts::modelName(deviceInfo));
+    firmwareVersionLabel->setText(DeviceTexts::doNotDisconnect());
+    firmwareStatusLabel->setText(DeviceTexts::harmOfDisconnecting());
+    hideAll({firmwareStatusIcon, configurationStatusLabel, configurationStatusIcon, updateButton, startButton,
+        cancelButton});
     progressBar->setAccessibleName(tr("Updating the device"));
     progressBar->show();
     finishButton->hide();
@@ -210,17 +146,11 @@ void DeviceLayout::updateInProgess()
 
 void DeviceLayout::updateSuccess()
 {
-    modelNameLabel->setText(successLine());
+    modelNameLabel->setText(DeviceTexts::updated(deviceInfo));
     firmwareVersionLabel->hide();
-    firmwareStatusLabel->setText(takeText(messageFirmwareStatus()));
-    configurationStatusLabel->setText(takeText(messageConfigurationStatus()));
-    // The icons on screen stay those of the construction; the page keeps the new ones to itself.
-    firmwareStatusIcon->setParent(this);
-    configurationStatusIcon->setParent(this);
-    hideUpdateButton();
-    startButton->hide();
-    cancelButton->hide();
-    progressBar->hide();
+    firmwareStatusLabel->setText(DeviceTexts::firmwareStatus(deviceInfo));
+    configurationStatusLabel->setText(DeviceTexts::configurationStatus(deviceInfo));
+    hideAll({updateButton, startButton, cancelButton, progressBar});
     finishButton->setEnabled(true);
     finishButton->show();
     update();
@@ -228,33 +158,24 @@ void DeviceLayout::updateSuccess()
 
 void DeviceLayout::restartDevice()
 {
-    modelNameLabel->setText(successLine());
-    firmwareVersionLabel->hide();
-    firmwareStatusLabel->hide();
+    modelNameLabel->setText(DeviceTexts::updated(deviceInfo));
+    hideAll({firmwareVersionLabel, firmwareStatusLabel});
     setPicture(firmwareStatusIcon, Pictures::Warning, DevicePictureSize, tr("Warning"));
-    configurationStatusLabel->setText(takeText(messageSuccess()));
+    configurationStatusLabel->setText(DeviceTexts::success(deviceInfo));
     configurationStatusIcon->hide();
     progressBar->setAccessibleName(tr("Waiting for the device to be powered off and on"));
     progressBar->show();
-    hideUpdateButton();
-    startButton->hide();
-    cancelButton->hide();
-    finishButton->hide();
+    hideAll({updateButton, startButton, cancelButton, finishButton});
     update();
 }
 
 void DeviceLayout::updateFailure()
 {
-    modelNameLabel->setText(takeText(messageModelName()));
-    firmwareVersionLabel->hide();
-    firmwareStatusLabel->hide();
+    modelNameLabel->setText(DeviceTexts::modelName(deviceInfo));
+    hideAll({firmwareVersionLabel, firmwareStatusLabel});
     setPicture(firmwareStatusIcon, Pictures::Error, DevicePictureSize, tr("Error"));
-    configurationStatusLabel->setText(takeText(messageFailure()));
-    configurationStatusIcon->hide();
-    hideUpdateButton();
-    startButton->hide();
-    cancelButton->hide();
-    progressBar->hide();
+    configurationStatusLabel->setText(DeviceTexts::failure(deviceInfo));
+    hideAll({configurationStatusIcon, updateButton, startButton, cancelButton, progressBar});
     finishButton->show();
     update();
 }
@@ -262,26 +183,24 @@ void DeviceLayout::updateFailure()
 void DeviceLayout::updateDevice()
 {
     connect(this, SIGNAL(updateDevice(QString)), mainWindow, SLOT(updateDevice(QString)));
-    emit updateDevice(textFrom(deviceInfo.serialNumber));
+    emit updateDevice(DeviceTexts::textFrom(deviceInfo.serialNumber));
 }
 
 void DeviceLayout::startUpdate()
 {
     connect(this, SIGNAL(startUpdate(QString)), mainWindow, SLOT(startUpdate(QString)));
-    emit startUpdate(textFrom(deviceInfo.serialNumber));
+    emit startUpdate(DeviceTexts::textFrom(deviceInfo.serialNumber));
 }
 
 QLabel *DeviceLayout::getIcon()
 {
     QString path;
-    QString name = tr("Picture of the Tarvo %1").arg(printable(textFrom(deviceInfo.modelName)));
+    QString name = tr("Picture of the Tarvo %1").arg(DeviceTexts::printable(deviceInfo.modelName));
     if (deviceInfo.vendorId == Vendor::Usb) {
-        char buffer[512];
-        std::snprintf(buffer, sizeof buffer, ":/firmwareUpdater/device/0x0E7A/%04X.png",
-            static_cast<unsigned>(deviceInfo.productId));
-        path = buffer;
+        path = QString::asprintf(":/firmwareUpdater/device/0x0E7A/%04X.png", unsigned(deviceInfo.productId));
     } else if (deviceInfo.vendorId == Vendor::FireWire) {
-        path = QString(":/firmwareUpdater/device/0xC5E2/%1.png").arg(textFrom(deviceInfo.modelName));
+        path = QString(":/firmwareUpdater/device/0xC5E2/%1.png")
+                   .arg(DeviceTexts::textFrom(deviceInfo.modelName));
     } else {
         path = Pictures::Warning;
         name = tr("Warning");
@@ -296,132 +215,66 @@ QLabel *DeviceLayout::getIcon()
 
 QLabel *DeviceLayout::messageModelName()
 {
-    return newTextLabel(QString("Tarvo %1").arg(textFrom(deviceInfo.modelName)));
+    return newTextLine(DeviceTexts::modelName(deviceInfo));
 }
 
 QLabel *DeviceLayout::messageFirmwareVersion()
 {
-    if (deviceInfo.chipsetType == Chipset::NotSupported) {
-        return newTextLabel(QString());
-    }
-    switch (deviceInfo.firmwareStatus) {
-    case Status::UpdateRequired:
-        return newTextLabel(QString("%1 <b>%2</b> => <b>%3</b> %4")
-                                .arg(tr("(firmware version:"))
-                                .arg(textFrom(deviceInfo.firmwareVersion))
-                                .arg(textFrom(deviceInfo.newFirmwareVersion))
-                                .arg(tr(")")));
-    case Status::UpToDate:
-        return newTextLabel(QString("%1 <b>%2</b> %3")
-                                .arg(tr("(firmware version:"))
-                                .arg(textFrom(deviceInfo.firmwareVersion))
-                                .arg(tr(")")));
-    default:
-        return newTextLabel(QString("<b>%1</b>").arg(tr("Unknown firmware version !")));
-    }
+    return newTextLine(DeviceTexts::firmwareVersion(deviceInfo));
 }
 
 QLabel *DeviceLayout::messageFirmwareStatus()
 {
+    firmwareStatusIcon = new QLabel;
     if (deviceInfo.chipsetType == Chipset::NotSupported) {
-        firmwareStatusIcon = newStatusIcon(Pictures::Warning, tr("Not supported"));
-        return newTextLabel(QString("<b>%1</b>").arg(tr("Device not supported !")));
+        setPicture(firmwareStatusIcon, Pictures::Warning, StatusPictureSize, tr("Not supported"));
+    } else {
+        setStatusPicture(firmwareStatusIcon, deviceInfo.firmwareStatus);
     }
-    switch (deviceInfo.firmwareStatus) {
-    case Status::UpdateRequired:
-        firmwareStatusIcon = newStatusIcon(Pictures::Update, tr("Update required"));
-        return newTextLabel(tr("Firmware: Update required!"));
-    case Status::UpToDate:
-        firmwareStatusIcon = newStatusIcon(Pictures::Ok, tr("Up to date"));
-        return newTextLabel(tr("Firmware: Up to date."));
-    default:
-        firmwareStatusIcon = newStatusIcon(Pictures::Warning, tr("Unknown status"));
-        return newTextLabel(tr("Firmware: Unknown status!"));
-    }
+    return newTextLine(DeviceTexts::firmwareStatus(deviceInfo));
 }
 
 QLabel *DeviceLayout::messageConfigurationStatus()
 {
-    if (deviceInfo.chipsetType == Chipset::NotSupported) {
-        configurationStatusIcon = new QLabel;
-        return newTextLabel(QString());
+    configurationStatusIcon = new QLabel;
+    if (deviceInfo.chipsetType != Chipset::NotSupported) {
+        setStatusPicture(configurationStatusIcon, deviceInfo.configurationStatus);
     }
-    switch (deviceInfo.configurationStatus) {
-    case Status::UpdateRequired:
-        configurationStatusIcon = newStatusIcon(Pictures::Update, tr("Update required"));
-        return newTextLabel(tr("Configuration: Update required!"));
-    case Status::UpToDate:
-        configurationStatusIcon = newStatusIcon(Pictures::Ok, tr("Up to date"));
-        return newTextLabel(tr("Configuration: Up to date."));
-    default:
-        configurationStatusIcon = newStatusIcon(Pictures::Warning, tr("Unknown status"));
-        return newTextLabel(tr("Configuration: Unknown status!"));
-    }
+    return newTextLine(DeviceTexts::configurationStatus(deviceInfo));
 }
 
 QLabel *DeviceLayout::messageInstructions()
 {
-    return newTextLabel(QString("%1<b>%2</b>%3 %4<b>%5</b>%6")
-                            .arg(tr("To update your device, press "))
-                            .arg(tr("\"Update\""))
-                            .arg(tr(" button."))
-                            .arg(tr("To update later, press "))
-                            .arg(tr("\"Cancel\""))
-                            .arg(tr(" button.")));
+    return newTextLine(DeviceTexts::instructions());
 }
 
 QLabel *DeviceLayout::messageWarning()
 {
-    const bool firmwareRequired = deviceInfo.firmwareStatus == Status::UpdateRequired;
-    const bool configurationRequired = deviceInfo.configurationStatus == Status::UpdateRequired;
-    const QString modelName = textFrom(deviceInfo.modelName);
-    if (firmwareRequired) {
-        return newTextLabel(
-            QString("%1<b>%2</b>%3<b>%4</b>%5<b>%6</b>%7")
-                .arg(tr("You are about to update your Tarvo "))
-                .arg(modelName)
-                .arg(configurationRequired ? tr(" firmware and configuration. (\"") : tr(" firmware. (\""))
-                .arg(textFrom(deviceInfo.firmwareVersion))
-                .arg(tr("\" => \""))
-                .arg(textFrom(deviceInfo.newFirmwareVersion))
-                .arg(tr("\")")));
-    }
-    if (configurationRequired) {
-        return newTextLabel(QString("%1<b>%2</b>%3")
-                                .arg(tr("You are about to update your Tarvo "))
-                                .arg(modelName)
-                                .arg(tr(" configuration.")));
-    }
-    return newTextLabel(QString());
+    return newTextLine(DeviceTexts::warning(deviceInfo));
 }
 
 QLabel *DeviceLayout::messageSuccess()
 {
-    if (Chipset::isUsbBridge(deviceInfo.chipsetType)) {
-        return newTextLabel(restartInstruction());
-    }
-    switch (deviceInfo.chipsetType) {
-    case Chipset::NoUpdater:
-    case Chipset::OxSemiFireWire944:
-        return newTextLabel(tr("Your drive is now ready for use."));
-    default:
-        return newTextLabel(QString());
-    }
+    return newTextLine(DeviceTexts::success(deviceInfo));
 }
 
 QLabel *DeviceLayout::messageFailure()
 {
-    return newTextLabel(QString("%1<b>%2</b>%3")
-                            .arg(tr("Error while updating your Tarvo "))
-                            .arg(textFrom(deviceInfo.modelName))
-                            .arg(tr(" device. Please retry.")));
+    return newTextLine(DeviceTexts::failure(deviceInfo));
 }
 
-QLabel *DeviceLayout::newStatusIcon(const char *path, const QString &name) const
+void DeviceLayout::setStatusPicture(QLabel *label, std::int32_t status) const
 {
-    auto *icon = new QLabel;
-    setPicture(icon, path, StatusPictureSize, name);
-    return icon;
+    switch (status) {
+    case Status::UpdateRequired:
+        setPicture(label, Pictures::Update, StatusPictureSize, tr("Update required"));
+        break;
+    case Status::UpToDate:
+        setPicture(label, Pictures::Ok, StatusPictureSize, tr("Up to date"));
+        break;
+    default:
+        setPicture(label, Pictures::Warning, StatusPictureSize, tr("Unknown status"));
+    }
 }
 
 /// `name` is what a screen reader says; a picture that does not exist has none.
@@ -439,50 +292,6 @@ QPushButton *DeviceLayout::newButton(const char *name)
 {
     auto *button = new QPushButton(this);
     button->setObjectName(name);
-    button->setAccessibleDescription(driveName());
+    button->setAccessibleDescription(DeviceTexts::driveName(deviceInfo));
     return button;
-}
-
-/// What tells the drive from others of its model, in printable characters.
-QString DeviceLayout::driveName() const
-{
-    return tr("Tarvo %1, serial number %2")
-        .arg(printable(textFrom(deviceInfo.modelName)), printable(textFrom(deviceInfo.serialNumber)));
-}
-
-/// The first line of a page whose drive was updated.
-QString DeviceLayout::successLine() const
-{
-    return QString("%1<b>%2</b>%3")
-        .arg(tr("Your Tarvo "))
-        .arg(textFrom(deviceInfo.modelName))
-        .arg(tr(" has been successfully updated."));
-}
-
-/// How the drive is switched off and on; empty for a product that is not known.
-QString DeviceLayout::restartInstruction() const
-{
-    QString opening;
-    switch (restartOf(deviceInfo.chipsetType, deviceInfo.productId)) {
-    case Restart::Unplug:
-        opening = tr("Please unplug and replug your Tarvo ");
-        break;
-    case Restart::PowerButton:
-        opening = tr("Please use the power button on your Tarvo ");
-        break;
-    default:
-        return QString();
-    }
-    return QString("%1<b>%2</b>%3")
-        .arg(opening)
-        .arg(textFrom(deviceInfo.modelName))
-        .arg(tr(" hard drive to power off and power on the device."));
-}
-
-/// Drives behind an unsupported bridge have no update button.
-void DeviceLayout::hideUpdateButton()
-{
-    if (updateButton != nullptr) {
-        updateButton->hide();
-    }
 }

@@ -23,7 +23,7 @@ class DeviceLayout : public QWidget
 public:
     /// `mainWindow`: receiver of the choices made on the page; needs the slots updateDevice(QString),
     /// startUpdate(QString) and cancelUpdate(). Not the page's parent.
-    DeviceLayout(QObject *mainWindow, DeviceInfo deviceInfo);
+    DeviceLayout(QObject *mainWindow, DeviceInfo device);
 
     /// The looks of a page that is under way: confirmation, flashing, done, waiting for the restart, failed.
     void deviceSelected();
@@ -57,12 +57,8 @@ private slots:
 
 private:
     QPushButton *newButton(const char *name);
-    QLabel *newStatusIcon(const char *path, const QString &name) const;
+    void setStatusPicture(QLabel *label, std::int32_t status) const;
     void setPicture(QLabel *label, const QString &path, int size, const QString &name) const;
-    QString driveName() const;
-    QString successLine() const;
-    QString restartInstruction() const;
-    void hideUpdateButton();
 
     DeviceInfo deviceInfo;
 

@@ -1,6 +1,7 @@
 #pragma once
 
-class QPalette;
+#include <QPalette>
 
-/// Dark text on a white page, every role and group of it, so that nothing is left to the desktop's colours.
-QPalette lightPalette();
+/// The desktop's palette with a white window; of a dark desktop, whose texts could not be read on white, a
+/// palette of light colors. No role of it follows the desktop when that turns dark later.
+QPalette lightPalette(const QPalette &desktop);

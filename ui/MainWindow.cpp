@@ -1,12 +1,15 @@
 #include "ui/MainWindow.h"
 
 #include "Version.h"
+#include "companion/CompanionTexts.h"
 #include "companion/QDKUtilities.h"
 #include "devices/DeviceDiscoveryThread.h"
+#include "devices/DeviceTexts.h"
 #include "ui/DeviceLayout.h"
 #include "ui/DialogKeys.h"
 #include "ui/LightPalette.h"
 #include "ui/PageState.h"
+#include "ui/TextLine.h"
 #include "update/UpdateDeviceThread.h"
 
 #include <QApplication>
@@ -31,11 +34,9 @@ constexpr const char *LogoPath = ":/firmwareUpdater/TarvoLogo.png";
 
 QLabel *newVersionLabel()
 {
-    auto *label = new QLabel(QString("Orvi: %1").arg(Version));
-    QFont font = QApplication::font();
+    QLabel *label = newTextLine(QString("Orvi: %1").arg(Version));
+    QFont font = label->font();
     font.setStyle(QFont::StyleItalic);
-    font.setPixelSize(10);
-    label->setFixedHeight(12);
     label->setFont(font);
     return label;
 }
@@ -49,7 +50,7 @@ MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
     titleLabel = new QLabel(tr("Tarvo Firmware Updater"));
     setWindowTitle(titleLabel->text());
 
-    setPalette(lightPalette());
+    setPalette(lightPalette(palette()));
 
     auto *blankPage = new QWidget(this);
     pageStack = new QStackedWidget(this);
@@ -140,9 +141,7 @@ bool MainWindow::warnOfCompanion()
     // Set before the box opens: lists and results that arrive while it is open refresh the window too.
     quaydeskWarningShown = true;
     QMessageBox box(QMessageBox::Warning, tr("Tarvo Quaydesk installed and running"),
-        tr("Tarvo Quaydesk is installed on this computer. Please Uninstall Tarvo Quaydesk before using Tarvo "
-           "Firmware Updater."),
-        QMessageBox::Ok);
+        tr(CompanionTexts::Installed), QMessageBox::Ok);
     box.setWindowIcon(QIcon(LogoPath));
     box.setDefaultButton(QMessageBox::Ok);
     box.button(QMessageBox::Ok)->setText(tr("Ok"));
@@ -342,5 +341,5 @@ void MainWindow::onExit()
 
 bool MainWindow::isSelected(const DeviceInfo &device) const
 {
-    return QString::fromLatin1(device.serialNumber.c_str()) == selectedSerialNumber;
+    return DeviceTexts::textFrom(device.serialNumber) == selectedSerialNumber;
 }
