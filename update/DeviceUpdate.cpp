@@ -32,6 +32,11 @@ std::string imagePath(const DeviceInfo &device, const std::string &executablePat
     return executablePath.substr(0, executablePath.rfind('/') + 1) + device.firmwareFileName;
 }
 
+bool hasImageName(const DeviceInfo &device)
+{
+    return device.firmwareFileName.find_first_of(std::string("/\0", 2)) == std::string::npos;
+}
+
 bool updateDevice(const DeviceInfo &device, const std::string &executablePath)
 {
     const std::string image = imagePath(device, executablePath);

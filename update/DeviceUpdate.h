@@ -9,6 +9,10 @@
 /// system takes them; whether the file exists is not looked at. Any thread may call.
 std::string imagePath(const DeviceInfo &device, const std::string &executablePath);
 
+/// True when the name of the drive's image is the name of a file in that directory: it has no slash and no
+/// zero byte. Any thread may call.
+bool hasImageName(const DeviceInfo &device);
+
 /// Flashes the drive with its image and, behind a USB bridge, unmounts its volumes. True when all of that
 /// succeeded; false for everything else, without a reason. Blocks the calling thread, on which the libraries
 /// are used, until the flash is over; it cannot be interrupted.

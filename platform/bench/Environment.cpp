@@ -13,9 +13,10 @@ namespace {
 
 void prepareBench()
 {
-    ::setenv("TARVO_BENCH", bench::benchDirectory().c_str(), 1);
-    const std::string tools = bench::executableDirectory() + "/host-tools";
     std::error_code error;
+    // Absolute: a program may run a stand-in in another directory than its own.
+    ::setenv("TARVO_BENCH", std::filesystem::absolute(bench::benchDirectory(), error).c_str(), 1);
+    const std::string tools = bench::executableDirectory() + "/host-tools";
     if (std::filesystem::is_directory(tools, error)) {
         if (tools.find(':') != std::string::npos) {
             // The person's own tools would be run instead.
