@@ -4,6 +4,18 @@
 
 #include <cstdio>
 
+namespace {
+
+constexpr uint MostSeconds = 86400;
+
+bool isSeconds(const QString &text)
+{
+    bool isNumber = false;
+    return text.toUInt(&isNumber) <= MostSeconds && isNumber;
+}
+
+} // namespace
+
 int refuse(const QString &line, ExitStatus status)
 {
     std::fprintf(stderr, "tarvo-firmware: %s\n", qPrintable(line));
@@ -14,25 +26,27 @@ std::optional<int> readArguments(
     QCommandLineParser &parser, const QString &command, const QStringList &arguments, const QString &examples)
 {
     const QCommandLineOption help({"h", "help"}, "Print this help.");
-    parser.addOption(help);
+    parser.addOptions(
+        {{"timeout", "How long to wait for the statuses of all drives (30).", "SECONDS", "30"}, help});
     if (!parser.parse(QStringList("tarvo-firmware") + arguments)) {
         return refuse(parser.errorText() + QString(" See: tarvo-firmware %1 --help").arg(command), WrongUse);
     }
     if (parser.isSet(help)) {
-        QString text = parser.helpText();
-        text.replace("[options]", command + " [options]");
-        std::printf("%s\nExamples:\n%s", qPrintable(text), qPrintable(examples));
+        std::printf("%s\nExamples:\n%s",
+            qPrintable(parser.helpText().replace("[options]", command + " [options]")), qPrintable(examples));
         return Done;
+    }
+    for (const QString option : {"timeout", "wait"}) {
+        if (parser.optionNames().contains(option) && !isSeconds(parser.value(option))) {
+            return refuse(
+                QString("--%1 takes a whole number of seconds, at most %2").arg(option).arg(MostSeconds),
+                WrongUse);
+        }
     }
     return std::nullopt;
 }
 
-std::optional<QDeadlineTimer> deadlineFrom(const QString &seconds)
+QDeadlineTimer deadline(const QCommandLineParser &parser, const QString &option)
 {
-    bool isNumber = false;
-    const uint number = seconds.toUInt(&isNumber);
-    if (!isNumber || number > 86400) {
-        return std::nullopt;
-    }
-    return QDeadlineTimer(qint64(number) * 1000);
+    return QDeadlineTimer(parser.value(option).toLongLong() * 1000);
 }

@@ -15,54 +15,14 @@ namespace {
 /// Stands for "<" in a drive's text: it is no character that printable() leaves.
 constexpr char Bracket = '\x01';
 
+constexpr const char *OfferNames[] = {"firmware", "configuration", "firmware-and-configuration", "nothing",
+    "unknown", "not-determined", "not-supported"};
+constexpr const char *RestartNames[] = {"unplug", "power-button", "not-needed", "not-known"};
+
 QString statusName(std::int32_t status)
 {
-    switch (status) {
-    case Status::NotYetDetermined:
-        return "not-determined";
-    case Status::UpdateRequired:
-        return "update-required";
-    case Status::UpToDate:
-        return "up-to-date";
-    default:
-        return "unknown";
-    }
-}
-
-QString offerName(Offer offer)
-{
-    switch (offer) {
-    case Offer::Firmware:
-        return "firmware";
-    case Offer::Configuration:
-        return "configuration";
-    case Offer::FirmwareAndConfiguration:
-        return "firmware-and-configuration";
-    case Offer::Nothing:
-        return "nothing";
-    case Offer::Unknown:
-        return "unknown";
-    case Offer::NotDetermined:
-        return "not-determined";
-    case Offer::NotSupported:
-        break;
-    }
-    return "not-supported";
-}
-
-QString restartName(Restart restart)
-{
-    switch (restart) {
-    case Restart::Unplug:
-        return "unplug";
-    case Restart::PowerButton:
-        return "power-button";
-    case Restart::NotNeeded:
-        return "not-needed";
-    case Restart::NotKnown:
-        break;
-    }
-    return "not-known";
+    constexpr const char *Names[] = {"not-determined", "update-required", "up-to-date"};
+    return status >= Status::NotYetDetermined && status <= Status::UpToDate ? Names[status] : "unknown";
 }
 
 } // namespace
@@ -127,8 +87,8 @@ QJsonObject describe(const DeviceInfo &device)
         {"firmwareFileName", DeviceTexts::printable(device.firmwareFileName)},
         {"firmwareStatus", statusName(device.firmwareStatus)},
         {"configurationStatus", statusName(device.configurationStatus)},
-        {"update", offerName(offerFor(device))},
-        {"restart", restartName(restartOf(device.chipsetType, device.productId))},
+        {"update", OfferNames[int(offerFor(device))]},
+        {"restart", RestartNames[int(restartOf(device.chipsetType, device.productId))]},
     };
 }
 

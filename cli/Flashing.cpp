@@ -1,10 +1,10 @@
 #include "cli/Flashing.h"
 
-#include "cli/Commands.h"
+#include "cli/CommandLine.h"
 #include "cli/Drives.h"
 #include "cli/Power.h"
 #include "cli/Progress.h"
-#include "cli/SignalHold.h"
+#include "cli/Signals.h"
 #include "devices/DeviceTexts.h"
 #include "devices/Restart.h"
 #include "devices/SettledDevices.h"
@@ -37,7 +37,7 @@ bool flashOne(const DeviceInfo &device, Progress &progress)
     bool isWarned = false;
     auto result = std::async(std::launch::async, updateDevice, device, program);
     while (result.wait_for(Tick) != std::future_status::ready) {
-        if (SignalHold::isEndRequested() && !isWarned) {
+        if (isEndRequested() && !isWarned) {
             isWarned = true;
             progress.warn(
                 serialNumber + " is being written and is finished first; nothing after it is begun");
@@ -45,7 +45,7 @@ bool flashOne(const DeviceInfo &device, Progress &progress)
         progress.showLive(clock.elapsed(), "writing " + DeviceTexts::driveName(device));
     }
     if (!result.get()) {
-        progress.tell("failed", device, plainText(device, DeviceTexts::failure), {{"isBegun", true}});
+        progress.tell("failed", device, plainText(device, DeviceTexts::failure), {{"begun", true}});
         return false;
     }
     progress.tell("written", device, QString("written in %1 s").arg(clock.elapsed() / 1000),
@@ -68,12 +68,12 @@ Flashed flash(const std::vector<DeviceInfo> &devices, Progress &progress)
         progress.warn("nothing keeps this machine from going to sleep meanwhile: " + wakeLock.problem);
     }
     for (const DeviceInfo &device : devices) {
-        if (SignalHold::isEndRequested()) {
-            progress.tell("failed", device, "is not begun", {{"isBegun", false}});
+        if (isEndRequested()) {
+            progress.tell("failed", device, "is not begun", {{"begun", false}});
             flashed.hasFailed = true;
         } else if (!hasImageName(device)) {
-            progress.tell("failed", device, "is not begun: the name of its image is no file name",
-                {{"isBegun", false}});
+            progress.tell(
+                "failed", device, "is not begun: the name of its image is no file name", {{"begun", false}});
             flashed.hasFailed = true;
         } else if (!flashOne(device, progress)) {
             flashed.hasFailed = true;
@@ -98,7 +98,12 @@ int waitForRestarts(const std::vector<DeviceInfo> &devices, QDeadlineTimer deadl
     int status = Done;
     QElapsedTimer clock;
     clock.start();
-    while (!awaited.empty() && !deadline.hasExpired() && !SignalHold::isEndRequested()) {
+    for (int tick = 0; !awaited.empty() && !deadline.hasExpired() && !isEndRequested(); ++tick) {
+        progress.showLive(clock.elapsed(), "waiting for " + DeviceTexts::driveName(awaited.front().device));
+        QThread::msleep(Tick.count());
+        if (tick % TicksBetweenQueries != 0) {
+            continue;
+        }
         // One query, since what is not settled yet is not waited for.
         const std::vector<DeviceInfo> attached = attachedDrives(QDeadlineTimer(0));
         const auto isDone = [&](Awaited &drive) {
@@ -106,26 +111,20 @@ int waitForRestarts(const std::vector<DeviceInfo> &devices, QDeadlineTimer deadl
                 [&](const DeviceInfo &device) { return device.serialNumber == drive.device.serialNumber; });
             if (now == attached.end()) {
                 drive.isGone = true;
+                return false;
             }
-            if (now == attached.end() || !drive.isGone || !isSettled(*now)) {
+            if (!drive.isGone || !isSettled(*now)) {
                 return false;
             }
             const bool isUpdated = runsWhatWasOffered(*now, drive.device);
             progress.tell("restarted", *now,
                 isUpdated ? plainText(*now, DeviceTexts::updated)
                           : "came back and does not run what was offered",
-                {{"runsWhatWasOffered", isUpdated}});
+                {{"asOffered", isUpdated}});
             status = isUpdated ? status : Failed;
             return true;
         };
         awaited.erase(std::remove_if(awaited.begin(), awaited.end(), isDone), awaited.end());
-        for (int tick = 0; tick < TicksBetweenQueries && !awaited.empty() && !deadline.hasExpired()
-             && !SignalHold::isEndRequested();
-             ++tick) {
-            progress.showLive(
-                clock.elapsed(), "waiting for " + DeviceTexts::driveName(awaited.front().device));
-            QThread::msleep(Tick.count());
-        }
     }
     if (status == Done && !awaited.empty()) {
         status = ToBeRestarted;

@@ -31,18 +31,16 @@ int listDrives(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         "Lists the attached drives: what they run, what is on offer, and how they are restarted.");
-    parser.addOptions({{"json", "Print one JSON document."},
-        {"timeout", "How long to wait for the statuses of all drives (30).", "SECONDS", "30"}});
+    parser.addOption({"json", "Print one JSON document."});
     if (const auto end = readArguments(
             parser, "list", arguments, "  tarvo-firmware list\n  tarvo-firmware list --json --timeout 5\n")) {
         return *end;
     }
-    const auto deadline = deadlineFrom(parser.value("timeout"));
-    if (!deadline || !parser.positionalArguments().isEmpty()) {
-        return refuse("list takes no argument but --timeout, a whole number of seconds", WrongUse);
+    if (!parser.positionalArguments().isEmpty()) {
+        return refuse("list takes no drives: it lists them all", WrongUse);
     }
 
-    const std::vector<DeviceInfo> devices = attachedDrives(*deadline);
+    const std::vector<DeviceInfo> devices = attachedDrives(deadline(parser, "timeout"));
     QJsonArray drives;
     int status = Done;
     for (const DeviceInfo &device : devices) {

@@ -19,10 +19,10 @@ QJsonObject describeImage(const DeviceInfo &device)
     const std::string program = QFile::encodeName(QCoreApplication::applicationFilePath()).toStdString();
     QFile file(QFile::decodeName(imagePath(device, program).c_str()));
     QCryptographicHash hash(QCryptographicHash::Sha256);
-    const bool isThere = hasImageName(device) && QFileInfo(file).isFile();
-    const bool isReadable = isThere && file.open(QFile::ReadOnly) && hash.addData(&file);
-    QJsonObject image = {{"isThere", isThere}, {"isReadable", isReadable}};
-    if (isReadable) {
+    const bool exists = hasImageName(device) && QFileInfo(file).isFile();
+    const bool readable = exists && file.open(QFile::ReadOnly) && hash.addData(&file);
+    QJsonObject image = {{"exists", exists}, {"readable", readable}};
+    if (readable) {
         image["size"] = file.size();
         image["sha256"] = QString(hash.result().toHex());
     }
@@ -36,20 +36,18 @@ int reportOnDrives(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setApplicationDescription(
         "Prints one JSON document about this computer's drives for a support request.");
-    parser.addOptions({{"serials", "Name the serial numbers of the drives too."},
-        {"timeout", "How long to wait for the statuses of all drives (30).", "SECONDS", "30"}});
+    parser.addOption({"serials", "Name the serial numbers of the drives too."});
     if (const auto end =
             readArguments(parser, "report", arguments, "  tarvo-firmware report > report.json\n")) {
         return *end;
     }
-    const auto deadline = deadlineFrom(parser.value("timeout"));
-    if (!deadline || !parser.positionalArguments().isEmpty()) {
-        return refuse("report takes no argument but --timeout, a whole number of seconds", WrongUse);
+    if (!parser.positionalArguments().isEmpty()) {
+        return refuse("report takes no drives: it is about them all", WrongUse);
     }
 
     const std::optional<bool> companion = isCompanionInstalled();
     QJsonArray drives;
-    for (const DeviceInfo &device : attachedDrives(*deadline)) {
+    for (const DeviceInfo &device : attachedDrives(deadline(parser, "timeout"))) {
         QJsonObject drive = describe(device);
         drive["image"] = describeImage(device);
         if (parser.isSet("serials")) {

@@ -4,7 +4,7 @@
 #include "cli/Flashing.h"
 #include "cli/Power.h"
 #include "cli/Progress.h"
-#include "cli/SignalHold.h"
+#include "cli/Signals.h"
 #include "companion/CompanionTexts.h"
 #include "devices/DeviceTexts.h"
 
@@ -30,6 +30,22 @@ struct Plan
     std::vector<DeviceInfo> devices; ///< to be written
 };
 
+QString planned(const DeviceInfo &device, bool isWritten)
+{
+    const Offer offer = offerFor(device);
+    if (offer == Offer::NotDetermined) {
+        return "its status is not yet determined";
+    }
+    if (isUpdateRequired(device)) {
+        return plainText(device, DeviceTexts::warning);
+    }
+    return (plainText(device, DeviceTexts::firmwareStatus) + ' '
+        + plainText(device, DeviceTexts::configurationStatus)
+        + (offer == Offer::Unknown && !isWritten ? " It is left alone; give its serial number to update it."
+                                                 : ""))
+        .trimmed();
+}
+
 /// Tells what is to be done with each drive. No serial numbers: all that need an update.
 Plan makePlan(const QStringList &serialNumbers, QDeadlineTimer deadline, Progress &progress)
 {
@@ -43,23 +59,13 @@ Plan makePlan(const QStringList &serialNumbers, QDeadlineTimer deadline, Progres
         }
         missing.removeAll(serialNumber);
         const Offer offer = offerFor(device);
-        const bool isWritten = isUpdateRequired(device) || (isNamed && offer == Offer::Unknown);
-        QString sentence = plainText(device, DeviceTexts::warning);
-        if (sentence.isEmpty()) {
-            sentence = plainText(device, DeviceTexts::firmwareStatus) + ' '
-                + plainText(device, DeviceTexts::configurationStatus);
-        }
-        if (offer == Offer::Unknown && !isNamed) {
-            sentence += " It is left alone; give its serial number to update it.";
-        }
         QJsonObject details = describe(device);
-        details["isWritten"] = isWritten;
-        progress.tell("planned", device, sentence, details);
-        if (isWritten) {
+        details["write"] = isUpdateRequired(device) || (isNamed && offer == Offer::Unknown);
+        progress.tell("planned", device, planned(device, details["write"].toBool()), details);
+        if (details["write"].toBool()) {
             plan.devices.push_back(device);
         } else if (offer == Offer::NotDetermined) {
-            plan.status =
-                qMax(plan.status, refuse(serialNumber + ": its status is not yet determined", Failed));
+            plan.status = qMax(plan.status, int(Failed));
         } else if (offer == Offer::NotSupported && isNamed) {
             plan.status = refuse(serialNumber + " cannot be updated; nothing is written", WrongUse);
         }
@@ -103,7 +109,7 @@ std::vector<std::unique_ptr<QLockFile>> lock(const std::vector<DeviceInfo> &devi
     return locks;
 }
 
-int update(const QCommandLineParser &options, QDeadlineTimer deadline, Progress &progress)
+int update(const QCommandLineParser &options, Progress &progress)
 {
     const std::optional<bool> companion = isCompanionInstalled();
     if (!companion) {
@@ -115,7 +121,7 @@ int update(const QCommandLineParser &options, QDeadlineTimer deadline, Progress 
         return refuse(
             QCoreApplication::translate("MainWindow", CompanionTexts::Installed), CompanionInstalled);
     }
-    const Plan plan = makePlan(options.positionalArguments(), deadline, progress);
+    const Plan plan = makePlan(options.positionalArguments(), deadline(options, "timeout"), progress);
     if (plan.status == WrongUse || plan.devices.empty() || options.isSet("dry-run")) {
         return plan.status;
     }
@@ -135,7 +141,7 @@ int update(const QCommandLineParser &options, QDeadlineTimer deadline, Progress 
         return Failed;
     }
 
-    const SignalHold hold;
+    holdSignals();
     const Flashed flashed = flash(plan.devices, progress);
     for (const DeviceInfo &device : flashed.toRestart) {
         const QString instruction = plainText(device, DeviceTexts::success);
@@ -145,7 +151,7 @@ int update(const QCommandLineParser &options, QDeadlineTimer deadline, Progress 
     }
     int status = flashed.toRestart.empty() ? Done : ToBeRestarted;
     if (options.isSet("wait")) {
-        status = waitForRestarts(flashed.toRestart, *deadlineFrom(options.value("wait")), progress);
+        status = waitForRestarts(flashed.toRestart, deadline(options, "wait"), progress);
     }
     return flashed.hasFailed || plan.status == Failed ? Failed : status;
 }
@@ -164,19 +170,14 @@ int updateDrives(const QStringList &arguments)
             "Wait until the drives have been restarted, and say whether they run the new firmware. --wait "
             "alone "
             "waits for a day, --wait=SECONDS shorter.",
-            "SECONDS"},
+            "SECONDS", "86400"},
         {"on-battery", "Update although the battery is low."},
-        {"json", "Print one JSON event a line; needs --yes or --dry-run."},
-        {"timeout", "How long to wait for the statuses of all drives (30).", "SECONDS", "30"}});
+        {"json", "Print one JSON event a line; needs --yes or --dry-run."}});
     QStringList complete = arguments;
     complete.replaceInStrings(QRegularExpression("^--wait$"), "--wait=86400");
     if (const auto end = readArguments(parser, "update", complete,
             "  tarvo-firmware update --all\n  tarvo-firmware update TV-FOLIO-001 --yes --wait=120\n")) {
         return *end;
-    }
-    const auto deadline = deadlineFrom(parser.value("timeout"));
-    if (!deadline || (parser.isSet("wait") && !deadlineFrom(parser.value("wait")))) {
-        return refuse("--timeout and --wait take a whole number of seconds, at most 86400", WrongUse);
     }
     if (parser.isSet("all") != parser.positionalArguments().isEmpty()) {
         return refuse("name the drives to update by their serial numbers, or give --all", WrongUse);
@@ -186,5 +187,5 @@ int updateDrives(const QStringList &arguments)
         return refuse("nobody can be asked here: give --yes or --dry-run", WrongUse);
     }
     Progress progress(parser.isSet("json"));
-    return progress.finish(update(parser, *deadline, progress));
+    return progress.finish(update(parser, progress));
 }
