@@ -20,11 +20,12 @@ constexpr bool isUsbBridge(std::int32_t chipset)
 }
 } // namespace Chipset
 
-/// Codes of DeviceInfo::firmwareStatus and DeviceInfo::configurationStatus; any other value is unknown.
+/// Codes of DeviceInfo::firmwareStatus and DeviceInfo::configurationStatus.
 namespace Status {
 constexpr std::int32_t NotYetDetermined = 0;
 constexpr std::int32_t UpdateRequired = 1;
 constexpr std::int32_t UpToDate = 2;
+constexpr std::int32_t Unknown = 3; ///< as any other value
 } // namespace Status
 
 /// Codes of DeviceInfo::vendorId: the bus through which a drive is attached.

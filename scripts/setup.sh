@@ -91,7 +91,7 @@ install_build_tools() {
         CMAKE_PREFIX_PATH="$(brew --prefix qt)${CMAKE_PREFIX_PATH:+:$CMAKE_PREFIX_PATH}"
         export CMAKE_PREFIX_PATH
     elif command -v apt-get >/dev/null; then
-        install_packages g++ cmake ninja-build qt6-base-dev libsqlite3-dev libsqlitecpp-dev libcli11-dev \
+        install_packages g++ cmake ninja-build qt6-base-dev libsqlite3-dev libsqlitecpp-dev zlib1g-dev libcli11-dev \
             nlohmann-json3-dev "$@"
     else
         fail "neither apt-get nor Homebrew here; install a C++17 compiler, CMake 3.25, Ninja and Qt 6.4 or later" \

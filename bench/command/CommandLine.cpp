@@ -1,13 +1,13 @@
 #include "bench/command/CommandLine.h"
 
 #include "Version.h"
-#include "bench/core/FirmwareImage.h"
+#include "bench/core/Image.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <numeric>
+#include <new>
 
 namespace bench {
 
@@ -19,42 +19,24 @@ int refuse(const std::string &line)
     return 1;
 }
 
-/// How many letters have to be changed, added or left out to make one word of the other.
-std::size_t editDistance(const std::string &left, const std::string &right)
+/// No option and no argument is empty: an unset variable of a script must not pass for a name.
+void refuseEmptyValues(const CLI::App &command)
 {
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t(0));
-    for (const char letter : left) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t replaced = diagonal + (letter == right[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({replaced, row[j] + 1, row[j + 1] + 1});
+    for (const CLI::Option *option : command.get_options()) {
+        const auto &values = option->results();
+        if (std::find(values.begin(), values.end(), "") != values.end()) {
+            throw WrongUsage(option->get_name() + " needs a value that is not empty");
         }
     }
-    return row.back();
-}
-
-/// " (did you mean "plug"?)" where a command has a similar name.
-std::string suggestion(const CLI::App &parent, const std::string &word)
-{
-    std::size_t least = 3;
-    std::string nearest;
-    for (const CLI::App *command : parent.get_subcommands({})) {
-        const std::size_t distance = editDistance(word, command->get_name());
-        if (distance < least) {
-            least = distance;
-            nearest = command->get_name();
-        }
-    }
-    return nearest.empty() ? std::string() : " (did you mean \"" + nearest + "\"?)";
 }
 
 } // namespace
 
 CommandLine::CommandLine() : app("A bench of simulated drives, in place of drives on a desk.", "drive-bench")
 {
-    addBenchOption(&app);
+    app.add_option("--bench", options.benchDirectory, "the directory of the bench, instead of $TARVO_BENCH")
+        ->type_name("DIR");
+    app.fallthrough();
     app.set_version_flag("--version", std::string("drive-bench ") + TarvoVersion);
     app.get_formatter()->column_width(34);
     app.require_subcommand(1);
@@ -67,9 +49,6 @@ CommandLine::CommandLine() : app("A bench of simulated drives, in place of drive
     addListCommands(*this);
     addDriveCommands(*this);
     addFaultCommands(*this);
-    addImageCommands(*this);
-    addCompanionCommands(*this);
-    addWatchCommands(*this);
 }
 
 CLI::App *CommandLine::add(const std::string &name, const std::string &summary, const std::string &details,
@@ -77,12 +56,17 @@ CLI::App *CommandLine::add(const std::string &name, const std::string &summary, 
 {
     const std::size_t space = name.find(' ');
     CLI::App *const parent = space == std::string::npos ? &app : app.get_subcommand(name.substr(0, space));
-    CLI::App *const command =
-        parent->add_subcommand(space == std::string::npos ? name : name.substr(space + 1), summary);
-    addBenchOption(command);
+    CLI::App *const command = parent->add_subcommand(name.substr(space + 1), summary);
+    command->fallthrough();
     command->footer(details + (details.empty() ? "" : "\n\n") + "Example:\n  drive-bench " + name
         + (example.empty() ? "" : ' ' + example));
-    command->callback(work);
+    command->callback([this, command, work] {
+        refuseEmptyValues(app);
+        refuseEmptyValues(*command);
+        if (work) {
+            work();
+        }
+    });
     return command;
 }
 
@@ -94,21 +78,13 @@ CLI::App *CommandLine::addForDrive(const std::string &name, const std::string &s
     return command;
 }
 
-void CommandLine::addBenchOption(CLI::App *command)
+void CommandLine::onDrive(
+    const std::string &action, const std::function<void(Store &store, const std::string &serial)> &work) const
 {
-    command
-        ->add_option("--bench", options.benchDirectory, "the directory of the bench, instead of $TARVO_BENCH")
-        ->type_name("DIR");
-}
-
-void CommandLine::onDrive(const std::string &action,
-    const std::function<void(DriveLifeCycle &drives, const std::string &serial)> &work) const
-{
-    attempt(action + ' ' + options.serial, [&] {
-        const std::string serial = serialFrom(options.serial);
-        BenchStore store = openBench();
-        DriveLifeCycle drives(store);
-        work(drives, serial);
+    const std::string serial = textFrom(options.serial);
+    attempt("cannot " + action + ' ' + options.serial, [&] {
+        Store store = openBench();
+        work(store, serial);
     });
 }
 
@@ -127,6 +103,8 @@ int CommandLine::run(int argc, char **argv)
         return explain(error);
     } catch (const Refused &refused) {
         return refuse(refused.what());
+    } catch (const std::bad_alloc &) {
+        return refuse("there is not enough memory");
     }
 }
 
@@ -140,14 +118,12 @@ int CommandLine::explain(const CLI::ParseError &error) const
     }
     std::string line = error.what();
     const std::vector<std::string> unknown = app.remaining(true);
-    const bool isGroup = !command->get_subcommands({}).empty();
-    if (isGroup && !unknown.empty()) {
+    if (!command->get_subcommands({}).empty() && !unknown.empty()) {
         const std::string &word = unknown.front();
-        line = word.compare(0, 1, "-") == 0
-            ? "there is no option \"" + word + '"'
-            : "there is no command \"" + word + '"' + suggestion(*command, word);
+        line =
+            (word.compare(0, 1, "-") == 0 ? "there is no option \"" : "there is no command \"") + word + '"';
     }
-    refuse(oneLine(line) + "; see: " + name + " --help");
+    refuse(shortened(oneLine(line)) + "; see: " + name + " --help");
     return 2;
 }
 
@@ -160,43 +136,37 @@ CLI::Option *addNumber(CLI::App *command, const std::string &name, const std::st
         const auto given = numberFromText(text);
         const bool fits = given && *given >= minimum && *given <= maximum;
         text = fits ? std::to_string(*given) : text;
-        return fits
-            ? std::string()
-            : "needs a whole number from " + std::to_string(minimum) + " to " + std::to_string(maximum);
+        return fits ? std::string() : "needs " + wholeNumber(minimum, maximum);
     };
     return command->add_option(name, number, description)
         ->type_name(valueName)
         ->transform(CLI::Validator(toDecimal, ""));
 }
 
-std::string serialFrom(const std::string &argument)
+CLI::Option *addRate(CLI::App *command, Options &options)
 {
-    const auto serial = unescaped(argument);
-    if (!serial || serial->empty()) {
-        throw WrongUsage('"' + argument
-            + "\" is no serial number: it holds characters up to U+00FF, and \\xNN for any byte");
+    return addNumber(command, "--rate", "BYTES", options.rate, 1, Drive::MaximumFlashRate,
+        "flash rate in bytes a second (" + std::to_string(Drive::DefaultFlashRate) + ')');
+}
+
+std::string textFrom(const std::string &argument)
+{
+    const auto text = unescaped(argument);
+    if (!text) {
+        throw WrongUsage('"' + argument + "\" must hold characters up to U+00FF, and \\xNN for any byte");
     }
-    return *serial;
+    return *text;
 }
 
 std::string versionFrom(const std::string &argument, const std::string &otherwise)
 {
     const std::string &version = argument.empty() ? otherwise : argument;
     const bool isAscii = std::all_of(version.begin(), version.end(), [](char letter) { return letter > 0; });
-    if (version.size() > FirmwareImage::MaximumText || !isAscii) {
-        throw WrongUsage("--firmware and --configuration take 1 to "
-            + std::to_string(FirmwareImage::MaximumText) + " ASCII characters each");
+    if (version.size() > Image::MaximumText || !isAscii) {
+        throw WrongUsage("--firmware and --configuration take 1 to " + std::to_string(Image::MaximumText)
+            + " ASCII characters each");
     }
     return version;
-}
-
-const Model &modelNamed(const std::string &name)
-{
-    const Model *const model = findModel(name);
-    if (model == nullptr) {
-        throw Refused("there is no such model; drive-bench models lists them");
-    }
-    return *model;
 }
 
 void print(const std::string &text)
@@ -219,21 +189,6 @@ void printColumns(const std::vector<std::vector<std::string>> &rows)
             line.resize(line.size() + widths[i] - row[i].size(), ' ');
         }
         print(line.substr(0, line.find_last_not_of(' ') + 1) + '\n');
-    }
-}
-
-std::string versionsText(const std::string &firmware, const std::string &configuration)
-{
-    return firmware.empty() ? "none"
-                            : "firmware " + escaped(firmware) + ", configuration " + escaped(configuration);
-}
-
-void attempt(const std::string &action, const std::function<void()> &work)
-{
-    try {
-        work();
-    } catch (const Refused &refused) {
-        throw Refused("cannot " + action + ": " + refused.what());
     }
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "bench/core/BenchStore.h"
-#include "bench/core/DriveLifeCycle.h"
+#include "bench/core/Faults.h"
 #include "bench/core/Files.h"
+#include "bench/core/Store.h"
 
 #include <CLI/CLI.hpp>
 
@@ -29,13 +29,12 @@ struct Options
     std::string fault;
     std::string value;
     std::string file;
-    std::string imageDirectory = executableDirectory();
+    std::string imageDirectory; ///< empty for the bench's own
     bool empty = false;
     bool force = false;
     bool json = false;
     bool list = false;
     bool once = false;
-    bool quiet = false;
     bool unplugged = false;
 };
 
@@ -48,48 +47,41 @@ public:
     /// Runs what the arguments say. The exit status: 0, 1 for what was refused, 2 for a wrong usage.
     int run(int argc, char **argv);
 
-    CLI::App &root() { return app; }
-    BenchStore openBench() const { return BenchStore(options.benchDirectory); }
-
     /// Adds a command that runs `work`. `name` may be two words, the first of which is a command that was
-    /// added before. `summary` begins its help and stands in the list of commands, `details` follows and may
-    /// be empty, `example` is what may stand behind the name.
+    /// added before. `details` follow the summary in its help and may be empty; `example` is what may stand
+    /// behind the name.
     CLI::App *add(const std::string &name, const std::string &summary, const std::string &details,
         const std::string &example, const std::function<void()> &work);
     /// Adds a command that takes the serial number of a drive.
     CLI::App *addForDrive(const std::string &name, const std::string &summary, const std::string &details,
         const std::string &example, const std::function<void()> &work);
 
+    Store openBench() const { return Store(options.benchDirectory); }
     /// Runs `work` on the drive that the arguments name; what is refused is refused as "cannot <action>
     /// <drive>: <reason>".
     void onDrive(const std::string &action,
-        const std::function<void(DriveLifeCycle &drives, const std::string &serial)> &work) const;
+        const std::function<void(Store &store, const std::string &serial)> &work) const;
 
     Options options; ///< complete when a command runs
 
 private:
-    void addBenchOption(CLI::App *command);
     int explain(const CLI::ParseError &error) const;
 
     CLI::App app;
 };
 
 // Each family of commands has a source file of its own.
-void addBenchCommands(CommandLine &line); ///< init, export
+void addBenchCommands(CommandLine &line); ///< init, export, image build, companion, panel
 void addListCommands(CommandLine &line); ///< models, list, show
 void addDriveCommands(CommandLine &line); ///< add, remove, plug, unplug, replug, power-cycle
 void addFaultCommands(CommandLine &line); ///< fault, clear
-void addImageCommands(CommandLine &line); ///< image build, image inspect
-void addCompanionCommands(CommandLine &line); ///< companion install, uninstall, start, stop
-void addWatchCommands(CommandLine &line); ///< watch, panel
 
 /// An option that takes a whole number between the limits.
 CLI::Option *addNumber(CLI::App *command, const std::string &name, const std::string &valueName,
     std::optional<std::int64_t> &number, std::int64_t minimum, std::int64_t maximum,
     const std::string &description);
-
-/// What may stand in the place of the last of these words of a command line, one candidate a line.
-std::string completions(CommandLine &line, const std::vector<std::string> &words);
+/// The option --rate.
+CLI::Option *addRate(CLI::App *command, Options &options);
 
 /// A wrong usage that only a command can notice.
 class WrongUsage : public CLI::ParseError
@@ -98,11 +90,8 @@ public:
     explicit WrongUsage(const std::string &line) : ParseError("WrongUsage", line, 2) { }
 };
 
-/// The bytes of the serial number that an argument names: \xNN stands for any byte. Throws WrongUsage.
-std::string serialFrom(const std::string &argument);
-
-/// The model of that name. Refused when there is none.
-const Model &modelNamed(const std::string &name);
+/// The text that an argument stands for: \xNN for any byte. Throws WrongUsage.
+std::string textFrom(const std::string &argument);
 
 /// The version that was given or, where that is empty, the other one. Throws WrongUsage when it cannot stand
 /// in an image.
@@ -113,11 +102,5 @@ void print(const std::string &text);
 
 /// Prints rows of ASCII in columns as wide as they need to be.
 void printColumns(const std::vector<std::vector<std::string>> &rows);
-
-/// A firmware version and a configuration revision, bytes, for a person; "none" for empty ones.
-std::string versionsText(const std::string &firmware, const std::string &configuration);
-
-/// Runs `work`; what it is refused is refused as "cannot <action>: <reason>".
-void attempt(const std::string &action, const std::function<void()> &work);
 
 } // namespace bench

@@ -1,22 +1,39 @@
 #include "bench/command/CommandLine.h"
-#include "bench/core/SampleBench.h"
+#include "bench/core/LifeCycle.h"
+#include "bench/core/Refused.h"
 #include "bench/core/Text.h"
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <limits>
 #include <thread>
 
 namespace bench {
 
 namespace {
 
-/// Off and, after the pause, on again.
+constexpr std::chrono::milliseconds PollInterval(20);
+volatile std::sig_atomic_t stopped = 0;
+
+/// Off and, after the pause or at a signal, on again: the drive is not left unplugged.
 void restart(const CommandLine &line)
 {
-    line.onDrive("unplug", &DriveLifeCycle::unplug);
-    std::this_thread::sleep_for(std::chrono::seconds(line.options.seconds.value_or(3)));
-    line.onDrive("plug in", &DriveLifeCycle::plug);
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        std::signal(number, [](int received) { stopped = received; });
+    }
+    line.onDrive("unplug", unplugDrive);
+    const auto end =
+        std::chrono::steady_clock::now() + std::chrono::seconds(line.options.seconds.value_or(3));
+    while (stopped == 0 && std::chrono::steady_clock::now() < end) {
+        std::this_thread::sleep_until(std::min(end, std::chrono::steady_clock::now() + PollInterval));
+    }
+    line.onDrive("plug in", plugDrive);
+    if (stopped != 0) {
+        std::signal(stopped, SIG_DFL);
+        std::raise(stopped);
+    }
 }
 
 /// "TV" and the lowest free number, then the first word of the model's name.
@@ -38,22 +55,20 @@ std::string freeSerial(const std::vector<Drive> &drives, const std::string &mode
     return beginning;
 }
 
-void addDrive(const CommandLine &line)
+void putOnBench(const CommandLine &line)
 {
     const Options &options = line.options;
-    Drive drive;
-    attempt("add \"" + options.model + '"', [&] { drive = newDrive(modelNamed(options.model)); });
+    Drive drive = newDrive(modelNamed(options.model));
     drive.chipset = static_cast<std::int32_t>(options.chipset.value_or(drive.chipset));
     drive.plugged = !options.unplugged;
     drive.flashRate = options.rate.value_or(drive.flashRate);
     drive.flashFirmware = versionFrom(options.firmware, drive.flashFirmware);
     drive.flashConfiguration = versionFrom(options.configuration, drive.flashConfiguration);
-    BenchStore store = line.openBench();
-    DriveLifeCycle lifeCycle(store);
+    Store store = line.openBench();
     store.change([&] {
         drive.serial =
-            options.serial.empty() ? freeSerial(lifeCycle.drives(), drive.model) : serialFrom(options.serial);
-        attempt("add " + escaped(drive.serial), [&] { lifeCycle.add(drive); });
+            options.serial.empty() ? freeSerial(store.drives(), drive.model) : textFrom(options.serial);
+        attempt("cannot add " + escaped(drive.serial), [&] { addDrive(store, drive); });
     });
     print(escaped(drive.serial) + '\n');
 }
@@ -64,7 +79,7 @@ void addAdd(CommandLine &line)
     Options &options = line.options;
     CLI::App *const command = line.add("add", "Put a new drive on the bench and print its serial number",
         "Without --firmware and --configuration the drive is up to date.",
-        "\"Lamina Slim\" --serial TV0042LAMINA --firmware 3.11", [&line] { addDrive(line); });
+        "\"Lamina Slim\" --serial TV0042LAMINA --firmware 3.11", [&line] { putOnBench(line); });
     command->add_option("MODEL", options.model, "the name of its model")->required();
     command->add_option("--serial", options.serial, "its serial number; \\xNN stands for any byte")
         ->type_name("SERIAL");
@@ -74,8 +89,7 @@ void addAdd(CommandLine &line)
         ->type_name("REVISION");
     addNumber(command, "--chipset", "CODE", options.chipset, Code::min(), Code::max(),
         "code of its bridge, instead of the model's");
-    addNumber(command, "--rate", "BYTES", options.rate, 1, Drive::MaximumFlashRate,
-        "flash rate in bytes a second (16384)");
+    addRate(command, options);
     command->add_flag("--unplugged", options.unplugged, "leave it unplugged");
 }
 
@@ -85,11 +99,11 @@ void addDriveCommands(CommandLine &line)
 {
     addAdd(line);
     line.addForDrive("remove", "Take a drive off the bench for good", "", "TV0001PEBBLE",
-        [&line] { line.onDrive("remove", &DriveLifeCycle::remove); });
+        [&line] { line.onDrive("remove", removeDrive); });
     line.addForDrive("plug", "Plug a drive in", "It runs what is then in its flash.", "TV0001PEBBLE",
-        [&line] { line.onDrive("plug in", &DriveLifeCycle::plug); });
+        [&line] { line.onDrive("plug in", plugDrive); });
     line.addForDrive("unplug", "Unplug a drive, whatever it is doing", "", "TV0001PEBBLE",
-        [&line] { line.onDrive("unplug", &DriveLifeCycle::unplug); });
+        [&line] { line.onDrive("unplug", unplugDrive); });
     CLI::App *const replug = line.addForDrive("replug", "Unplug a drive and plug it in again", "",
         "TV0002BOLLARD --for 5", [&line] { restart(line); });
     CLI::App *const powerCycle =

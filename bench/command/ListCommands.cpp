@@ -1,9 +1,11 @@
 #include "bench/command/CommandLine.h"
+#include "bench/core/BenchDocument.h"
 #include "bench/core/Discovery.h"
-#include "bench/core/DriveJson.h"
+#include "bench/core/Host.h"
+#include "bench/core/LifeCycle.h"
+#include "bench/core/Record.h"
+#include "bench/core/Refused.h"
 #include "bench/core/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 
@@ -30,18 +32,17 @@ const char *statusText(std::int32_t status)
 /// What is stored of the drive, what it is doing, and what discovery reports of it.
 Json describedDrive(const Drive &drive, const DeviceInfo &record)
 {
-    Json json = toJson(drive);
+    Json json = drive;
     json["state"] = stateText(drive.state());
     json["record"] = toJson(record);
     return json;
 }
 
-std::string companionText(const HostState &host)
+/// A firmware version and a configuration revision for a person; "none" for empty ones.
+std::string versionsText(const std::string &firmware, const std::string &configuration)
 {
-    if (!host.companionInstalled) {
-        return "not installed";
-    }
-    return host.processes.empty() ? "installed, not running" : "installed, running";
+    return firmware.empty() ? "none"
+                            : "firmware " + escaped(firmware) + ", configuration " + escaped(configuration);
 }
 
 void printModels(bool asJson)
@@ -58,7 +59,7 @@ void printModels(bool asJson)
             {"bridge", bridgeName(model.chipset)}, {"chipset", model.chipset},
             {"restart", restartText(model.restart())}, {"newestFirmware", model.newestFirmware},
             {"newestConfiguration", model.newestConfiguration}, {"image", model.imageName()},
-            {"picture", model.picture()}, {"pictureSize", model.pictureSize}, {"body", model.body}});
+            {"picture", model.picture()}, {"body", model.body}});
     }
     if (asJson) {
         print(printed({{"models", list}}));
@@ -67,18 +68,28 @@ void printModels(bool asJson)
     }
 }
 
+std::string faultNames(const Faults &faults)
+{
+    std::string names;
+    for (const Fault &fault : faults) {
+        names += (names.empty() ? "" : ", ") + std::string(describe(fault.fault).name);
+    }
+    return names.empty() ? "-" : names;
+}
+
 void printList(const CommandLine &line)
 {
-    BenchStore store = line.openBench();
-    const std::vector<Drive> drives = DriveLifeCycle(store).drives();
-    const HostState host = Host(store).state();
+    const Store store = line.openBench();
+    const std::vector<Drive> drives = allDrives(store);
+    const bool hasCompanion = isCompanionInstalled(store);
     if (line.options.json) {
-        const std::vector<DeviceInfo> records = Discovery(store, executableDirectory()).records(drives);
+        const std::vector<DeviceInfo> reported = records(drives, store.directory(), executableDirectory());
         Json list = Json::array();
         for (std::size_t i = 0; i < drives.size(); ++i) {
-            list.push_back(describedDrive(drives[i], records[i]));
+            list.push_back(describedDrive(drives[i], reported[i]));
         }
-        print(printed({{"bench", line.options.benchDirectory}, {"drives", list}, {"host", toJson(host)}}));
+        print(printed({{"bench", store.directory()}, {"drives", list},
+            {"host", {{"companionInstalled", hasCompanion}}}}));
         return;
     }
     std::vector<Row> rows{{"SERIAL", "MODEL", "STATE", "FIRMWARE", "CONFIGURATION", "FAULTS"}};
@@ -86,12 +97,12 @@ void printList(const CommandLine &line)
         return drive.incomplete || version.empty() ? "none" : escaped(version);
     };
     for (const Drive &drive : drives) {
-        rows.push_back({escaped(drive.serial), drive.model, drive.progressText(),
-            running(drive, drive.runningFirmware), running(drive, drive.runningConfiguration),
-            drive.faults.empty() ? "-" : faultNames(drive.faults)});
+        rows.push_back(
+            {escaped(drive.serial), drive.model, drive.progressText(), running(drive, drive.runningFirmware),
+                running(drive, drive.runningConfiguration), faultNames(drive.faults)});
     }
     printColumns(rows);
-    print("\nCompanion: " + companionText(host) + '\n');
+    print(hasCompanion ? "\nCompanion: installed\n" : "\nCompanion: not installed\n");
 }
 
 /// Everything about a drive, a name and a value each.
@@ -111,12 +122,15 @@ std::vector<Row> description(const Drive &drive, const DeviceInfo &record)
         {"restart", restartText(model.restart())},
         {"state", drive.progressText()},
         {"running",
-            drive.bootRom ? "boot ROM" : versionsText(drive.runningFirmware, drive.runningConfiguration)},
+            drive.isInBootRom() ? "boot ROM"
+                                : versionsText(drive.runningFirmware, drive.runningConfiguration)},
         {"in flash",
             drive.incomplete ? "incomplete, " + std::to_string(drive.bytesWritten) + " of "
                     + std::to_string(drive.bytesToWrite) + " bytes written"
                              : versionsText(drive.flashFirmware, drive.flashConfiguration)},
-        {"image", escaped(record.firmwareFileName) + ", firmware " + escaped(record.newFirmwareVersion)},
+        {"image",
+            escaped(textFromBytes(record.firmwareFileName)) + ", firmware "
+                + escaped(textFromBytes(record.newFirmwareVersion))},
         {"statuses",
             "firmware " + code(statusText(record.firmwareStatus), record.firmwareStatus) + ", configuration "
                 + code(statusText(record.configurationStatus), record.configurationStatus)},
@@ -134,10 +148,9 @@ std::vector<Row> description(const Drive &drive, const DeviceInfo &record)
 
 void printDrive(const CommandLine &line)
 {
-    attempt("show " + line.options.serial, [&line] {
-        BenchStore store = line.openBench();
-        const Drive drive = DriveLifeCycle(store).drive(serialFrom(line.options.serial));
-        const DeviceInfo record = Discovery(store, executableDirectory()).records({drive}).front();
+    line.onDrive("show", [&line](const Store &store, const std::string &serial) {
+        const Drive drive = driveNamed(store, serial);
+        const DeviceInfo record = records({drive}, store.directory(), executableDirectory()).front();
         if (line.options.json) {
             print(printed(describedDrive(drive, record)));
         } else {

@@ -1,13 +1,6 @@
 #include "bench/core/BenchDocument.h"
 
-#include "bench/core/Bytes.h"
-#include "bench/core/DriveJson.h"
-#include "bench/core/DriveLifeCycle.h"
-#include "bench/core/DriveTable.h"
-#include "bench/core/FirmwareImage.h"
 #include "bench/core/Refused.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <set>
@@ -16,58 +9,9 @@ namespace bench {
 
 namespace {
 
-constexpr int DocumentVersion = 1;
-constexpr std::size_t SectorCount = FlashChip::Size / FlashChip::SectorSize;
+constexpr int DocumentVersion = 2;
 
-/// The chip that a drive has whose flash was written without a fault.
-FlashChip expectedChip(const Drive &drive)
-{
-    FlashChip chip;
-    if (!drive.incomplete) {
-        chip.load(
-            FirmwareImage::forModel(drive.catalogueModel(), drive.flashFirmware, drive.flashConfiguration));
-    }
-    return chip;
-}
-
-std::string sector(const FlashChip &chip, std::size_t number)
-{
-    return chip.content().substr(number * FlashChip::SectorSize, FlashChip::SectorSize);
-}
-
-/// The sectors that are not blank, by number, as hexadecimal digits.
-Json chipToJson(const FlashChip &chip)
-{
-    Json json = Json::object();
-    const std::string blank = sector(FlashChip(), 0);
-    for (std::size_t i = 0; i < SectorCount; ++i) {
-        if (sector(chip, i) != blank) {
-            json[std::to_string(i)] = hexadecimal(sector(chip, i));
-        }
-    }
-    return json;
-}
-
-FlashChip chipFromJson(const Json &json)
-{
-    std::vector<std::string> sectors;
-    for (std::size_t i = 0; i < SectorCount; ++i) {
-        sectors.push_back(std::to_string(i));
-    }
-    checkMembers(json, sectors, ("is no sector from 0 to " + sectors.back()).c_str());
-    std::string content = FlashChip().content();
-    for (std::size_t i = 0; i < SectorCount; ++i) {
-        readMember(json, sectors[i], [&](const Json &member) {
-            const auto bytes = member.is_string() ? bytesFromHexadecimal(member) : std::nullopt;
-            require(bytes && bytes->size() == FlashChip::SectorSize,
-                "must be " + std::to_string(2 * FlashChip::SectorSize) + " hexadecimal digits");
-            content.replace(i * FlashChip::SectorSize, FlashChip::SectorSize, *bytes);
-        });
-    }
-    return FlashChip(content);
-}
-
-Json parsed(const std::string &text)
+Json parsed(const std::string &text, const std::string &name)
 {
     try {
         return Json::parse(text);
@@ -77,88 +21,67 @@ Json parsed(const std::string &text)
         const auto line = std::count(before.begin(), before.end(), '\n') + 1;
         const std::size_t column = end - (before.rfind('\n') + 1) + 1;
         const std::string what = error.what();
-        const std::size_t reason = what.find(": ");
-        throw Refused(std::to_string(line) + ':' + std::to_string(column) + ": " + what.substr(reason + 2));
+        throw Refused(name + ':' + std::to_string(line) + ':' + std::to_string(column) + ": "
+            + what.substr(what.find(": ") + 2));
     } catch (const Json::out_of_range &error) { // a number that is too large, which it names
         const std::string what = error.what();
-        throw Refused(' ' + what.substr(what.find("] ") + 2));
+        throw Refused(name + ": " + what.substr(what.find("] ") + 2));
     }
 }
 
 BenchDocument documentFrom(const Json &json)
 {
+    const Json pattern{{"version", DocumentVersion}, {"host", HostState()}, {"drives", {Json()}}};
     BenchDocument document;
-    checkMembers(json, {"version", "drives", "host", "calls"});
-    const auto version = json.find("version");
-    const bool isKnown = version != json.end() && *version == DocumentVersion;
-    within("version", [&] { require(isKnown, "must be " + std::to_string(DocumentVersion)); });
+    checkLike(json, pattern, "");
+    require(
+        json.value("version", 0) == DocumentVersion, "/version: must be " + std::to_string(DocumentVersion));
+    document.host = json.value("host", HostState());
+    const Json drives = json.value("drives", Json::array());
+    require(drives.size() <= BenchDocument::MaximumDrives,
+        "/drives: has " + std::to_string(drives.size()) + " drives; at most "
+            + std::to_string(BenchDocument::MaximumDrives) + " fit on a bench");
     std::set<std::string> serials;
-    readItems(json, "drives", [&](const Json &item) {
-        const Drive drive = driveFromJson(item);
-        const bool isNew = serials.insert(drive.serial).second;
-        within("serial", [&] { require(isNew, "is that of another drive"); });
-        document.drives.emplace_back(drive, expectedChip(drive));
-        readMember(
-            item, "chip", [&](const Json &chip) { document.drives.back().second = chipFromJson(chip); });
-    });
-    readMember(json, "host", [&](const Json &host) { document.host = hostFromJson(host); });
-    readMember(json, "calls", [&](const Json &calls) {
-        const bool areTexts = calls.is_array()
-            && std::all_of(calls.begin(), calls.end(), [](const Json &call) { return call.is_string(); });
-        require(areTexts, "must be a list of texts");
-        document.calls = calls.get<std::vector<std::string>>();
-    });
+    for (std::size_t i = 0; i < drives.size(); ++i) {
+        const std::string path = "/drives/" + std::to_string(i);
+        document.drives.push_back(driveFromJson(drives[i], path));
+        require(
+            serials.insert(document.drives.back().serial).second, path + "/serial: is that of another drive");
+    }
     return document;
 }
 
 } // namespace
 
-std::string exportBench(BenchStore &store)
+Json exportBench(const Store &store)
 {
-    Json json{{"version", DocumentVersion}, {"drives", Json::array()}};
-    store.read([&] {
-        const DriveTable table(store);
-        for (const Drive &drive : table.all()) {
-            Json object = toJson(drive);
-            const FlashChip chip = table.chip(drive);
-            if (chip.content() != expectedChip(drive).content()) {
-                object["chip"] = chipToJson(chip);
-            }
-            json["drives"].push_back(object);
-        }
-        json["host"] = toJson(Host(store).state());
-        json["calls"] = Host(store).calls();
+    return store.read([&store] {
+        return Json{{"version", DocumentVersion}, {"host", store.host()}, {"drives", store.drives()}};
     });
-    return printed(json);
 }
 
 BenchDocument parseBench(const std::string &text, const std::string &name)
 {
-    Json json;
-    try {
-        json = parsed(text);
-    } catch (const Refused &refused) {
-        throw Refused(name + ':' + refused.what());
-    }
-    try {
-        return documentFrom(json);
-    } catch (const Refused &refused) {
-        const std::string reason = refused.what();
-        throw Refused(name + (reason.front() == '/' ? ": " : ": /: ") + reason);
-    }
+    require(text.size() <= BenchDocument::MaximumSize,
+        name + ": is too large; a bench has at most " + std::to_string(BenchDocument::MaximumSize)
+            + " bytes");
+    const Json json = parsed(text, name);
+    return attempt(name, [&json] { return documentFrom(json); });
 }
 
-void fillBench(BenchStore &store, const BenchDocument &document)
+void fillBench(Store &store, const BenchDocument &document)
 {
-    DriveLifeCycle lifeCycle(store);
-    for (const auto &[drive, chip] : document.drives) {
-        lifeCycle.restore(drive, chip);
-    }
-    Host host(store);
-    host.change([&document](HostState &state) { state = document.host; });
-    for (const std::string &call : document.calls) {
-        host.restoreCall(call);
-    }
+    store.change([&] {
+        store.setHost(document.host);
+        for (const Drive &drive : document.drives) {
+            store.insert(drive);
+        }
+    });
+}
+
+std::string printed(const Json &json)
+{
+    return json.dump(4, ' ', true, Json::error_handler_t::replace) + '\n';
 }
 
 } // namespace bench

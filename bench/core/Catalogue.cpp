@@ -1,5 +1,6 @@
 #include "bench/core/Catalogue.h"
 
+#include "bench/core/Refused.h"
 #include "bench/core/Table.h"
 
 #include <cstdio>
@@ -10,27 +11,27 @@ namespace {
 
 // clang-format off
 constexpr std::array<Model, 21> Models = {{
-    {Vendor::Usb, 0x1A20, "Pebble",          Chipset::Asm1051, "rugged mobile",                48,  "2.14", "5"},
-    {Vendor::Usb, 0x1A21, "Pebble Mini",     Chipset::Asm1051, "rugged mobile",                48,  "2.14", "5"},
-    {Vendor::Usb, 0x1A24, "Pebble USB3",     Chipset::Asm1053, "rugged mobile",                512, "4.03", "8"},
-    {Vendor::Usb, 0x1A27, "Lamina",          Chipset::Asm1051E, "slim aluminium mobile",        48,  "3.20", "6"},
-    {Vendor::Usb, 0x1A28, "Lamina Slim",     Chipset::Asm1051E, "slim aluminium mobile",        48,  "3.20", "6"},
-    {Vendor::Usb, 0x1A2B, "Lamina Slim SSD", Chipset::Asm1053, "slim aluminium mobile",        512, "4.05", "9"},
-    {Vendor::Usb, 0x1A2E, "Skiff",           Chipset::Asm1051, "small round-cornered mobile",  48,  "2.11", "4"},
-    {Vendor::Usb, 0x1A2F, "Skiff Go",        Chipset::Asm1051E, "small round-cornered mobile",  48,  "3.18", "6"},
-    {Vendor::Usb, 0x1A33, "Harbour",         Chipset::Asm1053, "desktop",                      48,  "4.03", "8"},
-    {Vendor::Usb, 0x1A35, "Harbour Mini",    Chipset::Asm1051, "desktop",                      48,  "2.14", "5"},
-    {Vendor::Usb, 0x1A38, "Harbour Duo",     Chipset::Asm1053, "two-bay desktop",              48,  "4.07", "11"},
-    {Vendor::Usb, 0x1A3C, "Bollard",         Chipset::Asm1051, "desktop with power button",    48,  "2.16", "7"},
-    {Vendor::Usb, 0x1A3D, "Bollard USB3",    Chipset::Asm1053, "desktop with power button",    48,  "4.06", "10"},
-    {Vendor::Usb, 0x1A41, "Bollard Duo",     Chipset::Asm1051E, "two-bay with power button",    48,  "3.22", "8"},
-    {Vendor::Usb, 0x1A46, "Breakwater",      Chipset::Asm1053, "two-bay with power button",    512, "4.07", "12"},
-    {Vendor::Usb, 0x1A4D, "Breakwater Max",  Chipset::Asm1053, "two-bay with power button",    48,  "4.08", "12"},
-    {Vendor::FireWire, 0, "Pebble Triple",              Chipset::OxSemiFireWire934, "rugged mobile with FireWire ports", 48,  "1.31", "3"},
-    {Vendor::FireWire, 0, "Harbour FireWire",           Chipset::OxSemiFireWire934, "desktop with FireWire ports",       48,  "1.31", "3"},
-    {Vendor::FireWire, 0, "Harbour (FireWire 800)",     Chipset::OxSemiFireWire944, "desktop with FireWire ports",       48,  "1.52", "4"},
-    {Vendor::FireWire, 0, "Bollard Duo (FireWire 800)", Chipset::OxSemiFireWire944, "two-bay with FireWire ports",       512, "1.54", "5"},
-    {Vendor::FireWire, 0, "breakwater Mk II",           Chipset::OxSemiFireWire944, "two-bay with FireWire ports",       48,  "1.54", "5"},
+    {Vendor::Usb, 0x1A20, "Pebble",          Chipset::Asm1051, "rugged mobile", "2.14", "5"},
+    {Vendor::Usb, 0x1A21, "Pebble Mini",     Chipset::Asm1051, "rugged mobile", "2.14", "5"},
+    {Vendor::Usb, 0x1A24, "Pebble USB3",     Chipset::Asm1053, "rugged mobile", "4.03", "8"},
+    {Vendor::Usb, 0x1A27, "Lamina",          Chipset::Asm1051E, "slim aluminium mobile", "3.20", "6"},
+    {Vendor::Usb, 0x1A28, "Lamina Slim",     Chipset::Asm1051E, "slim aluminium mobile", "3.20", "6"},
+    {Vendor::Usb, 0x1A2B, "Lamina Slim SSD", Chipset::Asm1053, "slim aluminium mobile", "4.05", "9"},
+    {Vendor::Usb, 0x1A2E, "Skiff",           Chipset::Asm1051, "small round-cornered mobile", "2.11", "4"},
+    {Vendor::Usb, 0x1A2F, "Skiff Go",        Chipset::Asm1051E, "small round-cornered mobile", "3.18", "6"},
+    {Vendor::Usb, 0x1A33, "Harbour",         Chipset::Asm1053, "desktop", "4.03", "8"},
+    {Vendor::Usb, 0x1A35, "Harbour Mini",    Chipset::Asm1051, "desktop", "2.14", "5"},
+    {Vendor::Usb, 0x1A38, "Harbour Duo",     Chipset::Asm1053, "two-bay desktop", "4.07", "11"},
+    {Vendor::Usb, 0x1A3C, "Bollard",         Chipset::Asm1051, "desktop with power button", "2.16", "7"},
+    {Vendor::Usb, 0x1A3D, "Bollard USB3",    Chipset::Asm1053, "desktop with power button", "4.06", "10"},
+    {Vendor::Usb, 0x1A41, "Bollard Duo",     Chipset::Asm1051E, "two-bay with power button", "3.22", "8"},
+    {Vendor::Usb, 0x1A46, "Breakwater",      Chipset::Asm1053, "two-bay with power button", "4.07", "12"},
+    {Vendor::Usb, 0x1A4D, "Breakwater Max",  Chipset::Asm1053, "two-bay with power button", "4.08", "12"},
+    {Vendor::FireWire, 0, "Pebble Triple",              Chipset::OxSemiFireWire934, "rugged mobile with FireWire ports", "1.31", "3"},
+    {Vendor::FireWire, 0, "Harbour FireWire",           Chipset::OxSemiFireWire934, "desktop with FireWire ports", "1.31", "3"},
+    {Vendor::FireWire, 0, "Harbour (FireWire 800)",     Chipset::OxSemiFireWire944, "desktop with FireWire ports", "1.52", "4"},
+    {Vendor::FireWire, 0, "Bollard Duo (FireWire 800)", Chipset::OxSemiFireWire944, "two-bay with FireWire ports", "1.54", "5"},
+    {Vendor::FireWire, 0, "breakwater Mk II",           Chipset::OxSemiFireWire944, "two-bay with FireWire ports", "1.54", "5"},
 }};
 // clang-format on
 
@@ -73,9 +74,11 @@ const std::array<Model, 21> &models()
     return Models;
 }
 
-const Model *findModel(const std::string &name)
+const Model &modelNamed(const std::string &name)
 {
-    return findRow(Models, name);
+    const Model *const model = findRow(Models, name);
+    require(model != nullptr, "there is no model \"" + escaped(name) + "\"; drive-bench models lists them");
+    return *model;
 }
 
 const char *bridgeName(std::int64_t chipset)

@@ -19,12 +19,10 @@ struct Model
     const char *name; ///< as the drive reports it
     std::int32_t chipset; ///< a code of namespace Chipset
     const char *body; ///< what the drive looks like, in a few words
-    int pictureSize; ///< width and height of its picture in pixels
     const char *newestFirmware; ///< firmware version in the image that belongs to this release
     const char *newestConfiguration; ///< configuration revision in that image
 
     bool isFireWire() const { return vendorId == Vendor::FireWire; }
-    /// How a person restarts it after an update.
     Restart restart() const { return restartOf(chipset, productId); }
     const char *busName() const { return isFireWire() ? "FireWire" : "USB"; }
     /// File name of the firmware image, for example "harbour-firewire-800.tfw".
@@ -36,8 +34,8 @@ struct Model
 /// All models, USB ones by product ID, then FireWire ones by bridge.
 const std::array<Model, 21> &models();
 
-/// The model of exactly that name, null when there is none.
-const Model *findModel(const std::string &name);
+/// The model of exactly that name; refused when there is none.
+const Model &modelNamed(const std::string &name);
 
 /// Name of the bridge with that code ("Asm1051E"); "none" for a code without an updater.
 const char *bridgeName(std::int64_t chipset);

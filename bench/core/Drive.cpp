@@ -1,9 +1,10 @@
 #include "bench/core/Drive.h"
 
-#include "bench/core/FirmwareImage.h"
+#include "bench/core/Image.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
 
+#include <algorithm>
 #include <chrono>
 #include <ctime>
 #include <limits>
@@ -13,55 +14,53 @@ namespace bench {
 namespace {
 
 constexpr std::size_t MaximumSerialLength = 80;
-/// A flash whose writer was not seen for so long is not being written any more.
+/// A flash whose writer was not seen for that many milliseconds is not being written any more.
 constexpr std::int64_t HeartbeatTimeout = 1000;
+/// The largest number that JSON carries exactly.
+constexpr std::int64_t MaximumNumber = std::int64_t(1) << 53;
 
 // In the order of the enumerators.
 constexpr const char *StateTexts[] = {
     "unplugged", "does not answer", "being written", "boot ROM", "restart needed", "ready"};
 
-constexpr std::array<Field<Drive>, 24> DriveFields = {{
-    {"serial", &Drive::serial},
-    {"model", &Drive::model},
-    {"chipset", &Drive::chipset, std::numeric_limits<std::int32_t>::min(),
-        std::numeric_limits<std::int32_t>::max()},
-    {"plugged", &Drive::plugged},
-    {"answers", &Drive::answers},
-    {"reportedSerial", &Drive::reportedSerial},
-    {"runningFirmware", &Drive::runningFirmware},
-    {"runningConfiguration", &Drive::runningConfiguration},
-    {"bootRom", &Drive::bootRom},
-    {"flashFirmware", &Drive::flashFirmware},
-    {"flashConfiguration", &Drive::flashConfiguration},
-    {"incomplete", &Drive::incomplete},
-    {"bytesWritten", &Drive::bytesWritten},
-    {"bytesToWrite", &Drive::bytesToWrite},
-    {"mounted", &Drive::mounted},
-    {"flashRate", &Drive::flashRate, 1, Drive::MaximumFlashRate},
-    {"powerUps", &Drive::powerUps},
-    {"pluggedAt", &Drive::pluggedAt},
-    {"unpluggedAt", &Drive::unpluggedAt},
-    {"queries", &Drive::queries},
-    {"flashes", &Drive::flashes},
-    {"heartbeat", &Drive::heartbeat},
-    {"lastUpdate", &Drive::lastUpdate, 0, 0, true},
-    {"lastUpdateAt", &Drive::lastUpdateAt},
-}};
+/// A drive with an older version of what is named; null stands for the newest.
+Drive sample(const char *serial, const char *model, const char *firmware, const char *configuration)
+{
+    Drive drive = newDrive(modelNamed(model));
+    drive.serial = serial;
+    drive.flashFirmware = firmware == nullptr ? drive.flashFirmware : firmware;
+    drive.flashConfiguration = configuration == nullptr ? drive.flashConfiguration : configuration;
+    return drive;
+}
+
+const Json &patternOfDrives()
+{
+    static const Json pattern = [] {
+        Drive drive;
+        drive.faults = {Fault{}};
+        return Json(drive);
+    }();
+    return pattern;
+}
+
+/// The document with what a new drive of its model, plugged in now, has.
+Json withDefaults(const Json &json)
+{
+    Json whole = newDrive(modelNamed(json.value("model", "")));
+    whole.update(json);
+    for (const auto &[member, source] :
+        {std::pair("reportedSerial", "serial"), std::pair("runningFirmware", "flashFirmware"),
+            std::pair("runningConfiguration", "flashConfiguration")}) {
+        whole[member] = json.contains(member) ? json[member] : whole[source];
+    }
+    return whole;
+}
 
 } // namespace
 
 const char *stateText(DriveState state)
 {
     return StateTexts[static_cast<std::size_t>(state)];
-}
-
-const Model &Drive::catalogueModel() const
-{
-    const Model *const found = findModel(model);
-    if (found == nullptr) {
-        throw Refused("there is no model \"" + escaped(model) + "\"; drive-bench models lists them");
-    }
-    return *found;
 }
 
 DriveState Drive::state() const
@@ -73,11 +72,17 @@ DriveState Drive::state() const
         return DriveState::Silent;
     }
     if (incomplete) {
-        return now() - heartbeat <= HeartbeatTimeout ? DriveState::Writing : DriveState::BootRom;
+        // A heartbeat from the future is one of a clock that was set back since.
+        const std::int64_t age = now() - heartbeat;
+        return age >= 0 && age <= HeartbeatTimeout ? DriveState::Writing : DriveState::BootRom;
     }
-    const bool isCurrent =
-        !bootRom && runningFirmware == flashFirmware && runningConfiguration == flashConfiguration;
+    const bool isCurrent = runningFirmware == flashFirmware && runningConfiguration == flashConfiguration;
     return isCurrent ? DriveState::Ready : DriveState::RestartNeeded;
+}
+
+bool Drive::isInterrupted() const
+{
+    return incomplete && heartbeat != 0 && state() != DriveState::Writing;
 }
 
 std::string Drive::progressText() const
@@ -91,14 +96,15 @@ std::string Drive::progressText() const
 
 std::string Drive::lastUpdateText() const
 {
-    if (lastUpdate.empty()) {
+    const bool isCutShort = isInterrupted();
+    if (lastUpdate.empty() && !isCutShort) {
         return {};
     }
-    const auto seconds = static_cast<std::time_t>(lastUpdateAt / 1000);
+    const auto seconds = static_cast<std::time_t>((isCutShort ? heartbeat : lastUpdateAt) / 1000);
     std::tm local = {};
     char time[8] = {};
     std::strftime(time, sizeof time, "%H:%M", ::localtime_r(&seconds, &local));
-    return lastUpdate + ", at " + time;
+    return (isCutShort ? "interrupted" : oneLine(lastUpdate)) + ", at " + time;
 }
 
 void Drive::setLastUpdate(const std::string &outcome)
@@ -107,40 +113,133 @@ void Drive::setLastUpdate(const std::string &outcome)
     lastUpdateAt = now();
 }
 
+Drive newDrive(const Model &model)
+{
+    Drive drive;
+    drive.model = model.name;
+    drive.chipset = model.chipset;
+    drive.flashFirmware = model.newestFirmware;
+    drive.flashConfiguration = model.newestConfiguration;
+    return drive;
+}
+
+std::vector<Drive> sampleDrives()
+{
+    std::vector<Drive> drives{
+        sample("TV0001PEBBLE", "Pebble", "2.07", "3"),
+        sample("TV0002BOLLARD", "Bollard USB3", "3.91", nullptr),
+        sample("TV0003LAMINA", "Lamina Slim", nullptr, "4"),
+        sample("TV0004HARBOUR", "Harbour (FireWire 800)", "1.40", "2"),
+        sample("TV0005SKIFF", "Skiff", nullptr, nullptr),
+        sample("TV0006DUO", "Harbour Duo", "3.88", "6"),
+    };
+    // An early Harbour Duo, with a bridge for which there is no updater.
+    drives.back().chipset = Chipset::NotSupported;
+    return drives;
+}
+
+Drive driveFromJson(const Json &json, const std::string &path)
+{
+    checkLike(json, patternOfDrives(), path);
+    const bool isWhole = json.size() == patternOfDrives().size();
+    const Json whole = isWhole ? Json() : attempt(path + "/model", [&json] { return withDefaults(json); });
+    const Drive drive = attempt(path + "/faults", [&] { return (isWhole ? json : whole).get<Drive>(); });
+    try {
+        check(drive);
+    } catch (const Refused &refused) {
+        throw Refused(path + '/' + refused.what());
+    }
+    return drive;
+}
+
 void check(const Drive &drive)
 {
-    if (drive.serial.empty() || drive.serial.size() > MaximumSerialLength) {
-        throw Refused("a serial number has 1 to " + std::to_string(MaximumSerialLength)
-            + " characters, this one " + std::to_string(drive.serial.size()));
+    struct Limits
+    {
+        const char *name;
+        std::int64_t number;
+        std::int64_t minimum = 0;
+        std::int64_t maximum = MaximumNumber;
+    };
+    using Code = std::numeric_limits<std::int32_t>;
+    const Limits numbers[] = {
+        {"chipset", drive.chipset, Code::min(), Code::max()},
+        {"bytesWritten", drive.bytesWritten},
+        {"bytesToWrite", drive.bytesToWrite},
+        {"flashRate", drive.flashRate, 1, Drive::MaximumFlashRate},
+        {"powerUps", drive.powerUps},
+        {"pluggedAt", drive.pluggedAt},
+        {"unpluggedAt", drive.unpluggedAt},
+        {"queries", drive.queries},
+        {"flashes", drive.flashes},
+        {"heartbeat", drive.heartbeat},
+        {"lastUpdateAt", drive.lastUpdateAt},
+    };
+    for (const Limits &limits : numbers) {
+        require(limits.number >= limits.minimum && limits.number <= limits.maximum,
+            std::string(limits.name) + ": must be " + wholeNumber(limits.minimum, limits.maximum));
     }
-    drive.catalogueModel();
-    for (const std::string *version : {&drive.flashFirmware, &drive.flashConfiguration}) {
-        if (version->size() > FirmwareImage::MaximumText) {
-            throw Refused("invalid drive: a version has at most " + std::to_string(FirmwareImage::MaximumText)
-                + " characters, this one " + std::to_string(version->size()));
-        }
+    struct Text
+    {
+        const char *name;
+        const std::string &text;
+        std::size_t minimum;
+        std::size_t maximum;
+    };
+    const Text texts[] = {
+        {"serial", drive.serial, 1, MaximumSerialLength},
+        {"reportedSerial", drive.reportedSerial, 1, MaximumSerialLength},
+        {"flashFirmware", drive.flashFirmware, 0, Image::MaximumText},
+        {"flashConfiguration", drive.flashConfiguration, 0, Image::MaximumText},
+        {"runningFirmware", drive.runningFirmware, 0, Image::MaximumText},
+        {"runningConfiguration", drive.runningConfiguration, 0, Image::MaximumText},
+    };
+    for (const Text &text : texts) {
+        const auto bytes = bytesFromText(text.text);
+        require(bytes && bytes->size() >= text.minimum && bytes->size() <= text.maximum,
+            std::string(text.name) + ": must have " + std::to_string(text.minimum) + " to "
+                + std::to_string(text.maximum) + " characters, none above U+00FF");
     }
-    for (const Field<Drive> &field : DriveFields) {
-        const auto *const number = std::get_if<std::int64_t Drive::*>(&field.member);
-        if (number != nullptr && (drive.**number < field.minimum || drive.**number > field.maximum)) {
-            throw Refused(std::string("invalid drive: ") + field.name + " must be "
-                + wholeNumber(field.minimum, field.maximum));
-        }
-    }
+    modelNamed(drive.model);
     for (const Fault &fault : drive.faults) {
-        check(fault);
+        attempt("faults", [&fault] { check(fault); });
     }
 }
 
-const std::array<Field<Drive>, 24> &driveFields()
+void checkLike(const Json &json, const Json &pattern, const std::string &path)
 {
-    return DriveFields;
+    // The library's own conversions would make a number of true, and a whole one of 1.5.
+    const auto isLike = [&](const char *what, bool (Json::*test)() const) {
+        require(!(pattern.*test)() || (json.*test)(), path + ": must be " + what);
+    };
+    isLike("an object", &Json::is_object);
+    isLike("a list", &Json::is_array);
+    isLike("a text", &Json::is_string);
+    isLike("true or false", &Json::is_boolean);
+    isLike("a whole number", &Json::is_number_integer);
+    require(!json.is_number_unsigned() || json.get<std::uint64_t>() <= std::uint64_t(MaximumNumber),
+        path + ": is too large a number");
+    if (pattern.is_object()) {
+        for (const auto &[name, member] : json.items()) {
+            require(pattern.contains(name), path + '/' + name + ": is not a known member");
+            checkLike(member, pattern[name], path + '/' + name);
+        }
+    }
+    for (std::size_t i = 0; pattern.is_array() && i < json.size(); ++i) {
+        checkLike(json[i], pattern.front(), path + '/' + std::to_string(i));
+    }
 }
 
 std::int64_t now()
 {
     const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count();
+    return std::max<std::int64_t>(
+        0, std::chrono::duration_cast<std::chrono::milliseconds>(sinceEpoch).count());
+}
+
+void count(std::int64_t *counter)
+{
+    *counter = *counter < MaximumNumber ? *counter + 1 : 0;
 }
 
 } // namespace bench

@@ -2,13 +2,13 @@
 
 #include "bench/core/Refused.h"
 
-#include <algorithm>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+
+#include <unistd.h>
 
 #ifdef __APPLE__
 #include <mach-o/dyld.h>
@@ -18,12 +18,14 @@ namespace bench {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+} // namespace
+
 std::string systemReason()
 {
     return std::generic_category().message(errno);
 }
-
-} // namespace
 
 std::string executableDirectory()
 {
@@ -34,9 +36,9 @@ std::string executableDirectory()
     if (::_NSGetExecutablePath(unresolved, &size) != 0) {
         return ".";
     }
-    const auto executable = std::filesystem::canonical(unresolved, error);
+    const auto executable = fs::canonical(unresolved, error);
 #else
-    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    const auto executable = fs::read_symlink("/proc/self/exe", error);
 #endif
     return error ? "." : executable.parent_path().string();
 }
@@ -49,39 +51,42 @@ std::string benchDirectory()
 
 std::string readFile(const std::string &path, std::size_t limit)
 {
-    const auto [content, size] = readBeginning(path, limit);
-    require(size <= limit,
-        "is too large: " + std::to_string(size) + " bytes, at most " + std::to_string(limit) + " are read");
-    return content;
-}
-
-std::pair<std::string, std::size_t> readBeginning(const std::string &path, std::size_t length)
-{
     std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    require(!std::filesystem::is_directory(status), "is a directory");
-    require(!std::filesystem::exists(status) || std::filesystem::is_regular_file(status),
-        "is not a regular file");
+    const fs::file_status status = fs::status(path, error);
+    require(!fs::is_directory(status), "is a directory");
+    require(!fs::exists(status) || fs::is_regular_file(status), "is not a regular file");
     errno = 0;
     std::ifstream file(path, std::ios::binary);
-    const auto size = file ? std::filesystem::file_size(path, error) : 0;
+    const auto size = file ? fs::file_size(path, error) : 0;
     require(file && !error, systemReason());
-    std::string content(std::min<std::size_t>(size, length), '\0');
+    std::string content(std::min<std::size_t>(size, limit), '\0');
     file.read(content.data(), static_cast<std::streamsize>(content.size()));
     require(!file.bad(), systemReason());
     content.resize(static_cast<std::size_t>(file.gcount()));
-    return {content, size};
+    return content;
 }
 
 void writeFile(const std::string &path, const std::string &content)
 {
+    std::error_code error;
+    require(!fs::is_directory(fs::symlink_status(path, error)), "is a directory");
+    std::string draft = path + ".XXXXXX";
+    const int descriptor = ::mkstemp(draft.data());
+    require(descriptor >= 0, systemReason());
+    ::close(descriptor);
     errno = 0;
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    std::ofstream file(draft, std::ios::binary);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));
     file.close();
-    if (!file) {
-        const std::string reason = systemReason();
-        std::remove(path.c_str());
+    std::string reason = file ? std::string() : systemReason();
+    if (reason.empty()) {
+        // mkstemp() makes a file for its owner only.
+        fs::permissions(draft, fs::perms(0644), error);
+        fs::rename(draft, path, error);
+        reason = error ? error.message() : std::string();
+    }
+    if (!reason.empty()) {
+        fs::remove(draft, error);
         throw Refused(reason);
     }
 }

@@ -7,13 +7,13 @@
 
 namespace bench {
 
-/// What the bench refuses to do: what() is one line of UTF-8 that says what was refused, why, and what would
-/// work. Thrown by the functions of this directory, caught once by each program that calls them.
+/// What the bench refuses to do: what() is one line of UTF-8, at most 300 characters, that says what was
+/// refused, why, and what would work. Thrown by the functions of this directory, caught once by each program
+/// that calls them.
 class Refused : public std::runtime_error
 {
 public:
-    /// Control characters, which a path or an argument may hold, are written as \xNN.
-    explicit Refused(const std::string &reason) : std::runtime_error(oneLine(reason)) { }
+    explicit Refused(const std::string &reason) : std::runtime_error(shortened(oneLine(reason))) { }
 };
 
 /// Refused with the reason unless `holds`.
@@ -21,6 +21,17 @@ inline void require(bool holds, const std::string &reason)
 {
     if (!holds) {
         throw Refused(reason);
+    }
+}
+
+/// What `work` returns; what it refuses is refused as "<action>: <reason>".
+template <typename Work>
+auto attempt(const std::string &action, const Work &work)
+{
+    try {
+        return work();
+    } catch (const Refused &refused) {
+        throw Refused(action + ": " + refused.what());
     }
 }
 

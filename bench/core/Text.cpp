@@ -1,65 +1,158 @@
 #include "bench/core/Text.h"
 
-#include "bench/core/Bytes.h"
-#include "bench/core/Latin1.h"
-
+#include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <string_view>
 
 namespace bench {
 
 namespace {
 
-/// The text with \xNN for each byte that is not plain.
-template <typename Predicate>
-std::string escapedUnless(const std::string &text, Predicate isPlain)
+std::string escape(unsigned char byte)
 {
-    std::string line;
-    for (const char letter : text) {
-        const auto byte = static_cast<unsigned char>(letter);
-        char escape[8] = {letter};
-        if (!isPlain(byte)) {
-            std::snprintf(escape, sizeof escape, "\\x%02X", byte);
-        }
-        line += escape;
-    }
-    return line;
+    char text[8];
+    std::snprintf(text, sizeof text, "\\x%02X", byte);
+    return text;
+}
+
+bool isContinuation(char letter)
+{
+    return (static_cast<unsigned char>(letter) & 0xC0U) == 0x80U;
+}
+
+/// How many bytes the character at that position takes; 0 for what is no UTF-8.
+std::size_t lengthAt(const std::string &text, std::size_t position)
+{
+    const auto lead = static_cast<unsigned char>(text[position]);
+    const std::size_t length = lead < 0x80 ? 1
+        : lead < 0xC2                      ? 0
+        : lead < 0xE0                      ? 2
+        : lead < 0xF0                      ? 3
+        : lead < 0xF5                      ? 4
+                                           : 0;
+    const std::string rest = text.substr(position + 1, length == 0 ? 0 : length - 1);
+    return rest.size() + 1 >= length && std::all_of(rest.begin(), rest.end(), isContinuation) ? length : 0;
+}
+
+bool isControl(const std::string &character)
+{
+    const auto lead = static_cast<unsigned char>(character.front());
+    const bool isSecondSet =
+        lead == 0xC2 && static_cast<unsigned char>(character.back()) < 0xA0; // U+0080 to U+009F
+    return lead < 0x20 || lead == 0x7F || isSecondSet;
 }
 
 } // namespace
 
-std::string escaped(const std::string &bytes)
+std::string textFromBytes(const std::string &bytes)
 {
-    return escapedUnless(
-        bytes, [](unsigned char byte) { return byte >= 0x20 && byte <= 0x7E && byte != '\\'; });
+    std::string text;
+    for (const char byte : bytes) {
+        const auto code = static_cast<unsigned char>(byte);
+        if (code < 0x80) {
+            text += byte;
+        } else {
+            text += static_cast<char>(0xC0U | code >> 6U);
+            text += static_cast<char>(0x80U | (code & 0x3FU));
+        }
+    }
+    return text;
 }
 
-std::string oneLine(const std::string &text)
+std::optional<std::string> bytesFromText(const std::string &text)
 {
-    return escapedUnless(text, [](unsigned char byte) { return byte >= 0x20 && byte != 0x7F; });
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto lead = static_cast<unsigned char>(text[i]);
+        if (lead < 0x80) {
+            bytes += text[i];
+            continue;
+        }
+        // U+0080 to U+00FF take two bytes, the first of which is C2 or C3.
+        if ((lead != 0xC2 && lead != 0xC3) || lengthAt(text, i) != 2) {
+            return std::nullopt;
+        }
+        bytes += static_cast<char>((lead & 0x03U) << 6U | (static_cast<unsigned char>(text[++i]) & 0x3FU));
+    }
+    return bytes;
+}
+
+std::string escaped(const std::string &text)
+{
+    std::string line;
+    for (const char byte : bytesFromText(text).value_or(text)) {
+        line += byte >= 0x20 && byte <= 0x7E && byte != '\\' ? std::string(1, byte)
+                                                             : escape(static_cast<unsigned char>(byte));
+    }
+    return line;
 }
 
 std::optional<std::string> unescaped(const std::string &text)
 {
-    std::optional<std::string> bytes = bytesFromText(text);
-    if (!bytes) {
-        return std::nullopt;
-    }
+    const std::optional<std::string> bytes = bytesFromText(text);
     std::string plain;
-    for (std::size_t i = 0; i < bytes->size(); ++i) {
+    for (std::size_t i = 0; bytes && i < bytes->size(); ++i) {
         if (bytes->at(i) != '\\') {
             plain += bytes->at(i);
             continue;
         }
-        const auto byte =
-            bytes->compare(i, 2, "\\x") == 0 ? bytesFromHexadecimal(bytes->substr(i + 2, 2)) : std::nullopt;
-        if (!byte || byte->empty()) {
+        const char *const digits = bytes->data() + i + 2;
+        std::uint8_t byte = 0;
+        if (bytes->compare(i, 2, "\\x") != 0 || i + 4 > bytes->size()
+            || std::from_chars(digits, digits + 2, byte, 16).ptr != digits + 2) {
             return std::nullopt;
         }
-        plain += *byte;
+        plain += static_cast<char>(byte);
         i += 3;
     }
-    return plain;
+    return bytes ? std::optional(textFromBytes(plain)) : std::nullopt;
+}
+
+std::string oneLine(const std::string &text)
+{
+    std::string line;
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = lengthAt(text, i);
+        const std::string character = text.substr(i, std::max<std::size_t>(length, 1));
+        line += length == 0 || isControl(character) ? escape(static_cast<unsigned char>(character.back()))
+                                                    : character;
+        i += character.size();
+    }
+    return line;
+}
+
+std::string shortened(const std::string &line)
+{
+    constexpr std::size_t Begin = 180;
+    constexpr std::size_t End = 115;
+    const auto count =
+        line.size() - static_cast<std::size_t>(std::count_if(line.begin(), line.end(), isContinuation));
+    if (count <= Begin + End + 5) {
+        return line;
+    }
+    const auto positionOf = [&line](std::size_t character) {
+        std::size_t position = 0;
+        for (; position < line.size() && (character > 0 || isContinuation(line[position])); ++position) {
+            character -= isContinuation(line[position]) ? 0 : 1;
+        }
+        return position;
+    };
+    return line.substr(0, positionOf(Begin)) + " ... " + line.substr(positionOf(count - End));
+}
+
+std::string shellQuoted(const std::string &text)
+{
+    constexpr std::string_view Plain =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_./,=:+%@";
+    if (!text.empty() && text.find_first_not_of(Plain) == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "'";
+    for (const char letter : text) {
+        quoted += letter == '\'' ? "'\\''" : letter == '\n' ? "'$'\\n''" : std::string(1, letter);
+    }
+    return quoted + '\'';
 }
 
 std::optional<std::int64_t> numberFromText(const std::string &text)
@@ -70,10 +163,7 @@ std::optional<std::int64_t> numberFromText(const std::string &text)
     std::int64_t number = 0;
     const auto [last, error] = std::from_chars(begin, end, number, isHexadecimal ? 16 : 10);
     const bool hasSecondSign = isHexadecimal && begin != end && *begin == '-';
-    if (error != std::errc() || last != end || hasSecondSign) {
-        return std::nullopt;
-    }
-    return number;
+    return error == std::errc() && last == end && !hasSecondSign ? std::optional(number) : std::nullopt;
 }
 
 std::string wholeNumber(std::int64_t minimum, std::int64_t maximum)

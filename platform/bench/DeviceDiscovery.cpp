@@ -32,8 +32,8 @@ void DeviceDiscovery::getTarvoDevice(std::vector<DeviceInfo> &devices)
 {
     devices.clear();
     try {
-        bench::BenchStore store(bench::benchDirectory());
-        devices = bench::Discovery(store, bench::executableDirectory()).query();
+        bench::Store store(bench::benchDirectory());
+        devices = bench::query(store, bench::executableDirectory());
     } catch (const bench::Refused &refused) {
         reportOnce(refused.what());
     }

@@ -4,9 +4,9 @@
 
 #include "bench/core/Files.h"
 #include "bench/core/Flash.h"
+#include "bench/core/LifeCycle.h"
 #include "bench/core/Refused.h"
 #include "bench/core/Text.h"
-#include "bench/core/Unmount.h"
 
 #include <cstdio>
 #include <utility>
@@ -16,8 +16,8 @@ namespace {
 /// The libraries answer true or false, and the page says no more; why is for who sits at the bench.
 void report(const std::string &serialNumber, const std::string &reason)
 {
-    std::fprintf(
-        stderr, "the update of %s failed: %s\n", bench::escaped(serialNumber).c_str(), reason.c_str());
+    std::fprintf(stderr, "the update of %s failed: %s\n",
+        bench::escaped(bench::textFromBytes(serialNumber)).c_str(), reason.c_str());
 }
 
 /// The last flash of this thread has failed, which was reported then. An updater is used on one thread only.
@@ -27,8 +27,8 @@ bool flash(const std::string &serialNumber, int chipset, const std::string &imag
 {
     hasFlashFailed = false;
     try {
-        bench::BenchStore store(bench::benchDirectory());
-        bench::Flash(store).run(serialNumber, chipset, imagePath);
+        bench::Store store(bench::benchDirectory());
+        bench::Flash(store).run(bench::textFromBytes(serialNumber), chipset, imagePath);
     } catch (const bench::Refused &refused) {
         report(serialNumber, refused.what());
         hasFlashFailed = true;
@@ -41,8 +41,8 @@ int unmount(const std::string &serialNumber)
 {
     bench::Unmount result{0, {}};
     try {
-        bench::BenchStore store(bench::benchDirectory());
-        result = bench::unmount(store, serialNumber);
+        bench::Store store(bench::benchDirectory());
+        result = bench::unmountDrive(store, bench::textFromBytes(serialNumber));
     } catch (const bench::Refused &refused) {
         result.reason = refused.what();
     }
