@@ -1,3 +1,4 @@
+#include "app/WindowingSystem.h"
 #include "ui/MainWindow.h"
 
 #include <QApplication>
@@ -5,7 +6,9 @@
 
 int main(int argc, char **argv)
 {
+    chooseWindowingSystem(argc, argv);
     QApplication application(argc, argv);
+    qInstallMessageHandler(nullptr);
     // From here on no plug-in is looked for anywhere; the pictures are compiled in and need none.
     QCoreApplication::setLibraryPaths(QStringList());
     QApplication::setQuitOnLastWindowClosed(true);

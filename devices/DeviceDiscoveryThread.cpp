@@ -1,12 +1,13 @@
 #include "devices/DeviceDiscoveryThread.h"
 
+#include "devices/SettledDevices.h"
+
 #include <DeviceDiscovery.h>
 
 #include <vector>
 
 namespace {
 constexpr unsigned long PauseSeconds = 2;
-constexpr unsigned long SettlingMicroseconds = 500000;
 } // namespace
 
 DeviceDiscoveryThread::DeviceDiscoveryThread() : discoveryEnabled(true), stopRequested(false) { }
@@ -28,21 +29,8 @@ void DeviceDiscoveryThread::runPass()
 {
     std::vector<DeviceInfo> found;
     DeviceDiscovery discovery;
-    discovery.getTarvoDevice(found);
-
-    // A list is published only once every drive in it is fully known, however long the library takes;
-    // neither flag cuts the wait short.
-    std::size_t index = 0;
-    while (index < found.size()) {
-        if (found[index].firmwareStatus != Status::NotYetDetermined
-            && found[index].configurationStatus != Status::NotYetDetermined) {
-            ++index;
-        } else {
-            QThread::usleep(SettlingMicroseconds);
-            discovery.getTarvoDevice(found);
-            index = 0;
-        }
-    }
+    // A list is published only once every drive in it is fully known; neither flag cuts the wait short.
+    findSettledDevices(discovery, found);
 
     QVector<DeviceInfo> deviceList;
     for (const DeviceInfo &device : found) {

@@ -11,8 +11,8 @@ QString DeviceTexts::printable(const std::string &bytes)
 {
     QString result;
     for (const QChar character : textFrom(bytes)) {
-        result += character.isPrint() ? QString(character)
-                                      : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
+        const bool isPlain = character.isPrint() && character != '\\';
+        result += isPlain ? QString(character) : QString("\\x%1").arg(character.unicode(), 2, 16, QChar('0'));
     }
     return result;
 }

@@ -18,7 +18,7 @@ class DeviceTexts
 public:
     /// A text of a record: Latin-1 up to the first zero byte.
     static QString textFrom(const std::string &bytes);
-    /// The same, with what cannot be printed as its code: "\x1b".
+    /// The same, with what cannot be printed, and each backslash, as its code: "\x1b".
     static QString printable(const std::string &bytes);
     /// What tells the drive from others of its model, in printable characters.
     static QString driveName(const DeviceInfo &device);

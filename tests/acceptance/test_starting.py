@@ -99,10 +99,7 @@ def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, directory, 
         for kind in ("imageformats", "iconengines"):
             if (plugins / kind).is_dir():
                 shutil.copytree(plugins / kind, place / kind)
-    shutil.copy(bin_dir / NAME, beside)
-    shutil.copytree(bin_dir / "host-tools", beside / "host-tools", symlinks=True)
-    for image in bin_dir.glob("*.tfw"):
-        shutil.copy(image, beside)
+    copy_program(bin_dir, beside)
     assert any(beside.glob("imageformats/*.so"))
 
     program = start(command=beside / NAME, environment={"QT_PLUGIN_PATH": str(named)})
@@ -114,6 +111,24 @@ def test_no_plug_in_is_loaded_after_the_start(bench, start, bin_dir, directory, 
     mapped = program.mapped_files()
     assert not [file for file in mapped if file.startswith((str(beside / "i"), str(named)))]
     assert {file for file in mapped - at_start if "/plugins/" in file} == set()
+
+
+def test_place_that_path_cannot_name(start, bin_dir, bench, directory):
+    # Its own tools would be run in the place of those of the bench.
+    place = directory / "a:colon"
+    place.mkdir()
+    copy_program(bin_dir, place)
+    program = start(command=place / NAME)
+    assert program.wait_for_end() == 1
+    (line,) = (directory / "output0.txt").read_text().splitlines()
+    assert str(place) in line and "colon" in line
+
+
+def copy_program(bin_dir, place):
+    shutil.copy(bin_dir / NAME, place)
+    shutil.copytree(bin_dir / "host-tools", place / "host-tools", symlinks=True)
+    for image in bin_dir.glob("*.tfw"):
+        shutil.copy(image, place)
 
 
 def plugin_directory(mapped):

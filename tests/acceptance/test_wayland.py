@@ -1,4 +1,4 @@
-"""In a Wayland session the program shows its window through Xwayland, or says what is missing."""
+"""The program shows its window through X11, in a Wayland session too, or says what is missing."""
 
 import subprocess
 
@@ -29,22 +29,39 @@ def is_on_display(display, title):
     return "Map State: IsViewable" in done.stdout
 
 
-def test_window_through_xwayland(bench, session, start):
+exported = pytest.mark.parametrize("platform", [None, "wayland", "wayland;xcb", "xcb;wayland"])
+
+
+@exported
+def test_window_through_xwayland(bench, session, start, platform):
     # Seen on the display itself: on a display of another session, Qt 5 does not always join the accessibility bus.
     bench.add("Pebble", serial="TV1")
     wayland = session(xwayland=True)
-    program = start(environment=wayland.environment)
+    program = start(environment={**wayland.environment, "QT_QPA_PLATFORM": platform})
     display = wayland.environment["DISPLAY"]
     wait_until(lambda: is_on_display(display, "Tarvo Firmware Updater"), "the window")
     bench.wait_for_query("TV1")
     assert program.is_running
 
 
-def test_wayland_alone(session, start, directory):
-    program = start(environment=session(xwayland=False).environment)
-    assert program.wait_for_end(timeout=10) > 0, "an exit status, not a signal"
+@exported
+def test_wayland_alone(session, start, directory, platform):
+    program = start(environment={**session(xwayland=False).environment, "QT_QPA_PLATFORM": platform})
+    assert "xwayland" in refusal(program, directory).lower()
+
+
+@pytest.mark.parametrize("options, variables", [([], {}), (["-platform", "xcb"], {}), ([], {"DISPLAY": None})],
+                         ids=["nobody answers", "nobody answers, option", "not set"])
+def test_no_display(start, directory, options, variables):
+    program = start(*options, environment={"QT_QPA_PLATFORM": None, "DISPLAY": ":987", **variables})
+    assert "display" in refusal(program, directory).lower()
+
+
+def refusal(program, directory):
+    """The line with which the program ended."""
+    assert program.wait_for_end(timeout=10) == 1
     (line,) = (directory / "output0.txt").read_text().splitlines()
-    assert "xwayland" in line.lower()
+    return line
 
 
 @pytest.mark.parametrize(

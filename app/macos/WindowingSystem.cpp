@@ -1,0 +1,4 @@
+#include "app/WindowingSystem.h"
+
+// There is but one.
+void chooseWindowingSystem(int, char **) { }

@@ -1,0 +1,100 @@
+#include "cli/Drives.h"
+
+#include "devices/DeviceTexts.h"
+#include "devices/Restart.h"
+#include "devices/SettledDevices.h"
+
+#include <DeviceDiscovery.h>
+
+#include <QJsonDocument>
+
+#include <cstdio>
+
+namespace {
+
+/// Stands for "<" in a drive's text: it is no character that printable() leaves.
+constexpr char Bracket = '\x01';
+
+constexpr const char *OfferNames[] = {"firmware", "configuration", "firmware-and-configuration", "nothing",
+    "unknown", "not-determined", "not-supported"};
+constexpr const char *RestartNames[] = {"unplug", "power-button", "not-needed", "not-known"};
+
+QString statusName(std::int32_t status)
+{
+    constexpr const char *Names[] = {"not-determined", "update-required", "up-to-date"};
+    return status >= Status::NotYetDetermined && status <= Status::UpToDate ? Names[status] : "unknown";
+}
+
+} // namespace
+
+Offer offerFor(const DeviceInfo &device)
+{
+    const bool firmware = device.firmwareStatus == Status::UpdateRequired;
+    const bool configuration = device.configurationStatus == Status::UpdateRequired;
+    if (device.chipsetType == Chipset::NotSupported) {
+        return Offer::NotSupported;
+    }
+    if (!isSettled(device)) {
+        return Offer::NotDetermined;
+    }
+    if (firmware || configuration) {
+        return !configuration ? Offer::Firmware
+            : firmware        ? Offer::FirmwareAndConfiguration
+                              : Offer::Configuration;
+    }
+    const bool isUpToDate =
+        device.firmwareStatus == Status::UpToDate && device.configurationStatus == Status::UpToDate;
+    return isUpToDate ? Offer::Nothing : Offer::Unknown;
+}
+
+bool isUpdateRequired(const DeviceInfo &device)
+{
+    return offerFor(device) <= Offer::FirmwareAndConfiguration;
+}
+
+std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline)
+{
+    std::vector<DeviceInfo> devices;
+    DeviceDiscovery discovery;
+    findSettledDevices(discovery, devices, deadline);
+    return devices;
+}
+
+QString serialNumberOf(const DeviceInfo &device)
+{
+    return DeviceTexts::printable(device.serialNumber);
+}
+
+QString plainText(const DeviceInfo &device, DeviceText text)
+{
+    DeviceInfo printable = device;
+    for (std::string *field :
+        {&printable.modelName, &printable.firmwareVersion, &printable.newFirmwareVersion}) {
+        *field = DeviceTexts::printable(*field).replace('<', Bracket).toLatin1().toStdString();
+    }
+    return text(printable).remove("<b>").remove("</b>").replace(Bracket, '<');
+}
+
+QJsonObject describe(const DeviceInfo &device)
+{
+    return {
+        {"modelName", DeviceTexts::printable(device.modelName)},
+        {"vendorId", device.vendorId},
+        {"productId", device.productId},
+        {"chipset", device.chipsetType},
+        {"firmwareVersion", DeviceTexts::printable(device.firmwareVersion)},
+        {"newFirmwareVersion", DeviceTexts::printable(device.newFirmwareVersion)},
+        {"firmwareFileName", DeviceTexts::printable(device.firmwareFileName)},
+        {"firmwareStatus", statusName(device.firmwareStatus)},
+        {"configurationStatus", statusName(device.configurationStatus)},
+        {"update", OfferNames[int(offerFor(device))]},
+        {"restart", RestartNames[int(restartOf(device.chipsetType, device.productId))]},
+    };
+}
+
+void printJson(const QJsonObject &document, bool onOneLine)
+{
+    const auto format = onOneLine ? QJsonDocument::Compact : QJsonDocument::Indented;
+    std::printf("%s%s", QJsonDocument(document).toJson(format).constData(), onOneLine ? "\n" : "");
+    std::fflush(stdout);
+}

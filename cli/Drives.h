@@ -1,0 +1,40 @@
+#pragma once
+
+#include "devices/DeviceInfo.h"
+
+#include <QDeadlineTimer>
+#include <QJsonObject>
+#include <QString>
+
+#include <vector>
+
+/// What an update of a drive would write, or why none is offered.
+enum class Offer {
+    Firmware,
+    Configuration,
+    FirmwareAndConfiguration,
+    Nothing,
+    Unknown,
+    NotDetermined,
+    NotSupported
+};
+
+Offer offerFor(const DeviceInfo &device);
+bool isUpdateRequired(const DeviceInfo &device);
+
+/// The attached drives; see findSettledDevices().
+std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline);
+
+/// The drive's serial number as it is printed and as a person gives it. Nothing that a drive sends reaches a
+/// terminal or a document but through this function and those below.
+QString serialNumberOf(const DeviceInfo &device);
+
+using DeviceText = QString (*)(const DeviceInfo &);
+/// A sentence of DeviceTexts, without its marks for bold.
+QString plainText(const DeviceInfo &device, DeviceText text);
+
+/// What is known of a drive, but for its serial number.
+QJsonObject describe(const DeviceInfo &device);
+
+/// Prints a document on standard output: indented for a person, or on one line.
+void printJson(const QJsonObject &document, bool onOneLine = false);

@@ -1,0 +1,62 @@
+#include "cli/CommandLine.h"
+#include "cli/Drives.h"
+#include "devices/DeviceTexts.h"
+
+#include <QCommandLineParser>
+#include <QJsonArray>
+
+#include <cstdio>
+
+namespace {
+
+void print(const DeviceInfo &device)
+{
+    std::printf("%s\n", qPrintable(DeviceTexts::driveName(device)));
+    for (const DeviceText text :
+        {DeviceTexts::firmwareVersion, DeviceTexts::firmwareStatus, DeviceTexts::configurationStatus}) {
+        const QString line = plainText(device, text);
+        if (!line.isEmpty()) {
+            std::printf("  %s\n", qPrintable(line));
+        }
+    }
+    const QJsonObject known = describe(device);
+    std::printf("  Update: %s\n  Restart: %s\n", qPrintable(known["update"].toString()),
+        qPrintable(known["restart"].toString()));
+}
+
+} // namespace
+
+int listDrives(const QStringList &arguments)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        "Lists the attached drives: what they run, what is on offer, and how they are restarted.");
+    parser.addOption({"json", "Print one JSON document."});
+    if (const auto end = readArguments(
+            parser, "list", arguments, "  tarvo-firmware list\n  tarvo-firmware list --json --timeout 5\n")) {
+        return *end;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return refuse("list takes no drives: it lists them all", WrongUse);
+    }
+
+    const std::vector<DeviceInfo> devices = attachedDrives(deadline(parser, "timeout"));
+    QJsonArray drives;
+    int status = Done;
+    for (const DeviceInfo &device : devices) {
+        if (offerFor(device) == Offer::NotDetermined) {
+            status = refuse(serialNumberOf(device) + ": its status is not yet determined", Failed);
+        } else if (!parser.isSet("json")) {
+            print(device);
+        }
+        QJsonObject drive = describe(device);
+        drive["serialNumber"] = serialNumberOf(device);
+        drives.append(drive);
+    }
+    if (parser.isSet("json")) {
+        printJson({{"schemaVersion", 1}, {"drives", drives}});
+    } else if (devices.empty()) {
+        std::printf("No drive is attached.\n");
+    }
+    return status;
+}
