@@ -7,6 +7,7 @@ and where that is not set in the test's temporary directory.
 
 import os
 import pathlib
+import re
 import shutil
 
 import pytest
@@ -14,6 +15,9 @@ from bench import Bench
 from desktop import Desktop
 from updater import PROGRAM_DIR, Program
 
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+# The last line of the window.
+VERSION = "Orvi: " + re.search(r"^project\(.* VERSION (\S+)", (SOURCE / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 SLOW = 10_000  # bytes a second: a flash takes about five seconds
 

@@ -6,6 +6,7 @@ where $TARVO_PREFIX names an installed one.
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -43,6 +44,13 @@ def prefix(tmp_path_factory):
 def desktop():
     with Desktop(window_manager=True) as desktop:
         yield desktop
+
+
+@pytest.fixture(scope="session")
+def cache():
+    """CMake's own values."""
+    lines = (BUILD / "CMakeCache.txt").read_text(encoding="utf-8").splitlines()
+    return {line.split(":")[0]: line.split("=", 1)[1] for line in lines if re.match(r"[A-Za-z_]+:[A-Z]+=", line)}
 
 
 class Person:

@@ -16,13 +16,6 @@ LINUX = SOURCE / "packaging/linux"
 
 
 @pytest.fixture(scope="session")
-def cache():
-    """CMake's own values."""
-    lines = (BUILD / "CMakeCache.txt").read_text(encoding="utf-8").splitlines()
-    return {line.split(":")[0]: line.split("=", 1)[1] for line in lines if re.match(r"[A-Za-z_]+:[A-Z]+=", line)}
-
-
-@pytest.fixture(scope="session")
 def version(cache):
     return cache["CMAKE_PROJECT_VERSION"]
 
