@@ -52,9 +52,11 @@ def test_versions_agree(version):
     root = xml.etree.ElementTree.parse(GENERATED / "com.tarvo.firmwareupdater.metainfo.xml").getroot()
     newest = root.find("./releases/release")
     assert (newest.get("version"), newest.get("date")) == (version, heading[2])
+    release = re.search(r'CPACK_DEBIAN_PACKAGE_RELEASE "(\d+)"', (BUILD / "CPackConfig.cmake").read_text())[1]
     for component in ("program", "bench"):
         changelog = GENERATED / component / "changelog.Debian"
-        assert checked("dpkg-parsechangelog", "--file", changelog, "--show-field", "Version") == f"{version}-1\n"
+        told = checked("dpkg-parsechangelog", "--file", changelog, "--show-field", "Version")
+        assert told == f"{version}-{release}\n"
     assert f'"{version}"' in (BUILD / "generated/Version.h").read_text()
 
 
