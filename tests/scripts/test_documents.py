@@ -7,6 +7,7 @@ import re
 import pytest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
+DOCUMENTS = [*ROOT.glob("*.md"), *ROOT.glob("docs/*.md")]
 BUILDING = (ROOT / "docs/building.md").read_text(encoding="utf-8")
 PRESETS = json.loads((ROOT / "CMakePresets.json").read_text(encoding="utf-8"))
 
@@ -45,3 +46,12 @@ def test_every_option_of_a_script_is_explained(script):
     documents = (ROOT / "CONTRIBUTING.md").read_text() + (ROOT / "README.md").read_text()
     for option in re.findall(r"^  (--[a-z-]+)", usage, re.MULTILINE):
         assert f"./{script} {option}" in documents, option
+
+
+@pytest.mark.parametrize("document", DOCUMENTS, ids=lambda file: file.name)
+def test_presets_and_options_that_a_document_names(document):
+    text = document.read_text(encoding="utf-8")
+    presets = {preset["name"] for preset in PRESETS["configurePresets"]}
+    assert set(re.findall(r"--preset ([a-z0-9-]+)", text)) <= presets
+    for script, option in re.findall(r"\./(run|test) (--[a-z-]+)", text):
+        assert re.search(rf"^  {option}\b", (ROOT / script).read_text(), re.MULTILINE), option
