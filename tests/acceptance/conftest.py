@@ -1,8 +1,8 @@
 """Fixtures: a desktop for each test process, a bench and programs for each test.
 
-The directory that holds the program comes from --program-dir or $TARVO_PROGRAM_DIR; otherwise it is that of the build
-dev, or of release where dev is not built. When a test fails, a screenshot and the tree of accessible objects are saved in $TARVO_ACCEPTANCE_OUTPUT,
-and where that is not set in the test's temporary directory.
+The directory that holds the program comes from --program-dir or $TARVO_PROGRAM_DIR; otherwise it is that of the
+preset dev, or of release where dev is not built. When a test fails, a screenshot and the tree of accessible objects are
+saved in $TARVO_ACCEPTANCE_OUTPUT, and where that is not set in the test's temporary directory.
 """
 
 import os
@@ -46,7 +46,7 @@ def pytest_runtest_makereport(item, call):
 def bin_dir(request):
     directory = pathlib.Path(request.config.getoption("--program-dir")).resolve()
     if not (directory / "tarvo-firmware-updater").exists():
-        pytest.exit(f"there is no program in {directory}; build it by \"cmake --preset dev && cmake --build --preset dev\", "
+        pytest.exit(f"there is no program in {directory}; build it (cmake --preset dev && cmake --build --preset dev) "
                     "or name its directory with --program-dir", 2)
     return directory
 
