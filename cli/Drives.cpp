@@ -12,8 +12,9 @@
 
 namespace {
 
-/// Stands for "<" in a drive's text: it is no character that printable() leaves.
+/// Stand for what a sentence would take as its own in a drive's text: no characters that printable() leaves.
 constexpr char Bracket = '\x01';
+constexpr char Percent = '\x02';
 
 constexpr const char *OfferNames[] = {"firmware", "configuration", "firmware-and-configuration", "nothing",
     "unknown", "not-determined", "not-supported"};
@@ -70,9 +71,10 @@ QString plainText(const DeviceInfo &device, DeviceText text)
     DeviceInfo printable = device;
     for (std::string *field :
         {&printable.modelName, &printable.firmwareVersion, &printable.newFirmwareVersion}) {
-        *field = DeviceTexts::printable(*field).replace('<', Bracket).toLatin1().toStdString();
+        QString content = DeviceTexts::printable(*field);
+        *field = content.replace('<', Bracket).replace('%', Percent).toLatin1().toStdString();
     }
-    return text(printable).remove("<b>").remove("</b>").replace(Bracket, '<');
+    return text(printable).remove("<b>").remove("</b>").replace(Bracket, '<').replace(Percent, '%');
 }
 
 QJsonObject describe(const DeviceInfo &device)

@@ -136,12 +136,13 @@ int update(const QCommandLineParser &options, Progress &progress)
     if (!options.isSet("yes") && !ask(plan.devices.size())) {
         return refuse("nothing is written", Failed);
     }
+    // From the first lock on: a lock file is not left behind.
+    holdSignals();
     const auto locks = lock(plan.devices);
     if (locks.empty()) {
         return Failed;
     }
 
-    holdSignals();
     const Flashed flashed = flash(plan.devices, progress);
     for (const DeviceInfo &device : flashed.toRestart) {
         const QString instruction = plainText(device, DeviceTexts::success);
