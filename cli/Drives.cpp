@@ -6,6 +6,7 @@
 
 #include <DeviceDiscovery.h>
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <cstdio>
@@ -16,8 +17,6 @@ namespace {
 constexpr char Bracket = '\x01';
 constexpr char Percent = '\x02';
 
-constexpr const char *OfferNames[] = {"firmware", "configuration", "firmware-and-configuration", "nothing",
-    "unknown", "not-determined", "not-supported"};
 constexpr const char *RestartNames[] = {"unplug", "power-button", "not-needed", "not-known"};
 
 QString statusName(std::int32_t status)
@@ -28,29 +27,18 @@ QString statusName(std::int32_t status)
 
 } // namespace
 
-Offer offerFor(const DeviceInfo &device)
+QStringList outdatedParts(const DeviceInfo &device)
 {
-    const bool firmware = device.firmwareStatus == Status::UpdateRequired;
-    const bool configuration = device.configurationStatus == Status::UpdateRequired;
-    if (device.chipsetType == Chipset::NotSupported) {
-        return Offer::NotSupported;
+    QStringList parts;
+    if (device.chipsetType != Chipset::NotSupported && isSettled(device)) {
+        if (device.firmwareStatus == Status::UpdateRequired) {
+            parts.append("firmware");
+        }
+        if (device.configurationStatus == Status::UpdateRequired) {
+            parts.append("configuration");
+        }
     }
-    if (!isSettled(device)) {
-        return Offer::NotDetermined;
-    }
-    if (firmware || configuration) {
-        return !configuration ? Offer::Firmware
-            : firmware        ? Offer::FirmwareAndConfiguration
-                              : Offer::Configuration;
-    }
-    const bool isUpToDate =
-        device.firmwareStatus == Status::UpToDate && device.configurationStatus == Status::UpToDate;
-    return isUpToDate ? Offer::Nothing : Offer::Unknown;
-}
-
-bool isUpdateRequired(const DeviceInfo &device)
-{
-    return offerFor(device) <= Offer::FirmwareAndConfiguration;
+    return parts;
 }
 
 std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline)
@@ -89,7 +77,8 @@ QJsonObject describe(const DeviceInfo &device)
         {"firmwareFileName", DeviceTexts::printable(device.firmwareFileName)},
         {"firmwareStatus", statusName(device.firmwareStatus)},
         {"configurationStatus", statusName(device.configurationStatus)},
-        {"update", OfferNames[int(offerFor(device))]},
+        {"supported", device.chipsetType != Chipset::NotSupported},
+        {"outdated", QJsonArray::fromStringList(outdatedParts(device))},
         {"restart", RestartNames[int(restartOf(device.chipsetType, device.productId))]},
     };
 }

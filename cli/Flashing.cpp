@@ -62,7 +62,7 @@ bool flashOne(const DeviceInfo &device, Progress &progress)
 
 bool runsWhatWasOffered(const DeviceInfo &now, const DeviceInfo &before)
 {
-    return now.firmwareVersion == before.newFirmwareVersion && !isUpdateRequired(now);
+    return now.firmwareVersion == before.newFirmwareVersion && outdatedParts(now).isEmpty();
 }
 
 } // namespace

@@ -13,27 +13,27 @@ OUTDATED = {"firmware": "1.00", "configuration": "1"}
     [
         ("Pebble", OUTDATED, [],
          ["(firmware version: 1.00 => 2.14 )", "Firmware: Update required!", "Configuration: Update required!",
-          "Update: firmware-and-configuration", "Restart: unplug"]),
+          "An update writes: firmware and configuration", "Restart: unplug"]),
         ("Bollard", {"firmware": "1.00"}, [],
          ["(firmware version: 1.00 => 2.16 )", "Firmware: Update required!", "Configuration: Up to date.",
-          "Update: firmware", "Restart: power-button"]),
+          "An update writes: firmware", "Restart: power-button"]),
         ("Harbour FireWire", {"configuration": "1"}, [],
          ["(firmware version: 1.31 )", "Firmware: Up to date.", "Configuration: Update required!",
-          "Update: configuration", "Restart: not-needed"]),
+          "An update writes: configuration", "Restart: not-needed"]),
         ("Pebble", {}, [],
-         ["(firmware version: 2.14 )", "Firmware: Up to date.", "Configuration: Up to date.", "Update: nothing",
+         ["(firmware version: 2.14 )", "Firmware: Up to date.", "Configuration: Up to date.",
           "Restart: unplug"]),
         ("Pebble", {}, ["firmwareStatus=3"],
-         ["Unknown firmware version !", "Firmware: Unknown status!", "Configuration: Up to date.", "Update: unknown",
+         ["Unknown firmware version !", "Firmware: Unknown status!", "Configuration: Up to date.",
           "Restart: unplug"]),
         ("Pebble", {}, ["configurationStatus=-1"],
-         ["(firmware version: 2.14 )", "Firmware: Up to date.", "Configuration: Unknown status!", "Update: unknown",
+         ["(firmware version: 2.14 )", "Firmware: Up to date.", "Configuration: Unknown status!",
           "Restart: unplug"]),
         ("Pebble", OUTDATED, ["chipsetType=0"],
-         ["Device not supported !", "Update: not-supported", "Restart: not-known"]),
+         ["Device not supported !", "Restart: not-known"]),
         ("Pebble", OUTDATED, ["productId=1"],
          ["(firmware version: 1.00 => 2.14 )", "Firmware: Update required!", "Configuration: Update required!",
-          "Update: firmware-and-configuration", "Restart: not-known"]),
+          "An update writes: firmware and configuration", "Restart: not-known"]),
     ],
 )
 def test_drive(bench, command, model, options, reports, lines):
@@ -44,7 +44,8 @@ def test_drive(bench, command, model, options, reports, lines):
     assert head == f"Tarvo {model}, serial number TV1"
     assert [line.strip() for line in rest] == lines
     (drive,) = command.json("list", "--json")["drives"]
-    assert [f"Update: {drive['update']}", f"Restart: {drive['restart']}"] == lines[-2:]
+    parts = " and ".join(drive["outdated"])
+    assert [f"An update writes: {parts}"] * bool(parts) + [f"Restart: {drive['restart']}"] == lines[3 if "supp" not in lines[0] else 1:]
 
 
 def test_document(bench, command):
@@ -57,7 +58,7 @@ def test_document(bench, command):
         "serialNumber": "TV1", "modelName": "Pebble", "vendorId": 0x0E7A, "productId": 0x1A20, "chipset": 1,
         "firmwareVersion": "1.00", "newFirmwareVersion": "2.14", "firmwareFileName": "pebble.tfw",
         "firmwareStatus": "update-required", "configurationStatus": "update-required",
-        "update": "firmware-and-configuration", "restart": "unplug",
+        "supported": True, "outdated": ["firmware", "configuration"], "restart": "unplug",
     }
     statuses = [document["drives"][1][key] for key in ("firmwareStatus", "configurationStatus")]
     assert statuses == ["up-to-date", "unknown"]
@@ -72,7 +73,7 @@ def test_statuses_settle(bench, command):
     bench.add("Pebble", serial="TV1", plugged=False)
     bench.fault("TV1", "settle-queries", 2)
     bench.plug("TV1")
-    assert "Update: nothing" in command.run("list").output
+    assert "Firmware: Up to date." in command.run("list").output
 
 
 def test_timeout(bench, command):
@@ -85,7 +86,7 @@ def test_timeout(bench, command):
     assert listed.output.startswith("Tarvo Lamina, serial number TV2\n")
     assert listed.errors == "tarvo-firmware: TV1: its status is not yet determined\n"
     unsettled, _ = command.json("list", "--json", "--timeout", "0", status=1)["drives"]
-    assert (unsettled["serialNumber"], unsettled["update"]) == ("TV1", "not-determined")
+    assert (unsettled["serialNumber"], unsettled["firmwareStatus"]) == ("TV1", "not-determined")
 
 
 TEXTS = {"modelName": r"\x1b[31m\x9b2J\x0d<b>%1</b>\x5c\xff", "serialNumber": r"S\x07\x0a\x84\x5c",

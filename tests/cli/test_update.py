@@ -116,7 +116,7 @@ def test_events(bench, command, outdated):
                     ("writing", "TV1"), ("written", "TV1"), ("writing", "TV2"), ("failed", "TV2"),
                     ("writing", "TV3"), ("written", "TV3"), ("waiting", "TV1"), ("done", None)]
     assert [event["write"] for event in events[:4]] == [True, True, True, False]
-    assert events[0]["update"] == "firmware-and-configuration"
+    assert events[0]["outdated"] == ["firmware", "configuration"]
     assert 0 < events[5]["seconds"] < 10 and events[7]["begun"] is True
     assert events[10]["instruction"] == UNPLUG
     assert events[-1]["exitStatus"] == 1
