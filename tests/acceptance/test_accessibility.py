@@ -1,8 +1,6 @@
 """What a screen reader is told: every picture and bar has a name, and the texts come in reading order."""
 
-from conftest import FAST, SLOW
-
-VERSION = "Orvi: 1.1.6"
+from conftest import FAST, SLOW, VERSION
 
 
 def check(screen, *texts):

@@ -2,7 +2,7 @@
 
 import time
 
-from conftest import FAST, SLOW
+from conftest import FAST, SLOW, VERSION
 from waiting import POLL_INTERVAL
 
 
@@ -82,7 +82,7 @@ def test_drive_is_pulled_out_during_its_confirmation(bench, start):
     program.see_confirmation("Pebble")
     bench.unplug("TV1")
     screen = program.wait_for(lambda screen: screen.window and not screen.pages, "a window without any page")
-    assert screen.texts == ["Orvi: 1.1.6"]
+    assert screen.texts == [VERSION]
     bench.plug("TV1")
     program.see_models("Pebble", "Skiff")
 

@@ -3,6 +3,7 @@
 import os
 
 import pytest
+from conftest import VERSION
 
 MODELS = ["Pebble", "Lamina", "Skiff", "Harbour", "Bollard", "Breakwater", "Pebble Mini", "Harbour Duo",
           "Pebble Triple", "Harbour FireWire"]
@@ -27,7 +28,7 @@ def test_no_drive(bench, start):
     program = start()
     screen = program.see_no_drive()
     assert screen.window.size == (850, 300)
-    assert screen.texts[-1] == "Orvi: 1.1.6"
+    assert screen.texts[-1] == VERSION
     assert screen.buttons == []
 
 
@@ -42,7 +43,7 @@ def test_drives_stand_in_rows_of_three(bench, start, count, height):
     assert rows(screen) == [models[i : i + 3] for i in range(0, count, 3)]
     assert screen.window.name == "Tarvo Firmware Updater"
     assert screen.window.size == (850, height)
-    assert screen.texts[-1] == "Orvi: 1.1.6"
+    assert screen.texts[-1] == VERSION
 
 
 def test_scrolling_to_the_last_drive(bench, desktop, start):

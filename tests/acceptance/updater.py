@@ -46,7 +46,7 @@ class Screen:
 
     @property
     def pages(self):
-        """The drives' pages: whatever has lines of text that name a drive."""
+        """The drives' pages: all that have lines of text which name a drive."""
         return [
             node
             for node in (self.window.all() if self.window else [])
@@ -101,7 +101,7 @@ class Program:
         return self.process.poll() is None
 
     def look(self):
-        """What is on screen now; None as long as the program shows nothing."""
+        """What is on screen now; None while the program shows nothing."""
         if self.owner is None:
             self.owner = self.desktop.accessibility.owner_of_process(self.process.pid)
         if self.owner is None:

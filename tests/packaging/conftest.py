@@ -1,11 +1,12 @@
 """What the tests of the installed program stand on: an installed tree, a desktop, and a person with a home directory.
 
-The tree is made of the build directory in $TARVO_BUILD_DIR, by default that of the preset dev or release. It is not made
-where $TARVO_PREFIX names an installed one.
+The tree is made of the build directory in $TARVO_BUILD_DIR, by default that of the preset dev or release. Where
+$TARVO_PREFIX names an installed tree, that is used instead.
 """
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -45,6 +46,13 @@ def desktop():
         yield desktop
 
 
+@pytest.fixture(scope="session")
+def cache():
+    """CMake's own values."""
+    lines = (BUILD / "CMakeCache.txt").read_text(encoding="utf-8").splitlines()
+    return {line.split(":")[0]: line.split("=", 1)[1] for line in lines if re.match(r"[A-Za-z_]+:[A-Z]+=", line)}
+
+
 class Person:
     """Somebody with a home directory, a runtime directory and a bench of their own."""
 
@@ -75,7 +83,7 @@ def person(tmp_path, prefix):
 
 @pytest.fixture
 def start(desktop, person, tmp_path):
-    """Starts a command as that person, who stops whatever still runs at the end."""
+    """Starts a command as that person; what still runs at the end of the test is stopped."""
     programs = []
 
     def start_program(command=NAME, *arguments, cwd=None):

@@ -261,7 +261,7 @@ void tst_Layouts::window()
     QCOMPARE(
         WidgetDescription::linesOf(*fixture.window.layout()), (QStringList{"column", "  QStackedWidget"}));
     QCOMPARE(WidgetDescription::linesOf(*fixture.page()->layout()),
-        (QStringList{"column, margins 0 0 0 0", "  QScrollArea", "  row", "    QLabel Orvi: 1.1.6"}));
+        (QStringList{"column, margins 0 0 0 0", "  QScrollArea", "  row", "    QLabel " + VersionText}));
 }
 
 void tst_Layouts::columnOfTheWindow_data()
@@ -310,7 +310,7 @@ void tst_Layouts::windowWidgetsAreSetUpAsNew()
     area.setWidgetResizable(true);
     QCOMPARE(WidgetDescription::differences(*page->findChild<QScrollArea *>(), area), QString());
 
-    const QLabel *version = labelReading(*page, "Orvi: 1.1.6");
+    const QLabel *version = labelReading(*page, VersionText);
     QLabel italic(version->text(), page);
     QFont font = smallFont();
     font.setStyle(QFont::StyleItalic);
@@ -329,7 +329,7 @@ void tst_Layouts::versionHasTheApplicationsFont()
 {
     const LabelFont font;
     WindowFixture fixture;
-    const QLabel *version = labelReading(fixture.window, "Orvi: 1.1.6");
+    const QLabel *version = labelReading(fixture.window, VersionText);
     QVERIFY(version->font().underline());
     QVERIFY(!version->font().bold());
 }

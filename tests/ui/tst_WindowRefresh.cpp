@@ -57,7 +57,7 @@ private slots:
 void tst_WindowRefresh::noDriveShowsTheMessageCentredInBold()
 {
     WindowFixture fixture;
-    QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
+    QCOMPARE(fixture.texts(), (QStringList{NoDriveText, VersionText}));
     QCOMPARE(fixture.window.size(), QSize(850, 300));
     for (const QLabel *label : fixture.window.findChildren<QLabel *>()) {
         if (label->text() == NoDriveText) {
@@ -105,7 +105,7 @@ void tst_WindowRefresh::emptyListShowsTheMessageInEveryState()
         QVERIFY(!fixture.texts().contains(NoDriveText));
         fixture.window.updateWindow();
     }
-    QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
+    QCOMPARE(fixture.texts(), (QStringList{NoDriveText, VersionText}));
 }
 
 void tst_WindowRefresh::drivesDecideTheWindowsSize_data()
@@ -243,7 +243,7 @@ void tst_WindowRefresh::selectionThatMatchesNoDriveShowsNoPage()
     WindowFixture fixture;
     fixture.deliver(numberedDrives(2));
     QMetaObject::invokeMethod(&fixture.window, "updateDevice", Q_ARG(QString, "GONE"));
-    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(fixture.texts(), QStringList{VersionText});
     QVERIFY(fixture.buttons().isEmpty());
     QCOMPARE(fixture.window.size(), QSize(850, 320));
 }
