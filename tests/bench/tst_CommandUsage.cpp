@@ -118,11 +118,9 @@ void tst_CommandUsage::helpsWithoutACommand()
 void tst_CommandUsage::takesOptionsInAnyPlaceAndSpelling_data()
 {
     QTest::addColumn<QString>("line");
-    for (const char *line :
-        {"--bench @ fault A pulled-out 16 --once", "--bench=@ fault A pulled-out 16 --once",
-            "fault --bench @ A pulled-out 16 --once", "fault A --once pulled-out 16 --bench=@",
-            "--bench /nowhere fault --once A pulled-out 0x10 --bench @",
-            "fault --once --bench @ -- A pulled-out 16"}) {
+    for (const char *line : {"--bench @ fault A pulled-out 16 --once",
+             "--bench=@ fault A pulled-out 16 --once", "fault --bench @ A pulled-out 16 --once",
+             "fault A --once pulled-out 16 --bench=@", "fault --once --bench @ -- A pulled-out 16"}) {
         QTest::newRow(line) << line;
     }
 }
@@ -134,8 +132,7 @@ void tst_CommandUsage::takesOptionsInAnyPlaceAndSpelling()
     bench.addOutdated("A");
     const Ended ended = driveBench(line.replace('@', QString::fromStdString(bench.directory())));
     QVERIFY2(ended.status == 0, ended.errors.constData());
-    QCOMPARE(faultText(bench.drive("A").faults.at(0)),
-        line.contains("0x") ? std::string("pulled-out 0x10 (once)") : std::string("pulled-out 16 (once)"));
+    QCOMPARE(faultText(bench.drive("A").faults.at(0)), std::string("pulled-out 16 (once)"));
 }
 
 void tst_CommandUsage::wrongUsage_data()
