@@ -137,6 +137,9 @@ std::vector<Store::Row> Store::rows() const
         found.push_back({row.getColumn(0).getString(), row.getColumn(1).getString()});
         const std::int64_t checksum = checksumOf(found.back().name, found.back().document);
         if (checksum != row.getColumn(2).getInt64()) {
+            if (found.back().name == HostName) {
+                throw Damaged(connection.file(), "the state of the host is not what was written");
+            }
             throw invalidDrive(connection.file(), found.back().name, "it is damaged");
         }
         total += sealOf(checksum);
