@@ -9,7 +9,8 @@ def trial(programs, place, choose):
     bench = programs.copy(place)
     database = bench / "bench.sqlite"
     content = bytearray(database.read_bytes())
-    choose.choice([change_bytes, flip_bit, change_header, change_page_header, lose_sector, cut, swap_pages])(content, choose)
+    choose.choice([change_bytes, flip_bit, change_header, change_page_header, lose_row, lose_sector, cut, swap_pages])(
+        content, choose)
     database.write_bytes(content)
 
     answers = 0
@@ -46,6 +47,11 @@ def change_header(content, choose):
 def change_page_header(content, choose):
     """Where SQLite keeps how many rows a page has, and where they are."""
     content[choose.choice([100, *range(PAGE, len(content), PAGE)]) + choose.randrange(24)] = choose.randrange(256)
+
+
+def lose_row(content, choose):
+    """Counts a row less in the page of the documents."""
+    content[PAGE + 4] -= choose.randint(1, 3)
 
 
 def lose_sector(content, choose):
