@@ -1,10 +1,10 @@
 #include "bench/panel/DriveButtons.h"
 
-#include "bench/core/Text.h"
+#include "bench/core/LifeCycle.h"
 #include "bench/panel/FaultMenu.h"
 #include "bench/panel/OnBench.h"
 
-#include <QBoxLayout>
+#include <QHBoxLayout>
 #include <QPushButton>
 
 #include <algorithm>
@@ -15,8 +15,7 @@ namespace bench {
 
 namespace {
 
-/// The program asks every two seconds which drives there are; one that is away for so long is missed.
-constexpr std::chrono::milliseconds AwayTime(3000);
+constexpr std::chrono::milliseconds AwayTime = std::chrono::seconds(AwaySeconds);
 
 } // namespace
 
@@ -26,54 +25,47 @@ DriveButtons::DriveButtons(std::string benchDirectory, const Drive &drive, QWidg
     auto *const line = new QHBoxLayout(this);
     line->setContentsMargins(0, 0, 0, 0);
     line->setSpacing(6);
-    unplugButton = addButton(line, tr("Unplug"), tr("Unplug %1"));
-    connect(unplugButton, &QPushButton::clicked, this, &DriveButtons::unplug);
-    plugButton = addButton(line, tr("Plug"), tr("Plug %1"));
-    connect(plugButton, &QPushButton::clicked, this, &DriveButtons::plug);
+    plugButton = addButton({});
+    connect(plugButton, &QPushButton::clicked, this, &DriveButtons::switchPlug);
     const bool hasPowerButton = drive.catalogueModel().restart() == Restart::PowerButton;
-    restartButton = addButton(line, hasPowerButton ? tr("Power-cycle") : tr("Replug"),
-        hasPowerButton ? tr("Power-cycle %1") : tr("Replug %1"));
-    connect(restartButton, &QPushButton::clicked, this, &DriveButtons::restart);
-    faultButton = addButton(line, tr("Faults"), tr("Faults of %1"));
-    addFaultMenu();
+    connect(addButton(hasPowerButton ? tr("Po&wer-cycle") : tr("&Replug")), &QPushButton::clicked, this,
+        &DriveButtons::restart);
+    QPushButton *const faultButton = addButton(tr("&Faults"));
+    faultMenu = new FaultMenu(this->benchDirectory, serial, faultButton);
+    faultButton->setMenu(faultMenu);
+    connect(faultMenu, &FaultMenu::chosen, this, &DriveButtons::pressed);
+    connect(addButton(tr("Re&move")), &QPushButton::clicked, this, [this] { act("remove", removeDrive); });
     line->addStretch();
 
     comeBack.setSingleShot(true);
     comeBack.setTimerType(Qt::PreciseTimer);
     connect(&comeBack, &QTimer::timeout, this, &DriveButtons::plug);
+    showDrive(drive);
 }
 
 DriveButtons::~DriveButtons()
 {
     if (comeBack.isActive()) {
-        onBench(benchDirectory, [this](BenchStore &store) { DriveLifeCycle(store).plug(serial); });
+        onDrive(benchDirectory, serial, "plug in", plugDrive);
     }
 }
 
-QPushButton *DriveButtons::addButton(QBoxLayout *line, const QString &text, const QString &accessibleName)
+QPushButton *DriveButtons::addButton(const QString &text)
 {
-    auto *const button = new QPushButton(text, this);
-    button->setAccessibleName(accessibleName.arg(QString::fromStdString(escaped(serial))));
+    auto *const button = new QPushButton(this);
+    button->setAutoDefault(true); // Enter presses it
     button->setFixedWidth(QPushButton(tr("Power-cycle"), this).sizeHint().width()); // the longest text
-    line->addWidget(button);
+    setText(button, text);
+    layout()->addWidget(button);
     return button;
 }
 
-void DriveButtons::addFaultMenu()
+void DriveButtons::setText(QPushButton *button, const QString &text)
 {
-    faultMenu = new FaultMenu(faultButton);
-    faultButton->setMenu(faultMenu);
-    connect(faultMenu, &FaultMenu::faultChosen, this,
-        [this](const Fault &fault) { act([&](DriveLifeCycle &drives) { drives.setFault(serial, fault); }); });
-    connect(faultMenu, &FaultMenu::faultDropped, this,
-        [this](FaultKind kind) { act([&](DriveLifeCycle &drives) { drives.clearFault(serial, kind); }); });
-    connect(faultMenu, &FaultMenu::allDropped, this,
-        [this] { act([this](DriveLifeCycle &drives) { drives.clearFaults(serial); }); });
-}
-
-bool DriveButtons::hasOpenMenu() const
-{
-    return faultMenu->isVisible();
+    if (button->text() != text) {
+        button->setText(text);
+        button->setAccessibleName(QString(text).remove(QLatin1Char('&')) + ' ' + shownText(serial));
+    }
 }
 
 int DriveButtons::secondsUntilBack() const
@@ -83,62 +75,58 @@ int DriveButtons::secondsUntilBack() const
 
 void DriveButtons::showDrive(const Drive &drive)
 {
-    if (drive.plugged) {
+    isPlugged = drive.plugged;
+    if (isPlugged) {
         comeBack.stop();
     }
     // To unplug a drive that is about to come back keeps it away.
-    const bool canUnplug = drive.plugged || comeBack.isActive();
-    QPushButton *const possible = canUnplug ? unplugButton : plugButton;
-    QPushButton *const impossible = canUnplug ? plugButton : unplugButton;
-    setEnabled(true);
-    possible->setEnabled(true);
-    // A disabled button loses the focus: the one that undoes it takes it, for who works with the keyboard.
-    if (impossible->hasFocus() || (!drive.plugged && restartButton->hasFocus())) {
-        possible->setFocus();
-    }
-    impossible->setEnabled(false);
-    restartButton->setEnabled(drive.plugged);
-    faultMenu->showFaults(drive.faults);
+    setText(plugButton, isPlugged || comeBack.isActive() ? tr("&Unplug") : tr("&Plug"));
+    faultMenu->setFaults(drive.faults);
 }
 
-void DriveButtons::act(const std::function<void(DriveLifeCycle &drives)> &action)
+void DriveButtons::act(
+    const std::string &action, const std::function<void(Store &store, const std::string &serial)> &work)
 {
-    emit pressed(onBench(benchDirectory, [&action](BenchStore &store) {
-        DriveLifeCycle drives(store);
-        action(drives);
-    }));
+    emit pressed(onDrive(benchDirectory, serial, action, work));
+}
+
+void DriveButtons::switchPlug()
+{
+    if (comeBack.isActive()) {
+        comeBack.stop(); // it is unplugged, and stays so
+        emit pressed({});
+    } else if (isPlugged) {
+        act("unplug", unplugDrive);
+    } else {
+        plug();
+    }
 }
 
 void DriveButtons::plug()
 {
-    act([this](DriveLifeCycle &drives) {
-        const std::chrono::milliseconds away(now() - drives.drive(serial).unpluggedAt);
-        const bool isClockSetBack = away.count() < 0;
-        if (away < AwayTime && !isClockSetBack) {
-            comeBack.start(AwayTime - away);
-        } else {
-            drives.plug(serial);
-        }
-    });
-}
-
-void DriveButtons::unplug()
-{
-    act([this](DriveLifeCycle &drives) {
-        if (comeBack.isActive()) {
-            comeBack.stop(); // it is unplugged, and stays so
-        } else {
-            drives.unplug(serial);
-        }
-    });
+    act("plug in", [this](Store &store, const std::string &) { comeBackInTime(store); });
 }
 
 void DriveButtons::restart()
 {
-    act([this](DriveLifeCycle &drives) {
-        drives.unplug(serial);
-        comeBack.start(AwayTime);
+    act("restart", [this](Store &store, const std::string &) {
+        if (isPlugged) {
+            unplugDrive(store, serial);
+        }
+        comeBackInTime(store);
     });
+}
+
+/// Plugs the drive in, at once when it was away for long enough.
+void DriveButtons::comeBackInTime(Store &store)
+{
+    const std::chrono::milliseconds away(now() - driveNamed(store, serial).unpluggedAt);
+    const bool isClockSetBack = away.count() < 0;
+    if (away < AwayTime && !isClockSetBack) {
+        comeBack.start(AwayTime - away);
+    } else {
+        plugDrive(store, serial);
+    }
 }
 
 } // namespace bench

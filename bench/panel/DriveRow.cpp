@@ -2,13 +2,11 @@
 
 #include "bench/core/Text.h"
 #include "bench/panel/DriveButtons.h"
-#include "bench/panel/ElidedLabel.h"
-#include "bench/panel/FaultMenu.h"
+#include "bench/panel/OnBench.h"
+#include "bench/panel/TextLabel.h"
 
 #include <QGridLayout>
 #include <QIcon>
-#include <QLabel>
-#include <QLocale>
 #include <QProgressBar>
 
 #include <algorithm>
@@ -19,30 +17,17 @@ namespace {
 
 constexpr int PictureSize = 48;
 constexpr int Spacing = 8;
+constexpr std::array<const char *, 3> VersionCaptions = {"Running", "In flash", "On offer"};
 
 QString tr(const char *text)
 {
     return DriveRow::tr(text);
 }
 
-/// Bytes of a drive as one line.
-QString shown(const std::string &bytes)
-{
-    return QString::fromStdString(escaped(bytes));
-}
-
 QString versionsText(const std::string &firmware, const std::string &configuration)
 {
-    return firmware.empty() ? tr("none") : tr("%1, conf. %2").arg(shown(firmware), shown(configuration));
-}
-
-QString progressText(const Drive &drive)
-{
-    const std::int64_t left = std::max<std::int64_t>(0, drive.bytesToWrite - drive.bytesWritten);
-    const QLocale locale;
-    return tr("%1 of %2 bytes, %3 s left")
-        .arg(locale.toString(qlonglong(drive.bytesWritten)), locale.toString(qlonglong(drive.bytesToWrite)),
-            locale.toString(qlonglong((left + drive.flashRate - 1) / drive.flashRate)));
+    return firmware.empty() ? tr("none")
+                            : tr("%1, conf. %2").arg(shownText(firmware), shownText(configuration));
 }
 
 /// What the status of a drive that works means for a person.
@@ -68,66 +53,60 @@ QString readyText(const DeviceInfo &record)
         : tr("Status unknown");
 }
 
-/// What the drive needs or does; empty for one that is unplugged.
-QString stateText(const Drive &drive, const DeviceInfo &record)
+/// What the drive needs or does.
+QString stateText(const Drive &drive, const DeviceInfo &record, int secondsUntilBack)
 {
-    switch (drive.state()) {
-    case DriveState::Unplugged:
-        break;
-    case DriveState::Silent:
-        return tr("Does not answer");
-    case DriveState::Writing:
-        return progressText(drive);
-    case DriveState::BootRom:
-        return tr("Boot ROM: update it again");
-    case DriveState::RestartNeeded:
-        return drive.catalogueModel().restart() == Restart::PowerButton
-            ? tr("Updated: press power-cycle")
-            : tr("Updated: unplug it and plug it in");
-    case DriveState::Ready:
+    if (secondsUntilBack > 0) {
+        return tr("Unplugged, comes back by itself in %1 s").arg(secondsUntilBack);
+    }
+    const DriveState state = drive.state();
+    if (state == DriveState::Ready) {
         return readyText(record);
     }
-    return {};
+    if (state == DriveState::RestartNeeded) {
+        return drive.catalogueModel().restart() == Restart::PowerButton ? tr("Updated: press Power-cycle")
+                                                                        : tr("Updated: press Replug");
+    }
+    const QString text = QString::fromLatin1(bench::stateText(state));
+    return text.left(1).toUpper() + text.mid(1) + (drive.isInBootRom() ? tr(": update it again") : QString());
 }
 
-QString faultsText(const std::vector<Fault> &faults)
+/// The faults as the command takes them; empty for none.
+QString faultsText(const Faults &faults)
 {
-    QStringList titles;
+    QStringList texts;
     for (const Fault &fault : faults) {
-        const QString title = FaultMenu::title(fault.kind);
-        titles.append(fault.once ? tr("%1, once").arg(title) : title);
+        texts.append(QString::fromStdString(faultText(fault)));
     }
-    return titles.isEmpty() ? QString() : tr("Fault: %1").arg(titles.join(QStringLiteral("; ")));
+    return texts.isEmpty() ? QString() : tr("Faults: %1").arg(texts.join(QStringLiteral(", ")));
+}
+
+void showWhereNotEmpty(TextLabel *label, const QString &text)
+{
+    label->setText(text);
+    label->setVisible(!text.isEmpty());
 }
 
 } // namespace
 
 DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent) : QFrame(parent)
 {
+    const QString serial = shownText(drive.serial);
+    setAccessibleName(tr("%1 %2").arg(QString::fromStdString(drive.model), serial));
     setFrameStyle(int(QFrame::StyledPanel) | int(QFrame::Plain));
     auto *const lines = new QVBoxLayout(this);
-    lines->setContentsMargins(Spacing, Spacing, Spacing, Spacing);
+    lines->setContentsMargins(Spacing, Spacing / 2, Spacing, Spacing / 2);
     lines->setSpacing(2);
     addFacts(lines, drive.catalogueModel());
+    addState(lines, serial);
 
     buttons = new DriveButtons(benchDirectory, drive, this);
     connect(buttons, &DriveButtons::pressed, this, &DriveRow::pressed);
-    lines->addSpacing(Spacing / 2);
     lines->addWidget(buttons);
-    lines->addSpacing(Spacing / 2);
 
-    pluggedLabel = new ElidedLabel(this);
-    lines->addWidget(pluggedLabel);
-    stateLabel = new ElidedLabel(this);
-    lines->addWidget(stateLabel);
-    faultLabel = new ElidedLabel(this, QPalette::PlaceholderText);
+    faultLabel = new TextLabel(this, QPalette::PlaceholderText);
     lines->addWidget(faultLabel);
-    progress = new QProgressBar(this);
-    progress->setTextVisible(false);
-    progress->setFixedHeight(faultLabel->sizeHint().height());
-    progress->setAccessibleName(tr("Flash of %1").arg(shown(drive.serial)));
-    lines->addWidget(progress);
-    updateLabel = new ElidedLabel(this, QPalette::PlaceholderText);
+    updateLabel = new TextLabel(this, QPalette::PlaceholderText);
     lines->addWidget(updateLabel);
 }
 
@@ -135,12 +114,12 @@ void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)
 {
     auto *const facts = new QGridLayout;
     facts->setHorizontalSpacing(Spacing);
-    facts->setVerticalSpacing(2);
+    facts->setVerticalSpacing(0);
     facts->setColumnStretch(1, 1);
     facts->setColumnMinimumWidth(3, fontMetrics().horizontalAdvance(QStringLiteral("0.00, conf. 00 ")));
     lines->addLayout(facts);
     const auto addLabel = [this, facts](int line, int column, QPalette::ColorRole role) {
-        auto *const label = new ElidedLabel(this, role);
+        auto *const label = new TextLabel(this, role);
         facts->addWidget(label, line, column);
         return label;
     };
@@ -148,9 +127,10 @@ void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)
     auto *const picture = new QLabel(this);
     picture->setFixedSize(PictureSize, PictureSize);
     picture->setPixmap(QIcon(QString::fromStdString(model.picture())).pixmap(PictureSize, PictureSize));
+    picture->setAccessibleName(tr("Picture: %1").arg(QLatin1String(model.body)));
     facts->addWidget(picture, 0, 0, 3, 1);
 
-    ElidedLabel *const name = addLabel(0, 1, QPalette::WindowText);
+    TextLabel *const name = addLabel(0, 1, QPalette::WindowText);
     QFont bold = font();
     bold.setBold(true);
     name->setFont(bold);
@@ -158,20 +138,26 @@ void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)
     serialLabel = addLabel(1, 1, QPalette::WindowText);
     bridgeLabel = addLabel(2, 1, QPalette::PlaceholderText);
 
-    const QStringList captions{tr("Running"), tr("In flash"), tr("On offer")};
-    for (int line = 0; line < captions.size(); ++line) {
-        auto *const caption = new QLabel(captions.at(line), this);
+    for (std::size_t line = 0; line < VersionCaptions.size(); ++line) {
+        auto *const caption = new QLabel(tr(VersionCaptions[line]), this);
         caption->setForegroundRole(QPalette::PlaceholderText);
-        facts->addWidget(caption, line, 2);
+        facts->addWidget(caption, static_cast<int>(line), 2);
+        versionLabels[line] = addLabel(static_cast<int>(line), 3, QPalette::WindowText);
+        caption->setBuddy(versionLabels[line]);
     }
-    runningLabel = addLabel(0, 3, QPalette::WindowText);
-    flashLabel = addLabel(1, 3, QPalette::WindowText);
-    offerLabel = addLabel(2, 3, QPalette::WindowText);
 }
 
-bool DriveRow::hasOpenMenu() const
+void DriveRow::addState(QVBoxLayout *lines, const QString &serial)
 {
-    return buttons->hasOpenMenu();
+    stateLabel = new TextLabel(this);
+    progress = new QProgressBar(this);
+    progress->setFixedHeight(stateLabel->sizeHint().height());
+    progress->setAccessibleName(tr("Flash of %1").arg(serial));
+    auto *const line = new QHBoxLayout;
+    line->setSpacing(Spacing);
+    line->addWidget(stateLabel, 2);
+    line->addWidget(progress, 1);
+    lines->addLayout(line);
 }
 
 void DriveRow::showDrive(const Drive &drive, const DeviceInfo &record)
@@ -179,38 +165,35 @@ void DriveRow::showDrive(const Drive &drive, const DeviceInfo &record)
     buttons->showDrive(drive);
     const bool isWritten = drive.state() == DriveState::Writing;
     serialLabel->setText(drive.reportedSerial == drive.serial
-            ? shown(drive.serial)
-            : tr("%1, goes by %2").arg(shown(drive.serial), shown(drive.reportedSerial)));
+            ? shownText(drive.serial)
+            : tr("%1, goes by %2").arg(shownText(drive.serial), shownText(drive.reportedSerial)));
     bridgeLabel->setText(tr("%1, %2").arg(QString::fromLatin1(drive.catalogueModel().busName()),
         drive.chipset == Chipset::NotSupported ? tr("no updater")
                                                : QString::fromLatin1(bridgeName(drive.chipset))));
-    runningLabel->setText(
-        drive.plugged ? versionsText(drive.runningFirmware, drive.runningConfiguration) : tr("–"));
-    flashLabel->setText(isWritten ? tr("being written")
-            : drive.incomplete    ? tr("incomplete")
-                                  : versionsText(drive.flashFirmware, drive.flashConfiguration));
-    offerLabel->setText(shown(record.newFirmwareVersion));
-    pluggedLabel->setText(!drive.plugged ? tr("Unplugged")
-            : drive.mounted              ? tr("Plugged in, volumes mounted")
-                                         : tr("Plugged in, volumes not mounted"));
-    const int secondsUntilBack = buttons->secondsUntilBack();
-    stateLabel->setText(secondsUntilBack > 0 ? tr("Comes back by itself in %1 s").arg(secondsUntilBack)
-                                             : stateText(drive, record));
-    const std::string lastUpdate = drive.lastUpdateText();
-    updateLabel->setText(
-        lastUpdate.empty() ? QString() : tr("Last update: %1").arg(QString::fromStdString(lastUpdate)));
-    faultLabel->setText(faultsText(drive.faults));
-    progress->setMaximum(static_cast<int>(std::max<std::int64_t>(1, drive.bytesToWrite)));
-    progress->setValue(static_cast<int>(drive.bytesWritten));
+    const std::array<QString, 3> versions = {
+        drive.plugged ? versionsText(drive.runningFirmware, drive.runningConfiguration) : tr("–"),
+        isWritten              ? tr("being written")
+            : drive.incomplete ? tr("incomplete")
+                               : versionsText(drive.flashFirmware, drive.flashConfiguration),
+        shownText(textFromBytes(record.newFirmwareVersion)),
+    };
+    for (std::size_t i = 0; i < versions.size(); ++i) {
+        if (versionLabels[i]->text() != versions[i]) {
+            versionLabels[i]->setText(versions[i]);
+            versionLabels[i]->setAccessibleName(tr(VersionCaptions[i]) + ' ' + versions[i]);
+        }
+    }
+    const QString state = stateText(drive, record, buttons->secondsUntilBack());
+    stateLabel->setText(drive.isAttached() && !drive.mounted && !drive.isInBootRom()
+            ? tr("%1; volumes not mounted").arg(state)
+            : state);
+    progress->setValue(
+        static_cast<int>(100 * drive.bytesWritten / std::max<std::int64_t>(1, drive.bytesToWrite)));
     progress->setVisible(isWritten);
-    faultLabel->setVisible(!isWritten);
-}
-
-void DriveRow::showGone()
-{
-    pluggedLabel->clear();
-    stateLabel->setText(tr("No longer on the bench"));
-    buttons->setEnabled(false);
+    showWhereNotEmpty(faultLabel, faultsText(drive.faults));
+    const std::string lastUpdate = drive.lastUpdateText();
+    showWhereNotEmpty(updateLabel,
+        lastUpdate.empty() ? QString() : tr("Last update: %1").arg(QString::fromStdString(lastUpdate)));
 }
 
 } // namespace bench

@@ -5,6 +5,7 @@
 
 #include <QFrame>
 
+#include <array>
 #include <string>
 
 class QProgressBar;
@@ -13,10 +14,10 @@ class QVBoxLayout;
 namespace bench {
 
 class DriveButtons;
-class ElidedLabel;
+class TextLabel;
 
-/// One drive of the bench: what it is, how it is, and its buttons. All rows have the same height and columns,
-/// whatever is told of the drive.
+/// One drive of the bench: what it is, how it is, and its buttons. Above the buttons all rows are alike; what
+/// is told below them takes no room where there is nothing to tell.
 class DriveRow : public QFrame
 {
     Q_OBJECT
@@ -25,11 +26,8 @@ public:
     /// The row shows no state until showDrive().
     DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent);
 
-    bool hasOpenMenu() const;
     /// Shows the drive as it is now and as discovery would report it.
     void showDrive(const Drive &drive, const DeviceInfo &record);
-    /// Shows that the drive is no longer on the bench.
-    void showGone();
 
 signals:
     /// A button was pressed; `refusal` says why it had no effect, and is empty when it had one.
@@ -37,18 +35,16 @@ signals:
 
 private:
     void addFacts(QVBoxLayout *lines, const Model &model);
+    void addState(QVBoxLayout *lines, const QString &serial);
 
-    ElidedLabel *serialLabel = nullptr;
-    ElidedLabel *bridgeLabel = nullptr;
-    ElidedLabel *runningLabel = nullptr;
-    ElidedLabel *flashLabel = nullptr;
-    ElidedLabel *offerLabel = nullptr;
-    ElidedLabel *pluggedLabel = nullptr;
-    ElidedLabel *stateLabel = nullptr;
-    ElidedLabel *updateLabel = nullptr;
-    ElidedLabel *faultLabel = nullptr;
-    QProgressBar *progress = nullptr; ///< in the place of the faults while the flash is written
+    TextLabel *serialLabel = nullptr;
+    TextLabel *bridgeLabel = nullptr;
+    std::array<TextLabel *, 3> versionLabels = {}; ///< running, in flash, on offer
+    TextLabel *stateLabel = nullptr;
+    QProgressBar *progress = nullptr; ///< beside the state while the flash is written
     DriveButtons *buttons = nullptr;
+    TextLabel *faultLabel = nullptr;
+    TextLabel *updateLabel = nullptr;
 };
 
 } // namespace bench

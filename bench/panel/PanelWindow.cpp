@@ -1,18 +1,18 @@
 #include "bench/panel/PanelWindow.h"
 
-#include "bench/core/Companion.h"
 #include "bench/core/Discovery.h"
-#include "bench/core/DriveLifeCycle.h"
 #include "bench/core/Host.h"
-#include "bench/core/ShellQuoting.h"
+#include "bench/core/LifeCycle.h"
 #include "bench/panel/DriveRow.h"
-#include "bench/panel/ElidedLabel.h"
 #include "bench/panel/OnBench.h"
+#include "bench/panel/TextLabel.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QIcon>
-#include <QScreen>
+#include <QInputDialog>
+#include <QLabel>
+#include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QToolTip>
@@ -29,17 +29,11 @@ constexpr std::chrono::milliseconds PollInterval(250);
 constexpr int Margin = 8;
 constexpr int Width = 480;
 constexpr int LeastHeight = 240;
-/// The updater's window at its widest.
-constexpr int UpdaterWidth = 850;
+/// The updater's window at its largest.
+constexpr QSize UpdaterSize(850, 700);
 /// What a window manager adds to a window: on each side, and above and below it together.
 constexpr int FrameWidth = 2;
 constexpr int FrameHeight = 30;
-
-/// The height of the updater's window, which shows three drives in a row.
-int updaterHeight(std::size_t drives)
-{
-    return std::min(700, (static_cast<int>(drives) + 2) / 3 * 200 + 120);
-}
 
 /// Dark on white for every role and group, so that nothing is left to the colours of the desktop. What
 /// explains another text has the role of placeholders, what went wrong that of bright text.
@@ -62,7 +56,7 @@ QPalette panelPalette()
 PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
     : benchDirectory(std::move(benchDirectory)), imageDirectory(std::move(imageDirectory))
 {
-    setWindowTitle(tr("Drive bench"));
+    setWindowTitle(tr("Drive bench %1").arg(QString::fromStdString(this->benchDirectory)));
     setWindowIcon(QIcon::fromTheme(
         QStringLiteral("com.tarvo.drivebench"), QIcon(QStringLiteral(":/firmwareUpdater/TarvoLogo.png"))));
     setPalette(panelPalette());
@@ -74,45 +68,48 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
     addHead(column);
     addDrives(column);
 
-    messageLine = new ElidedLabel(this, QPalette::BrightText);
-    messageLine->setContentsMargins(Margin, 6, Margin, 6);
+    messageLine = new TextLabel(this, QPalette::BrightText);
+    messageLine->setMargin(Margin);
     column->addWidget(messageLine);
 
     poll.setInterval(PollInterval);
     connect(&poll, &QTimer::timeout, this, &PanelWindow::refresh);
     poll.start();
     refresh();
-
-    // Tall enough for all drives, where the screen is.
-    const int others = sizeHint().height() - scrollArea->sizeHint().height();
-    const int height = std::max(scrollArea->widget()->sizeHint().height(), LeastHeight) + others;
-    resize(QSize(Width, height).boundedTo(screen()->availableSize() - QSize(2 * FrameWidth, FrameHeight)));
 }
 
 void PanelWindow::placeBesideUpdater(const QRect &available)
 {
-    const QSize least = minimumSizeHint();
-    const QRect within = available.adjusted(0, 0, -2 * FrameWidth, -FrameHeight);
-    QRect place = within.adjusted(UpdaterWidth + 2 * FrameWidth, 0, 0, 0);
-    if (place.width() < least.width()) {
-        place = within.adjusted(0, updaterHeight(rows.size()) + 2 * FrameHeight, 0, 0);
-        place.setTop(std::min(place.top(), within.bottom() + 1 - least.height()));
+    const QSize content = scrollArea->widget()->sizeHint();
+    const int head = sizeHint().height() - scrollArea->sizeHint().height();
+    const int rowHeight = content.height() / std::max(1, static_cast<int>(rows.size()));
+    const int leastWidth = content.width() + scrollArea->verticalScrollBar()->sizeHint().width();
+
+    QRect place = available.adjusted(0, 0, -2 * FrameWidth, -FrameHeight);
+    const QPoint free =
+        place.topLeft() + QPoint(UpdaterSize.width() + 2 * FrameWidth, UpdaterSize.height() + FrameHeight);
+    if (place.right() + 1 - free.x() >= leastWidth) {
+        place.setLeft(free.x());
+    } else {
+        place.setTop(std::max(place.top(), std::min(free.y(), place.bottom() + 1 - head - rowHeight)));
     }
-    move(place.topLeft());
-    resize(size().boundedTo(place.size()));
+    resize(QSize(std::max(Width, leastWidth), std::max(content.height(), LeastHeight) + head)
+               .boundedTo(place.size()));
+    move(std::max(place.left(), place.right() + 1 - width()), place.top());
 }
 
 void PanelWindow::addHead(QVBoxLayout *column)
 {
-    auto *const directory = new ElidedLabel(this);
-    directory->setText(QString::fromStdString(benchDirectory));
-    companionSwitch = new QCheckBox(tr("Companion installed"), this);
+    addButton = new QPushButton(tr("&Add drive…"), this);
+    addButton->setAutoDefault(true); // Enter presses it
+    connect(addButton, &QPushButton::clicked, this, &PanelWindow::askForModel);
+    companionSwitch = new QCheckBox(tr("&Companion installed"), this);
     connect(companionSwitch, &QCheckBox::clicked, this, &PanelWindow::switchCompanion);
 
     auto *const head = new QHBoxLayout;
-    head->setContentsMargins(Margin, 8, Margin, 8);
-    head->setSpacing(Margin);
-    head->addWidget(directory, 1);
+    head->setContentsMargins(Margin, Margin, Margin, Margin);
+    head->addWidget(addButton);
+    head->addStretch();
     head->addWidget(companionSwitch);
     column->addLayout(head);
 }
@@ -125,36 +122,31 @@ void PanelWindow::addDrives(QVBoxLayout *column)
     rowColumn->setSpacing(0);
     rowColumn->addStretch();
 
-    emptyLabel = new QLabel(this);
-    emptyLabel->setTextFormat(Qt::PlainText);
-    emptyLabel->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    emptyLabel = new TextLabel(this);
     emptyLabel->setAlignment(Qt::AlignCenter);
-    emptyLabel->setWordWrap(true);
     emptyLabel->setMargin(2 * Margin);
     column->addWidget(emptyLabel, 1);
 
     scrollArea = new QScrollArea(this);
     scrollArea->setFrameShape(QFrame::NoFrame);
     scrollArea->setWidgetResizable(true);
-    scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scrollArea->setFocusPolicy(Qt::NoFocus); // the buttons take it and are scrolled into view
     scrollArea->setWidget(content);
     column->addWidget(scrollArea, 1);
 }
 
 void PanelWindow::refresh()
 {
-    const QString refusal = onBench(benchDirectory, [this](BenchStore &store) {
-        const std::vector<Drive> drives = DriveLifeCycle(store).drives();
-        companionSwitch->setChecked(Host(store).state().companionInstalled);
-        showDrives(drives, Discovery(store, imageDirectory).records(drives));
+    const QString refusal = onBench(benchDirectory, [this](Store &store) {
+        const std::vector<Drive> drives = allDrives(store);
+        companionSwitch->setChecked(isCompanionInstalled(store));
+        showDrives(drives, records(drives, benchDirectory, imageDirectory));
     });
     const bool isReadable = refusal.isEmpty();
-    const QString option = QString::fromStdString("--bench " + shellQuoted(benchDirectory));
     emptyLabel->setText(isReadable
-            ? tr(
-                "No drive is on this bench. Put one on it with:\n\ndrive-bench add Pebble --firmware 2.07 %1")
-                  .arg(option)
+            ? tr("No drive is on this bench. \"Add drive…\" puts one on it.")
             : tr("There is no bench here that can be read:\n\n%1").arg(withoutDirectory(refusal)));
+    addButton->setEnabled(isReadable);
     companionSwitch->setEnabled(isReadable);
     // The rows of a bench that cannot be read wait for it: a drive that is about to come back still does.
     emptyLabel->setVisible(!isReadable || rows.empty());
@@ -175,14 +167,8 @@ void PanelWindow::showDrives(const std::vector<Drive> &drives, const std::vector
         rows.emplace(key, row);
     }
     for (const auto &[key, row] : former) {
-        // An open menu must not lose the row under it: the row goes when the menu is closed.
-        if (row->hasOpenMenu()) {
-            row->showGone();
-            rows.emplace(key, row);
-        } else {
-            row->hide();
-            row->deleteLater();
-        }
+        row->hide();
+        row->deleteLater();
     }
 }
 
@@ -192,24 +178,47 @@ DriveRow *PanelWindow::addRow(const Drive &drive)
     auto *const row = new DriveRow(benchDirectory, drive, scrollArea->widget());
     connect(row, &DriveRow::pressed, this, &PanelWindow::actionEnded);
     rowColumn->insertWidget(rowColumn->count() - 1, row);
-    // However small the window is made, no button is out of reach.
-    scrollArea->setMinimumWidth(
-        row->minimumSizeHint().width() + scrollArea->verticalScrollBar()->sizeHint().width());
     return row;
 }
 
-/// The head of the window names the directory; in a message it only takes the place of what matters.
+/// The title of the window names the directory; in a message it only takes the place of what matters.
 QString PanelWindow::withoutDirectory(QString message) const
 {
     return message.remove(QString::fromStdString(benchDirectory) + QLatin1Char('/'));
 }
 
+void PanelWindow::askForModel()
+{
+    QStringList names;
+    for (const Model &model : models()) {
+        names.append(QString::fromLatin1(model.name));
+    }
+    auto *const dialog = new QInputDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAttribute(Qt::WA_WindowPropagation);
+    dialog->setWindowTitle(tr("Add drive"));
+    dialog->setLabelText(tr("A drive with old firmware and configuration, of the model:"));
+    dialog->setComboBoxItems(names);
+    connect(dialog, &QInputDialog::textValueSelected, this, &PanelWindow::addOutdated);
+    dialog->open();
+}
+
+void PanelWindow::addOutdated(const QString &model)
+{
+    actionEnded(onBench(benchDirectory, [&model](Store &store) {
+        Drive drive = newDrive(modelNamed(model.toStdString()));
+        drive.flashFirmware = "1.00";
+        drive.flashConfiguration = "1";
+        store.change([&] {
+            drive.serial = freeSerial(store.drives(), drive.model);
+            addDrive(store, drive);
+        });
+    }));
+}
+
 void PanelWindow::switchCompanion(bool install)
 {
-    actionEnded(onBench(benchDirectory, [this, install](BenchStore &store) {
-        Companion companion(store, benchDirectory);
-        install ? companion.install() : companion.uninstall();
-    }));
+    actionEnded(onBench(benchDirectory, [install](Store &store) { setCompanionInstalled(store, install); }));
 }
 
 void PanelWindow::actionEnded(const QString &refusal)
