@@ -1,20 +1,24 @@
 #include "bench/panel/DriveRow.h"
 
-#include "bench/core/Text.h"
-#include "bench/panel/DriveButtons.h"
+#include "bench/core/LifeCycle.h"
+#include "bench/panel/FaultMenu.h"
 #include "bench/panel/OnBench.h"
 #include "bench/panel/TextLabel.h"
 
 #include <QGridLayout>
 #include <QIcon>
 #include <QProgressBar>
+#include <QPushButton>
 
 #include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace bench {
 
 namespace {
 
+constexpr std::chrono::milliseconds AwayTime = std::chrono::seconds(AwaySeconds);
 constexpr int PictureSize = 48;
 constexpr int Spacing = 8;
 constexpr std::array<const char *, 3> VersionCaptions = {"Running", "In flash", "On offer"};
@@ -33,24 +37,33 @@ QString versionsText(const std::string &firmware, const std::string &configurati
 /// What the status of a drive that works means for a person.
 QString readyText(const DeviceInfo &record)
 {
-    const bool firmware = record.firmwareStatus == Status::UpdateRequired;
-    const bool configuration = record.configurationStatus == Status::UpdateRequired;
-    if (record.firmwareStatus == Status::NotYetDetermined
-        || record.configurationStatus == Status::NotYetDetermined) {
+    const std::int32_t firmware = record.firmwareStatus;
+    const std::int32_t configuration = record.configurationStatus;
+    if (firmware == Status::NotYetDetermined || configuration == Status::NotYetDetermined) {
         return tr("Status not known yet");
     }
     if (record.chipsetType == Chipset::NotSupported) {
         return tr("No updater for its bridge");
     }
-    if (firmware && configuration) {
-        return tr("Needs firmware and configuration");
+    if (firmware == Status::UpdateRequired) {
+        return configuration == Status::UpdateRequired ? tr("Needs firmware and configuration")
+                                                       : tr("Needs firmware");
     }
-    if (firmware || configuration) {
-        return firmware ? tr("Needs firmware") : tr("Needs configuration");
+    if (configuration == Status::UpdateRequired) {
+        return tr("Needs configuration");
     }
-    return record.firmwareStatus == Status::UpToDate && record.configurationStatus == Status::UpToDate
-        ? tr("Up to date")
-        : tr("Status unknown");
+    return firmware == Status::UpToDate && configuration == Status::UpToDate ? tr("Up to date")
+                                                                             : tr("Status unknown");
+}
+
+/// What stands behind the captions.
+std::array<QString, 3> versionTexts(const Drive &drive, const DeviceInfo &record)
+{
+    return {
+        drive.plugged ? versionsText(drive.runningFirmware, drive.runningConfiguration) : tr("–"),
+        drive.incomplete ? tr("incomplete") : versionsText(drive.flashFirmware, drive.flashConfiguration),
+        shownText(textFromBytes(record.newFirmwareVersion)),
+    };
 }
 
 /// What the drive needs or does.
@@ -60,15 +73,19 @@ QString stateText(const Drive &drive, const DeviceInfo &record, int secondsUntil
         return tr("Unplugged, comes back by itself in %1 s").arg(secondsUntilBack);
     }
     const DriveState state = drive.state();
-    if (state == DriveState::Ready) {
-        return readyText(record);
-    }
-    if (state == DriveState::RestartNeeded) {
-        return drive.catalogueModel().restart() == Restart::PowerButton ? tr("Updated: press Power-cycle")
+    QString text = QString::fromLatin1(bench::stateText(state));
+    text[0] = text[0].toUpper();
+    if (state == DriveState::BootRom) {
+        text = tr("Boot ROM: update it again");
+    } else if (state == DriveState::RestartNeeded) {
+        text = drive.catalogueModel().restart() == Restart::PowerButton ? tr("Updated: press Power-cycle")
                                                                         : tr("Updated: press Replug");
+    } else if (state == DriveState::Ready) {
+        text = readyText(record);
     }
-    const QString text = QString::fromLatin1(bench::stateText(state));
-    return text.left(1).toUpper() + text.mid(1) + (drive.isInBootRom() ? tr(": update it again") : QString());
+    return drive.isAttached() && !drive.mounted && !drive.isInBootRom()
+        ? tr("%1; volumes not mounted").arg(text)
+        : text;
 }
 
 /// The faults as the command takes them; empty for none.
@@ -89,28 +106,35 @@ void showWhereNotEmpty(TextLabel *label, const QString &text)
 
 } // namespace
 
-DriveRow::DriveRow(const std::string &benchDirectory, const Drive &drive, QWidget *parent) : QFrame(parent)
+DriveRow::DriveRow(std::string benchDirectory, const Drive &drive, QWidget *parent)
+    : QFrame(parent), benchDirectory(std::move(benchDirectory)), serial(drive.serial)
 {
-    const QString serial = shownText(drive.serial);
-    setAccessibleName(tr("%1 %2").arg(QString::fromStdString(drive.model), serial));
+    setAccessibleName(tr("%1 %2").arg(QString::fromStdString(drive.model), shownText(serial)));
     setFrameStyle(int(QFrame::StyledPanel) | int(QFrame::Plain));
     auto *const lines = new QVBoxLayout(this);
     lines->setContentsMargins(Spacing, Spacing / 2, Spacing, Spacing / 2);
     lines->setSpacing(2);
     addFacts(lines, drive.catalogueModel());
-    addState(lines, serial);
+    addState(lines);
+    addButtons(lines, drive.catalogueModel());
+    for (TextLabel **label : {&faultLabel, &updateLabel}) {
+        *label = new TextLabel(this, QPalette::PlaceholderText);
+        lines->addWidget(*label);
+    }
 
-    buttons = new DriveButtons(benchDirectory, drive, this);
-    connect(buttons, &DriveButtons::pressed, this, &DriveRow::pressed);
-    lines->addWidget(buttons);
-
-    faultLabel = new TextLabel(this, QPalette::PlaceholderText);
-    lines->addWidget(faultLabel);
-    updateLabel = new TextLabel(this, QPalette::PlaceholderText);
-    lines->addWidget(updateLabel);
+    comeBack.setSingleShot(true);
+    comeBack.setTimerType(Qt::PreciseTimer);
+    connect(&comeBack, &QTimer::timeout, this, &DriveRow::plug);
 }
 
-void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)
+DriveRow::~DriveRow()
+{
+    if (comeBack.isActive()) {
+        onDrive(benchDirectory, serial, "plug in", plugDrive);
+    }
+}
+
+void DriveRow::addFacts(QBoxLayout *lines, const Model &model)
 {
     auto *const facts = new QGridLayout;
     facts->setHorizontalSpacing(Spacing);
@@ -138,62 +162,137 @@ void DriveRow::addFacts(QVBoxLayout *lines, const Model &model)
     serialLabel = addLabel(1, 1, QPalette::WindowText);
     bridgeLabel = addLabel(2, 1, QPalette::PlaceholderText);
 
-    for (std::size_t line = 0; line < VersionCaptions.size(); ++line) {
-        auto *const caption = new QLabel(tr(VersionCaptions[line]), this);
+    for (int line = 0; line < static_cast<int>(VersionCaptions.size()); ++line) {
+        auto *const caption = new QLabel(tr(VersionCaptions.at(line)), this);
         caption->setForegroundRole(QPalette::PlaceholderText);
-        facts->addWidget(caption, static_cast<int>(line), 2);
-        versionLabels[line] = addLabel(static_cast<int>(line), 3, QPalette::WindowText);
-        caption->setBuddy(versionLabels[line]);
+        facts->addWidget(caption, line, 2);
+        versionLabels.at(line) = addLabel(line, 3, QPalette::WindowText);
+        caption->setBuddy(versionLabels.at(line));
     }
 }
 
-void DriveRow::addState(QVBoxLayout *lines, const QString &serial)
+void DriveRow::addState(QBoxLayout *lines)
 {
     stateLabel = new TextLabel(this);
     progress = new QProgressBar(this);
-    progress->setFixedHeight(stateLabel->sizeHint().height());
-    progress->setAccessibleName(tr("Flash of %1").arg(serial));
+    progress->setFixedHeight(fontMetrics().height());
+    progress->setAccessibleName(tr("Flash of %1").arg(shownText(serial)));
     auto *const line = new QHBoxLayout;
     line->setSpacing(Spacing);
-    line->addWidget(stateLabel, 2);
+    line->addWidget(stateLabel, 1);
     line->addWidget(progress, 1);
     lines->addLayout(line);
 }
 
+void DriveRow::addButtons(QBoxLayout *lines, const Model &model)
+{
+    auto *const line = new QHBoxLayout;
+    line->setSpacing(6);
+    lines->addLayout(line);
+    plugButton = addButton(line, {});
+    connect(plugButton, &QPushButton::clicked, this, &DriveRow::switchPlug);
+    const bool hasPowerButton = model.restart() == Restart::PowerButton;
+    connect(addButton(line, hasPowerButton ? tr("Po&wer-cycle") : tr("&Replug")), &QPushButton::clicked, this,
+        &DriveRow::restart);
+    QPushButton *const faultButton = addButton(line, tr("&Faults"));
+    auto *const faultMenu = new FaultMenu(benchDirectory, serial, faultButton);
+    faultButton->setMenu(faultMenu);
+    connect(faultMenu, &FaultMenu::chosen, this, &DriveRow::pressed);
+    connect(addButton(line, tr("Re&move")), &QPushButton::clicked, this,
+        [this] { emit pressed(onDrive(benchDirectory, serial, "remove", removeDrive)); });
+    line->addStretch();
+}
+
+QPushButton *DriveRow::addButton(QBoxLayout *line, const QString &text)
+{
+    auto *const button = new QPushButton(this);
+    button->setAutoDefault(true); // Enter presses it
+    button->setFixedWidth(QPushButton(tr("Power-cycle"), this).sizeHint().width()); // the longest text
+    setText(button, text);
+    line->addWidget(button);
+    return button;
+}
+
+void DriveRow::setText(QPushButton *button, const QString &text)
+{
+    if (button->text() != text) {
+        button->setText(text);
+        button->setAccessibleName(QString(text).remove(QLatin1Char('&')) + ' ' + shownText(serial));
+    }
+}
+
 void DriveRow::showDrive(const Drive &drive, const DeviceInfo &record)
 {
-    buttons->showDrive(drive);
-    const bool isWritten = drive.state() == DriveState::Writing;
-    serialLabel->setText(drive.reportedSerial == drive.serial
-            ? shownText(drive.serial)
-            : tr("%1, goes by %2").arg(shownText(drive.serial), shownText(drive.reportedSerial)));
-    bridgeLabel->setText(tr("%1, %2").arg(QString::fromLatin1(drive.catalogueModel().busName()),
+    isPlugged = drive.plugged;
+    if (isPlugged) {
+        comeBack.stop();
+    }
+    // To unplug a drive that is about to come back keeps it away.
+    setText(plugButton, isPlugged || comeBack.isActive() ? tr("&Unplug") : tr("&Plug"));
+
+    serialLabel->setText(drive.reportedSerial == serial
+            ? shownText(serial)
+            : tr("%1, goes by %2").arg(shownText(serial), shownText(drive.reportedSerial)));
+    bridgeLabel->setText(tr("%1, %2").arg(QLatin1String(drive.catalogueModel().busName()),
         drive.chipset == Chipset::NotSupported ? tr("no updater")
                                                : QString::fromLatin1(bridgeName(drive.chipset))));
-    const std::array<QString, 3> versions = {
-        drive.plugged ? versionsText(drive.runningFirmware, drive.runningConfiguration) : tr("–"),
-        isWritten              ? tr("being written")
-            : drive.incomplete ? tr("incomplete")
-                               : versionsText(drive.flashFirmware, drive.flashConfiguration),
-        shownText(textFromBytes(record.newFirmwareVersion)),
-    };
+    const auto versions = versionTexts(drive, record);
     for (std::size_t i = 0; i < versions.size(); ++i) {
         if (versionLabels[i]->text() != versions[i]) {
             versionLabels[i]->setText(versions[i]);
             versionLabels[i]->setAccessibleName(tr(VersionCaptions[i]) + ' ' + versions[i]);
         }
     }
-    const QString state = stateText(drive, record, buttons->secondsUntilBack());
-    stateLabel->setText(drive.isAttached() && !drive.mounted && !drive.isInBootRom()
-            ? tr("%1; volumes not mounted").arg(state)
-            : state);
+    const int secondsUntilBack =
+        comeBack.isActive() ? std::max(1, (comeBack.remainingTime() + 999) / 1000) : 0;
+    stateLabel->setText(stateText(drive, record, secondsUntilBack));
     progress->setValue(
         static_cast<int>(100 * drive.bytesWritten / std::max<std::int64_t>(1, drive.bytesToWrite)));
-    progress->setVisible(isWritten);
+    progress->setVisible(drive.state() == DriveState::Writing);
     showWhereNotEmpty(faultLabel, faultsText(drive.faults));
     const std::string lastUpdate = drive.lastUpdateText();
     showWhereNotEmpty(updateLabel,
         lastUpdate.empty() ? QString() : tr("Last update: %1").arg(QString::fromStdString(lastUpdate)));
+}
+
+void DriveRow::switchPlug()
+{
+    if (comeBack.isActive()) {
+        comeBack.stop(); // it is unplugged, and stays so
+        emit pressed({});
+    } else if (isPlugged) {
+        emit pressed(onDrive(benchDirectory, serial, "unplug", unplugDrive));
+    } else {
+        plug();
+    }
+}
+
+void DriveRow::plug()
+{
+    emit pressed(onDrive(benchDirectory, serial, "plug in",
+        [this](Store &store, const std::string &) { comeBackInTime(store); }));
+}
+
+void DriveRow::restart()
+{
+    emit pressed(onDrive(benchDirectory, serial, "restart", [this](Store &store, const std::string &) {
+        if (isPlugged) {
+            unplugDrive(store, serial);
+        }
+        comeBackInTime(store);
+    }));
+}
+
+/// Plugs the drive in, at once when it was away for long enough.
+void DriveRow::comeBackInTime(Store &store)
+{
+    const std::chrono::milliseconds away(now() - driveNamed(store, serial).unpluggedAt);
+    const bool isClockSetBack = away.count() < 0;
+    if (away < AwayTime && !isClockSetBack) {
+        comeBack.start(AwayTime - away);
+    } else {
+        plugDrive(store, serial);
+    }
 }
 
 } // namespace bench

@@ -21,6 +21,7 @@ FaultMenu::FaultMenu(std::string benchDirectory, std::string serial, QWidget *pa
 
 void FaultMenu::fill()
 {
+    onBench(benchDirectory, [this](Store &store) { faults = driveNamed(store, serial).faults; });
     clear();
     // A letter goes to the next entry that begins with it.
     for (const FaultDescription &kind : faultDescriptions()) {

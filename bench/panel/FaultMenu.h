@@ -17,9 +17,6 @@ class FaultMenu : public QMenu
 public:
     FaultMenu(std::string benchDirectory, std::string serial, QWidget *parent);
 
-    /// The faults that are set, for the next time that the menu is opened.
-    void setFaults(const Faults &set) { faults = set; }
-
 signals:
     /// An entry was chosen; `refusal` says why it had no effect, and is empty when it had one.
     void chosen(const QString &refusal);

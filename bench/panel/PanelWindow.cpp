@@ -10,8 +10,7 @@
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QIcon>
-#include <QInputDialog>
-#include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -28,22 +27,19 @@ namespace {
 constexpr std::chrono::milliseconds PollInterval(250);
 constexpr int Margin = 8;
 constexpr int Width = 480;
-constexpr int LeastHeight = 240;
-/// The updater's window at its largest.
-constexpr QSize UpdaterSize(850, 700);
+constexpr int LeastRowHeight = 100;
 /// What a window manager adds to a window: on each side, and above and below it together.
 constexpr int FrameWidth = 2;
 constexpr int FrameHeight = 30;
+/// The updater's window at its largest.
+constexpr QSize UpdaterSize(850 + 2 * FrameWidth, 700 + FrameHeight);
 
 /// Dark on white for every role and group, so that nothing is left to the colours of the desktop. What
 /// explains another text has the role of placeholders, what went wrong that of bright text.
 QPalette panelPalette()
 {
-    const QColor text(0x20, 0x20, 0x20);
-    const QColor button(0xF0, 0xF0, 0xF0);
-    const QColor problem(0xA0, 0x10, 0x10);
-    QPalette palette(text, button, Qt::white, QColor(0xA0, 0xA0, 0xA0), QColor(0xC0, 0xC0, 0xC0), text,
-        problem, Qt::white, Qt::white);
+    QPalette palette(QColor(0xF0, 0xF0, 0xF0), Qt::white);
+    palette.setColor(QPalette::BrightText, QColor(0xA0, 0x10, 0x10));
     palette.setColor(QPalette::PlaceholderText, QColor(0x50, 0x50, 0x50));
     for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
         palette.setColor(QPalette::Disabled, role, QColor(0x60, 0x60, 0x60));
@@ -66,11 +62,21 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     addHead(column);
-    addDrives(column);
 
-    messageLine = new TextLabel(this, QPalette::BrightText);
-    messageLine->setMargin(Margin);
-    column->addWidget(messageLine);
+    auto *const content = new QWidget;
+    rowColumn = new QVBoxLayout(content);
+    rowColumn->setContentsMargins(0, 0, 0, 0);
+    rowColumn->setSpacing(0);
+    rowColumn->addStretch();
+    scrollArea = new QScrollArea(this);
+    scrollArea->setFrameShape(QFrame::NoFrame);
+    scrollArea->setWidgetResizable(true);
+    scrollArea->setFocusPolicy(Qt::NoFocus); // the buttons take it and are scrolled into view
+    scrollArea->setWidget(content);
+    column->addWidget(scrollArea, 1);
+    message = new TextLabel(this, QPalette::BrightText);
+    message->setMargin(Margin);
+    column->addWidget(message);
 
     poll.setInterval(PollInterval);
     connect(&poll, &QTimer::timeout, this, &PanelWindow::refresh);
@@ -80,31 +86,42 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
 
 void PanelWindow::placeBesideUpdater(const QRect &available)
 {
-    const QSize content = scrollArea->widget()->sizeHint();
-    const int head = sizeHint().height() - scrollArea->sizeHint().height();
-    const int rowHeight = content.height() / std::max(1, static_cast<int>(rows.size()));
-    const int leastWidth = content.width() + scrollArea->verticalScrollBar()->sizeHint().width();
+    const QWidget *const content = scrollArea->widget();
+    const int rowCount = std::max(1, static_cast<int>(rows.size()));
+    const int rowWidth = content->sizeHint().width() + scrollArea->verticalScrollBar()->sizeHint().width();
+    const int width = std::max(Width, rowWidth);
+    const int rowHeight = std::max(content->heightForWidth(width) / rowCount, LeastRowHeight);
+    const int headHeight = sizeHint().height() - scrollArea->sizeHint().height();
 
     QRect place = available.adjusted(0, 0, -2 * FrameWidth, -FrameHeight);
-    const QPoint free =
-        place.topLeft() + QPoint(UpdaterSize.width() + 2 * FrameWidth, UpdaterSize.height() + FrameHeight);
-    if (place.right() + 1 - free.x() >= leastWidth) {
-        place.setLeft(free.x());
+    const QSize beside = place.size() - UpdaterSize;
+    if (beside.width() >= rowWidth) {
+        place.setLeft(place.left() + UpdaterSize.width());
     } else {
-        place.setTop(std::max(place.top(), std::min(free.y(), place.bottom() + 1 - head - rowHeight)));
+        place.setTop(
+            place.top() + std::max(0, place.height() - std::max(beside.height(), headHeight + rowHeight)));
     }
-    resize(QSize(std::max(Width, leastWidth), std::max(content.height(), LeastHeight) + head)
-               .boundedTo(place.size()));
-    move(std::max(place.left(), place.right() + 1 - width()), place.top());
+    resize(QSize(width, headHeight + rowCount * rowHeight).boundedTo(place.size()));
+    move(std::max(place.left(), place.right() + 1 - this->width()), place.top());
 }
 
 void PanelWindow::addHead(QVBoxLayout *column)
 {
     addButton = new QPushButton(tr("&Add drive…"), this);
     addButton->setAutoDefault(true); // Enter presses it
-    connect(addButton, &QPushButton::clicked, this, &PanelWindow::askForModel);
+    auto *const catalogue = new QMenu(addButton);
+    catalogue->setAttribute(Qt::WA_WindowPropagation); // legible on a dark desktop, too
+    catalogue->addSection(tr("With old firmware and configuration"));
+    for (const Model &model : models()) {
+        connect(catalogue->addAction(tr("&%1").arg(QLatin1String(model.name))), &QAction::triggered, this,
+            [this, &model] { addOutdated(model); });
+    }
+    addButton->setMenu(catalogue);
     companionSwitch = new QCheckBox(tr("&Companion installed"), this);
-    connect(companionSwitch, &QCheckBox::clicked, this, &PanelWindow::switchCompanion);
+    connect(companionSwitch, &QCheckBox::clicked, this, [this](bool install) {
+        actionEnded(
+            onBench(benchDirectory, [install](Store &store) { setCompanionInstalled(store, install); }));
+    });
 
     auto *const head = new QHBoxLayout;
     head->setContentsMargins(Margin, Margin, Margin, Margin);
@@ -112,27 +129,6 @@ void PanelWindow::addHead(QVBoxLayout *column)
     head->addStretch();
     head->addWidget(companionSwitch);
     column->addLayout(head);
-}
-
-void PanelWindow::addDrives(QVBoxLayout *column)
-{
-    auto *const content = new QWidget;
-    rowColumn = new QVBoxLayout(content);
-    rowColumn->setContentsMargins(0, 0, 0, 0);
-    rowColumn->setSpacing(0);
-    rowColumn->addStretch();
-
-    emptyLabel = new TextLabel(this);
-    emptyLabel->setAlignment(Qt::AlignCenter);
-    emptyLabel->setMargin(2 * Margin);
-    column->addWidget(emptyLabel, 1);
-
-    scrollArea = new QScrollArea(this);
-    scrollArea->setFrameShape(QFrame::NoFrame);
-    scrollArea->setWidgetResizable(true);
-    scrollArea->setFocusPolicy(Qt::NoFocus); // the buttons take it and are scrolled into view
-    scrollArea->setWidget(content);
-    column->addWidget(scrollArea, 1);
 }
 
 void PanelWindow::refresh()
@@ -143,16 +139,15 @@ void PanelWindow::refresh()
         showDrives(drives, records(drives, benchDirectory, imageDirectory));
     });
     const bool isReadable = refusal.isEmpty();
-    emptyLabel->setText(isReadable
-            ? tr("No drive is on this bench. \"Add drive…\" puts one on it.")
-            : tr("There is no bench here that can be read:\n\n%1").arg(withoutDirectory(refusal)));
     addButton->setEnabled(isReadable);
     companionSwitch->setEnabled(isReadable);
     // The rows of a bench that cannot be read wait for it: a drive that is about to come back still does.
-    emptyLabel->setVisible(!isReadable || rows.empty());
     scrollArea->setVisible(isReadable && !rows.empty());
-    messageLine->setText(withoutDirectory(actionRefusal));
-    messageLine->setVisible(!actionRefusal.isEmpty());
+    message->setText(!isReadable       ? tr("There is no bench here that can be read: %1").arg(refusal)
+            : !actionRefusal.isEmpty() ? actionRefusal
+            : rows.empty()             ? tr("No drive is on this bench. \"Add drive…\" puts one on it.")
+                                       : QString());
+    message->setVisible(!message->text().isEmpty());
 }
 
 void PanelWindow::showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records)
@@ -162,7 +157,12 @@ void PanelWindow::showDrives(const std::vector<Drive> &drives, const std::vector
     for (std::size_t i = 0; i < drives.size(); ++i) {
         const std::pair<std::string, std::string> key(drives[i].serial, drives[i].model);
         const auto known = former.extract(key);
-        DriveRow *const row = known ? known.mapped() : addRow(drives[i]);
+        DriveRow *row = known ? known.mapped() : nullptr;
+        if (row == nullptr) {
+            row = new DriveRow(benchDirectory, drives[i], scrollArea->widget());
+            connect(row, &DriveRow::pressed, this, &PanelWindow::actionEnded);
+            rowColumn->insertWidget(rowColumn->count() - 1, row);
+        }
         row->showDrive(drives[i], records[i]);
         rows.emplace(key, row);
     }
@@ -172,41 +172,10 @@ void PanelWindow::showDrives(const std::vector<Drive> &drives, const std::vector
     }
 }
 
-/// A row for the drive below the others.
-DriveRow *PanelWindow::addRow(const Drive &drive)
-{
-    auto *const row = new DriveRow(benchDirectory, drive, scrollArea->widget());
-    connect(row, &DriveRow::pressed, this, &PanelWindow::actionEnded);
-    rowColumn->insertWidget(rowColumn->count() - 1, row);
-    return row;
-}
-
-/// The title of the window names the directory; in a message it only takes the place of what matters.
-QString PanelWindow::withoutDirectory(QString message) const
-{
-    return message.remove(QString::fromStdString(benchDirectory) + QLatin1Char('/'));
-}
-
-void PanelWindow::askForModel()
-{
-    QStringList names;
-    for (const Model &model : models()) {
-        names.append(QString::fromLatin1(model.name));
-    }
-    auto *const dialog = new QInputDialog(this);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAttribute(Qt::WA_WindowPropagation);
-    dialog->setWindowTitle(tr("Add drive"));
-    dialog->setLabelText(tr("A drive with old firmware and configuration, of the model:"));
-    dialog->setComboBoxItems(names);
-    connect(dialog, &QInputDialog::textValueSelected, this, &PanelWindow::addOutdated);
-    dialog->open();
-}
-
-void PanelWindow::addOutdated(const QString &model)
+void PanelWindow::addOutdated(const Model &model)
 {
     actionEnded(onBench(benchDirectory, [&model](Store &store) {
-        Drive drive = newDrive(modelNamed(model.toStdString()));
+        Drive drive = newDrive(model);
         drive.flashFirmware = "1.00";
         drive.flashConfiguration = "1";
         store.change([&] {
@@ -214,11 +183,6 @@ void PanelWindow::addOutdated(const QString &model)
             addDrive(store, drive);
         });
     }));
-}
-
-void PanelWindow::switchCompanion(bool install)
-{
-    actionEnded(onBench(benchDirectory, [install](Store &store) { setCompanionInstalled(store, install); }));
 }
 
 void PanelWindow::actionEnded(const QString &refusal)

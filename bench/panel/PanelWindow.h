@@ -22,7 +22,7 @@ class DriveRow;
 class TextLabel;
 
 /**
- * The bench in a window: its drives, one a row, the companion's switch, and one line for what was refused.
+ * The bench in a window: its drives, one a row, the companion's switch, and a line for what was refused.
  *
  * It reads the bench four times a second and after each of its own changes. A row stays the same object as
  * long as its drive is on the bench; a new drive comes last.
@@ -36,20 +36,15 @@ public:
     PanelWindow(std::string benchDirectory, std::string imageDirectory);
 
     /// Places the window, before it is shown, at the right edge of that part of a screen, as large as its
-    /// rows. An updater in the upper left corner stays free: where there is no room beside it the window is
-    /// low, at the bottom. Its title bar is on the screen whatever the size of the texts.
+    /// rows. An updater in the upper left corner stays free: where there is no room beside it, the window is
+    /// as low as one row, at the bottom. Its title bar is on the screen whatever the size of the texts.
     void placeBesideUpdater(const QRect &available);
 
 private:
     void addHead(QVBoxLayout *column);
-    void addDrives(QVBoxLayout *column);
     void refresh();
     void showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records);
-    DriveRow *addRow(const Drive &drive);
-    QString withoutDirectory(QString message) const;
-    void askForModel();
-    void addOutdated(const QString &model);
-    void switchCompanion(bool install);
+    void addOutdated(const Model &model);
     void actionEnded(const QString &refusal);
 
     const std::string benchDirectory;
@@ -59,11 +54,10 @@ private:
 
     QPushButton *addButton = nullptr;
     QCheckBox *companionSwitch = nullptr;
-    TextLabel *emptyLabel = nullptr;
     QScrollArea *scrollArea = nullptr;
     QVBoxLayout *rowColumn = nullptr;
     std::map<std::pair<std::string, std::string>, DriveRow *> rows; ///< by serial number and model
-    TextLabel *messageLine = nullptr;
+    TextLabel *message = nullptr; ///< the whole window's where it shows no row
 };
 
 } // namespace bench

@@ -57,19 +57,18 @@ int main(int argc, char **argv)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("The drives of a bench in a window: unplug them, plug them in, let them fail."));
-    const QCommandLineOption directory(QStringLiteral("bench"),
-        QStringLiteral(
-            "The directory of the bench, instead of $TARVO_BENCH. Without either it is the directory "
-            "\"bench\" beside the executable, for an installed package "
-            "$XDG_DATA_HOME/tarvo-drive-bench."),
-        QStringLiteral("DIR"), QString::fromStdString(bench::benchDirectory()));
+        "The drives of a bench in a window: unplug them, plug them in, let them fail.");
+    const QCommandLineOption directory("bench",
+        "The directory of the bench, instead of $TARVO_BENCH. Without either it is the directory "
+        "\"bench\" beside the executable, for an installed package "
+        "$XDG_DATA_HOME/tarvo-drive-bench.",
+        "DIR", QString::fromStdString(bench::benchDirectory()));
     parser.addOption(directory);
     const QCommandLineOption help = parser.addHelpOption();
     const bool isUnderstood = parser.parse(QCoreApplication::arguments());
     if (!isUnderstood || !parser.positionalArguments().isEmpty()) {
         const QString problem = isUnderstood
-            ? QStringLiteral("It takes no argument \"%1\".").arg(parser.positionalArguments().first())
+            ? "It takes no argument \"%1\".".arg(parser.positionalArguments().first())
             : parser.errorText();
         std::fprintf(stderr, "drive-bench-panel: %s See: drive-bench-panel --help\n", qPrintable(problem));
         return 2;
