@@ -68,7 +68,7 @@ int main(int argc, char **argv)
     const bool isUnderstood = parser.parse(QCoreApplication::arguments());
     if (!isUnderstood || !parser.positionalArguments().isEmpty()) {
         const QString problem = isUnderstood
-            ? "It takes no argument \"%1\".".arg(parser.positionalArguments().first())
+            ? QString("It takes no argument \"%1\".").arg(parser.positionalArguments().first())
             : parser.errorText();
         std::fprintf(stderr, "drive-bench-panel: %s See: drive-bench-panel --help\n", qPrintable(problem));
         return 2;
