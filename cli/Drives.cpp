@@ -6,17 +6,17 @@
 
 #include <DeviceDiscovery.h>
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include <cstdio>
 
 namespace {
 
-/// Stands for "<" in a drive's text: it is no character that printable() leaves.
+/// Stand for what a sentence would take as its own in a drive's text: no characters that printable() leaves.
 constexpr char Bracket = '\x01';
+constexpr char Percent = '\x02';
 
-constexpr const char *OfferNames[] = {"firmware", "configuration", "firmware-and-configuration", "nothing",
-    "unknown", "not-determined", "not-supported"};
 constexpr const char *RestartNames[] = {"unplug", "power-button", "not-needed", "not-known"};
 
 QString statusName(std::int32_t status)
@@ -27,29 +27,18 @@ QString statusName(std::int32_t status)
 
 } // namespace
 
-Offer offerFor(const DeviceInfo &device)
+QStringList outdatedParts(const DeviceInfo &device)
 {
-    const bool firmware = device.firmwareStatus == Status::UpdateRequired;
-    const bool configuration = device.configurationStatus == Status::UpdateRequired;
-    if (device.chipsetType == Chipset::NotSupported) {
-        return Offer::NotSupported;
+    QStringList parts;
+    if (device.chipsetType != Chipset::NotSupported && isSettled(device)) {
+        if (device.firmwareStatus == Status::UpdateRequired) {
+            parts.append("firmware");
+        }
+        if (device.configurationStatus == Status::UpdateRequired) {
+            parts.append("configuration");
+        }
     }
-    if (!isSettled(device)) {
-        return Offer::NotDetermined;
-    }
-    if (firmware || configuration) {
-        return !configuration ? Offer::Firmware
-            : firmware        ? Offer::FirmwareAndConfiguration
-                              : Offer::Configuration;
-    }
-    const bool isUpToDate =
-        device.firmwareStatus == Status::UpToDate && device.configurationStatus == Status::UpToDate;
-    return isUpToDate ? Offer::Nothing : Offer::Unknown;
-}
-
-bool isUpdateRequired(const DeviceInfo &device)
-{
-    return offerFor(device) <= Offer::FirmwareAndConfiguration;
+    return parts;
 }
 
 std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline)
@@ -70,9 +59,10 @@ QString plainText(const DeviceInfo &device, DeviceText text)
     DeviceInfo printable = device;
     for (std::string *field :
         {&printable.modelName, &printable.firmwareVersion, &printable.newFirmwareVersion}) {
-        *field = DeviceTexts::printable(*field).replace('<', Bracket).toLatin1().toStdString();
+        QString content = DeviceTexts::printable(*field);
+        *field = content.replace('<', Bracket).replace('%', Percent).toLatin1().toStdString();
     }
-    return text(printable).remove("<b>").remove("</b>").replace(Bracket, '<');
+    return text(printable).remove("<b>").remove("</b>").replace(Bracket, '<').replace(Percent, '%');
 }
 
 QJsonObject describe(const DeviceInfo &device)
@@ -87,7 +77,8 @@ QJsonObject describe(const DeviceInfo &device)
         {"firmwareFileName", DeviceTexts::printable(device.firmwareFileName)},
         {"firmwareStatus", statusName(device.firmwareStatus)},
         {"configurationStatus", statusName(device.configurationStatus)},
-        {"update", OfferNames[int(offerFor(device))]},
+        {"supported", device.chipsetType != Chipset::NotSupported},
+        {"outdated", QJsonArray::fromStringList(outdatedParts(device))},
         {"restart", RestartNames[int(restartOf(device.chipsetType, device.productId))]},
     };
 }

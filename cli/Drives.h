@@ -5,22 +5,12 @@
 #include <QDeadlineTimer>
 #include <QJsonObject>
 #include <QString>
+#include <QStringList>
 
 #include <vector>
 
-/// What an update of a drive would write, or why none is offered.
-enum class Offer {
-    Firmware,
-    Configuration,
-    FirmwareAndConfiguration,
-    Nothing,
-    Unknown,
-    NotDetermined,
-    NotSupported
-};
-
-Offer offerFor(const DeviceInfo &device);
-bool isUpdateRequired(const DeviceInfo &device);
+/// The parts that need an update: "firmware", "configuration", both or none.
+QStringList outdatedParts(const DeviceInfo &device);
 
 /// The attached drives; see findSettledDevices().
 std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline);

@@ -24,6 +24,11 @@ namespace {
 constexpr std::chrono::milliseconds Tick(100);
 constexpr int TicksBetweenQueries = 10;
 
+bool needsRestart(const DeviceInfo &device)
+{
+    return restartOf(device.chipsetType, device.productId) != Restart::NotNeeded;
+}
+
 /// Flashes the drive on a thread of its own, as its libraries are used to, and shows the time gone by.
 bool flashOne(const DeviceInfo &device, Progress &progress)
 {
@@ -48,14 +53,16 @@ bool flashOne(const DeviceInfo &device, Progress &progress)
         progress.tell("failed", device, plainText(device, DeviceTexts::failure), {{"begun", true}});
         return false;
     }
-    progress.tell("written", device, QString("written in %1 s").arg(clock.elapsed() / 1000),
+    progress.tell("written", device,
+        needsRestart(device) ? QString("written in %1 s").arg(clock.elapsed() / 1000)
+                             : plainText(device, DeviceTexts::updated),
         {{"seconds", double(clock.elapsed()) / 1000}});
     return true;
 }
 
 bool runsWhatWasOffered(const DeviceInfo &now, const DeviceInfo &before)
 {
-    return now.firmwareVersion == before.newFirmwareVersion && !isUpdateRequired(now);
+    return now.firmwareVersion == before.newFirmwareVersion && outdatedParts(now).isEmpty();
 }
 
 } // namespace
@@ -77,7 +84,7 @@ Flashed flash(const std::vector<DeviceInfo> &devices, Progress &progress)
             flashed.hasFailed = true;
         } else if (!flashOne(device, progress)) {
             flashed.hasFailed = true;
-        } else if (restartOf(device.chipsetType, device.productId) != Restart::NotNeeded) {
+        } else if (needsRestart(device)) {
             flashed.toRestart.push_back(device);
         }
     }

@@ -1,6 +1,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Drives.h"
 #include "devices/DeviceTexts.h"
+#include "devices/SettledDevices.h"
 
 #include <QCommandLineParser>
 #include <QJsonArray>
@@ -19,9 +20,11 @@ void print(const DeviceInfo &device)
             std::printf("  %s\n", qPrintable(line));
         }
     }
-    const QJsonObject known = describe(device);
-    std::printf("  Update: %s\n  Restart: %s\n", qPrintable(known["update"].toString()),
-        qPrintable(known["restart"].toString()));
+    const QStringList parts = outdatedParts(device);
+    if (!parts.isEmpty()) {
+        std::printf("  An update writes: %s\n", qPrintable(parts.join(" and ")));
+    }
+    std::printf("  Restart: %s\n", qPrintable(describe(device)["restart"].toString()));
 }
 
 } // namespace
@@ -44,7 +47,7 @@ int listDrives(const QStringList &arguments)
     QJsonArray drives;
     int status = Done;
     for (const DeviceInfo &device : devices) {
-        if (offerFor(device) == Offer::NotDetermined) {
+        if (!isSettled(device)) {
             status = refuse(serialNumberOf(device) + ": its status is not yet determined", Failed);
         } else if (!parser.isSet("json")) {
             print(device);

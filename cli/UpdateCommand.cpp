@@ -7,6 +7,7 @@
 #include "cli/Signals.h"
 #include "companion/CompanionTexts.h"
 #include "devices/DeviceTexts.h"
+#include "devices/SettledDevices.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -30,20 +31,9 @@ struct Plan
     std::vector<DeviceInfo> devices; ///< to be written
 };
 
-QString planned(const DeviceInfo &device, bool isWritten)
+bool isUpToDate(const DeviceInfo &device)
 {
-    const Offer offer = offerFor(device);
-    if (offer == Offer::NotDetermined) {
-        return "its status is not yet determined";
-    }
-    if (isUpdateRequired(device)) {
-        return plainText(device, DeviceTexts::warning);
-    }
-    return (plainText(device, DeviceTexts::firmwareStatus) + ' '
-        + plainText(device, DeviceTexts::configurationStatus)
-        + (offer == Offer::Unknown && !isWritten ? " It is left alone; give its serial number to update it."
-                                                 : ""))
-        .trimmed();
+    return device.firmwareStatus == Status::UpToDate && device.configurationStatus == Status::UpToDate;
 }
 
 /// Tells what is to be done with each drive. No serial numbers: all that need an update.
@@ -58,16 +48,28 @@ Plan makePlan(const QStringList &serialNumbers, QDeadlineTimer deadline, Progres
             continue;
         }
         missing.removeAll(serialNumber);
-        const Offer offer = offerFor(device);
-        QJsonObject details = describe(device);
-        details["write"] = isUpdateRequired(device) || (isNamed && offer == Offer::Unknown);
-        progress.tell("planned", device, planned(device, details["write"].toBool()), details);
-        if (details["write"].toBool()) {
-            plan.devices.push_back(device);
-        } else if (offer == Offer::NotDetermined) {
+        QString sentence = plainText(device, DeviceTexts::warning);
+        bool isWritten = !outdatedParts(device).isEmpty();
+        if (!isWritten) {
+            sentence = plainText(device, DeviceTexts::firmwareStatus) + ' '
+                + plainText(device, DeviceTexts::configurationStatus);
+        }
+        if (device.chipsetType == Chipset::NotSupported) {
+            if (isNamed) {
+                plan.status = refuse(serialNumber + " cannot be updated; nothing is written", WrongUse);
+            }
+        } else if (!isSettled(device)) {
+            sentence = "its status is not yet determined";
             plan.status = qMax(plan.status, int(Failed));
-        } else if (offer == Offer::NotSupported && isNamed) {
-            plan.status = refuse(serialNumber + " cannot be updated; nothing is written", WrongUse);
+        } else if (!isWritten && !isUpToDate(device)) {
+            isWritten = isNamed;
+            sentence += isNamed ? "" : " It is left alone; give its serial number to update it.";
+        }
+        QJsonObject details = describe(device);
+        details["write"] = isWritten;
+        progress.tell("planned", device, sentence.trimmed(), details);
+        if (isWritten) {
+            plan.devices.push_back(device);
         }
     }
     for (const QString &serialNumber : missing) {
@@ -136,12 +138,13 @@ int update(const QCommandLineParser &options, Progress &progress)
     if (!options.isSet("yes") && !ask(plan.devices.size())) {
         return refuse("nothing is written", Failed);
     }
+    // From the first lock on: a lock file is not left behind.
+    holdSignals();
     const auto locks = lock(plan.devices);
     if (locks.empty()) {
         return Failed;
     }
 
-    holdSignals();
     const Flashed flashed = flash(plan.devices, progress);
     for (const DeviceInfo &device : flashed.toRestart) {
         const QString instruction = plainText(device, DeviceTexts::success);
@@ -167,16 +170,15 @@ int updateDrives(const QStringList &arguments)
     parser.addOptions({{"all", "Update all drives that need it."}, {"yes", "Do not ask."},
         {"dry-run", "Only say what would be done."},
         {"wait",
-            "Wait until the drives have been restarted, and say whether they run the new firmware. --wait "
-            "alone "
-            "waits for a day, --wait=SECONDS shorter.",
+            "Wait for the restarts, and say whether the drives run the new firmware; without =SECONDS for a "
+            "day.",
             "SECONDS", "86400"},
         {"on-battery", "Update although the battery is low."},
         {"json", "Print one JSON event a line; needs --yes or --dry-run."}});
     QStringList complete = arguments;
     complete.replaceInStrings(QRegularExpression("^--wait$"), "--wait=86400");
     if (const auto end = readArguments(parser, "update", complete,
-            "  tarvo-firmware update --all\n  tarvo-firmware update TV-FOLIO-001 --yes --wait=120\n")) {
+            "  tarvo-firmware update --all\n  tarvo-firmware update TV0001PEBBLE --yes --wait=120\n")) {
         return *end;
     }
     if (parser.isSet("all") != parser.positionalArguments().isEmpty()) {

@@ -103,6 +103,7 @@ void MainWindow::updateWindow()
     } else {
         describeLook(scrollArea);
     }
+    takeFocusToScroll(scrollArea);
     followFocus(scrollArea);
 
     auto *footer = new QHBoxLayout;

@@ -3,6 +3,7 @@
 #include <QEvent>
 #include <QScreen>
 #include <QWidget>
+#include <QWindow>
 
 namespace {
 
@@ -17,10 +18,25 @@ public:
 protected:
     bool eventFilter(QObject * /*window*/, QEvent *event) override
     {
-        // A spontaneous change of size is a person's.
-        const bool resized = event->type() == QEvent::Resize && !event->spontaneous() && window->isVisible();
-        if (resized || event->type() == QEvent::Show) {
+        switch (event->type()) {
+        case QEvent::Show:
             fit();
+            break;
+        case QEvent::Resize:
+            // A spontaneous change of size is a person's.
+            if (!event->spontaneous() && window->isVisible()) {
+                fit();
+            }
+            break;
+        case QEvent::Move:
+        case QEvent::WindowActivate:
+            // A window manager gives the window its frame some time after it is shown.
+            if (window->windowHandle()->frameMargins() != frameMargins) {
+                fit();
+            }
+            break;
+        default:
+            break;
         }
         return false;
     }
@@ -28,10 +44,10 @@ protected:
 private:
     void fit()
     {
+        frameMargins = window->windowHandle()->frameMargins();
         const QRect available = window->screen()->availableGeometry();
-        const QSize borders = window->frameGeometry().size() - window->size();
-        window->resize(window->size().boundedTo(available.size() - borders));
-        const QRect frame = window->frameGeometry();
+        window->resize(window->size().boundedTo(available.marginsRemoved(frameMargins).size()));
+        const QRect frame = window->geometry().marginsAdded(frameMargins);
         QPoint place = frame.topLeft();
         if (frame.right() > available.right()) {
             place.setX(qMax(available.left(), available.right() + 1 - frame.width()));
@@ -45,6 +61,7 @@ private:
     }
 
     QWidget *window;
+    QMargins frameMargins; ///< those with which it last fitted
 };
 
 } // namespace

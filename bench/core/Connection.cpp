@@ -119,6 +119,12 @@ void Connection::run(bool isReading, const std::function<void()> &work) const
     try {
         connection.exec(isReading ? "BEGIN" : "BEGIN IMMEDIATE");
         work();
+        if (!isReading) {
+            // A damage that no reader meets, of the space that is free, would spoil what is written there.
+            if (connection.execAndGet("PRAGMA quick_check(1)").getString() != "ok") {
+                throw Damaged(path, "its pages do not fit together");
+            }
+        }
         connection.exec("COMMIT");
     } catch (const SQLite::Exception &exception) {
         connection.tryExec("ROLLBACK");

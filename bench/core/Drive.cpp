@@ -228,7 +228,7 @@ void check(const Drive &drive)
                 + std::to_string(text.maximum) + " characters, none above U+00FF");
         }
     }
-    modelNamed(drive.model);
+    attempt("model", [&drive] { modelNamed(drive.model); });
     for (const Fault &fault : drive.faults) {
         attempt("faults", [&fault] { check(fault); });
     }

@@ -137,6 +137,9 @@ std::vector<Store::Row> Store::rows() const
         found.push_back({row.getColumn(0).getString(), row.getColumn(1).getString()});
         const std::int64_t checksum = checksumOf(found.back().name, found.back().document);
         if (checksum != row.getColumn(2).getInt64()) {
+            if (found.back().name == HostName) {
+                throw Damaged(connection.file(), "the state of the host is not what was written");
+            }
             throw invalidDrive(connection.file(), found.back().name, "it is damaged");
         }
         total += sealOf(checksum);
@@ -204,12 +207,15 @@ void Store::updateDocument(const std::string &name, const Json &document)
 
 bool Store::remove(const std::string &name)
 {
+    // Only what this row has added is taken off the seal: another one that is missing must stay noticed.
+    SQLite::Statement unseal(connection.database(),
+        "UPDATE seal SET total = total - "
+        "(SELECT coalesce(sum(checksum + 4294967296), 0) FROM documents WHERE name = ?)");
+    bind(unseal, 1, name);
+    unseal.exec();
     SQLite::Statement statement(connection.database(), "DELETE FROM documents WHERE name = ?");
     bind(statement, 1, name);
-    const bool isRemoved = statement.exec() > 0;
-    connection.database().exec(
-        "UPDATE seal SET total = (SELECT coalesce(sum(checksum + 4294967296), 0) FROM documents)");
-    return isRemoved;
+    return statement.exec() > 0;
 }
 
 } // namespace bench

@@ -96,11 +96,11 @@ def test_list_changes_during_the_flash(bench, start):
     flashing = program.see_progress("Harbour FireWire")
     # A query that began before the flash may still deliver its list; after that nobody asks.
     time.sleep(0.5)
-    bench.fault("TV2", "text", "modelName=Skiff", "--once")
+    bench.fault("TV2", "report", "modelName=Skiff", "--once")
     bench.add("Lamina", serial="TV3")
     while bench.drive("TV1")["state"] == "being written":
         time.sleep(POLL_INTERVAL)
-        asked = not bench.has_fault("TV2", "text")
+        asked = not bench.has_fault("TV2", "report", "modelName=Skiff")
         screen = program.look()
         if bench.drive("TV1")["state"] == "being written":
             assert not asked, "the drives were queried during a flash"

@@ -118,7 +118,7 @@ def test_the_same_list_again_rebuilds_nothing(bench, start):
     assert [page.path for page in after.pages] == [page.path for page in before.pages]
 
     # A change of one drive rebuilds all pages.
-    bench.fault(pebble, "firmware-status", 1)
+    bench.fault(pebble, "report", "firmwareStatus=1")
     changed = program.see("Firmware: Update required!")
     assert not {page.path for page in changed.pages} & {page.path for page in before.pages}
 

@@ -8,6 +8,15 @@
 /// Every look that the window has.
 const QStringList Looks{"no drive", "list", "confirmation", "in progress", "restart", "success", "failure"};
 
+/// A row for each look.
+inline void addLookRows()
+{
+    QTest::addColumn<QString>("look");
+    for (const QString &look : Looks) {
+        QTest::newRow(qPrintable(look)) << look;
+    }
+}
+
 /// One drive that needs an update, one that needs none, one of unknown status and one that is not supported.
 inline QVector<DeviceInfo> mixedDrives()
 {

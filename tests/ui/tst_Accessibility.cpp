@@ -77,10 +77,7 @@ private slots:
 
 void tst_Accessibility::everyLookReadsFromTopToBottom_data()
 {
-    QTest::addColumn<QString>("look");
-    for (const QString &look : Looks) {
-        QTest::newRow(qPrintable(look)) << look;
-    }
+    addLookRows();
 }
 
 void tst_Accessibility::everyLookReadsFromTopToBottom()
