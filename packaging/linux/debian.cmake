@@ -57,7 +57,6 @@ tarvo-firmware-cli write them.")
     set(CPACK_DEBIAN_BENCH_PACKAGE_SOURCE tarvo-firmware-updater)
     set(CPACK_DEBIAN_BENCH_PACKAGE_DEPENDS ${images})
     set(CPACK_DEBIAN_BENCH_PACKAGE_RECOMMENDS "tarvo-firmware-updater | tarvo-firmware-cli")
-    set(CPACK_DEBIAN_BENCH_PACKAGE_SUGGESTS bash-completion)
     set(CPACK_COMPONENT_BENCH_DESCRIPTION "simulated drives for the Tarvo firmware updater
 Simulates Tarvo drives in place of drives on a desk: a command and a
 window plug them in and out, restart them and let them fail while the
