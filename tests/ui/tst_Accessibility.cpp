@@ -1,12 +1,11 @@
 #include "tests/support/TestProgram.h"
+#include "tests/ui/BoxAnswerer.h"
 #include "tests/ui/Looks.h"
 
 #include <QAccessible>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QTextDocumentFragment>
-#include <QTimer>
 #include <QtTest>
 
 using DeviceRecords::usbDrive;
@@ -199,25 +198,12 @@ void tst_Accessibility::drivePageAndButtonsNameTheDrive()
 
 void tst_Accessibility::pictureOfTheCompanionBoxHasItsName()
 {
-    StandInTools tools;
-    tools.installCompanion();
-    const HeldPlatform platform;
-    Arguments arguments;
     QStringList names;
-    QTimer answerer;
-    connect(&answerer, &QTimer::timeout, &answerer, [&] {
-        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-        if (box != nullptr && box->isVisible()) {
-            answerer.stop();
-            names = namesOf(*box, {QAccessible::Graphic, QAccessible::StaticText});
-            QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
-        }
+    const WarnedWindow warned([&names](QMessageBox &box) {
+        names = namesOf(box, {QAccessible::Graphic, QAccessible::StaticText});
     });
-    answerer.start(1);
-    const MainWindow window(arguments.count, arguments.vector);
     QCOMPARE(names.size(), 2);
     QVERIFY(names.contains("Warning"));
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
 void tst_Accessibility::lookIsReadOutWhereTheFocusIs_data()
