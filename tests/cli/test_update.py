@@ -145,7 +145,7 @@ def limit_file_size():
     resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
 
 
-@pytest.mark.parametrize("options", [{"environment": {"TMPDIR": "/proc"}}, {"preexec_fn": limit_file_size}],
+@pytest.mark.parametrize("options", [{"environment": {"TMPDIR": "/proc"}}, {"prepare": limit_file_size}],
                          ids=["no directory", "no room"])
 def test_companion_check_that_cannot_write(bench, command, outdated, options):
     outdated("Pebble")
