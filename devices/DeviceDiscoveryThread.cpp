@@ -1,14 +1,11 @@
 #include "devices/DeviceDiscoveryThread.h"
 
 #include "devices/SettledDevices.h"
+#include "devices/Timing.h"
 
 #include <DeviceDiscovery.h>
 
 #include <vector>
-
-namespace {
-constexpr unsigned long PauseSeconds = 2;
-} // namespace
 
 DeviceDiscoveryThread::DeviceDiscoveryThread() : discoveryEnabled(true), stopRequested(false) { }
 

@@ -1,4 +1,7 @@
-# Sourced by ./run and ./test: installs what is missing and builds a preset.
+# Sourced by the scripts: installs what is missing and builds a preset.
+
+# What a virtual desktop needs on which the program is driven.
+desktop_packages=(xvfb openbox dbus at-spi2-core python3-dbus python3-gi python3-pil)
 
 say() {
     printf '\n==> %s\n' "$*"

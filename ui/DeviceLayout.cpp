@@ -121,9 +121,9 @@ DeviceLayout::DeviceLayout(QObject *mainWindow, DeviceInfo device)
 
 void DeviceLayout::deviceSelected()
 {
-    modelNameLabel->setText(DeviceTexts::modelName(deviceInfo));
-    firmwareVersionLabel->setText(DeviceTexts::warning(deviceInfo));
-    firmwareStatusLabel->setText(DeviceTexts::instructions());
+    setTextLine(modelNameLabel, DeviceTexts::modelName(deviceInfo));
+    setTextLine(firmwareVersionLabel, DeviceTexts::warning(deviceInfo));
+    setTextLine(firmwareStatusLabel, DeviceTexts::instructions());
     hideAll({firmwareStatusIcon, configurationStatusLabel, configurationStatusIcon, updateButton});
     startButton->show();
     cancelButton->show();
@@ -133,9 +133,9 @@ void DeviceLayout::deviceSelected()
 
 void DeviceLayout::updateInProgess()
 {
-    modelNameLabel->setText(DeviceTexts::modelName(deviceInfo));
-    firmwareVersionLabel->setText(DeviceTexts::doNotDisconnect());
-    firmwareStatusLabel->setText(DeviceTexts::harmOfDisconnecting());
+    setTextLine(modelNameLabel, DeviceTexts::modelName(deviceInfo));
+    setTextLine(firmwareVersionLabel, DeviceTexts::doNotDisconnect());
+    setTextLine(firmwareStatusLabel, DeviceTexts::harmOfDisconnecting());
     hideAll({firmwareStatusIcon, configurationStatusLabel, configurationStatusIcon, updateButton, startButton,
         cancelButton});
     progressBar->setAccessibleName(tr("Updating the device"));
@@ -146,10 +146,10 @@ void DeviceLayout::updateInProgess()
 
 void DeviceLayout::updateSuccess()
 {
-    modelNameLabel->setText(DeviceTexts::updated(deviceInfo));
+    setTextLine(modelNameLabel, DeviceTexts::updated(deviceInfo));
     firmwareVersionLabel->hide();
-    firmwareStatusLabel->setText(DeviceTexts::firmwareStatus(deviceInfo));
-    configurationStatusLabel->setText(DeviceTexts::configurationStatus(deviceInfo));
+    setTextLine(firmwareStatusLabel, DeviceTexts::firmwareStatus(deviceInfo));
+    setTextLine(configurationStatusLabel, DeviceTexts::configurationStatus(deviceInfo));
     hideAll({updateButton, startButton, cancelButton, progressBar});
     finishButton->setEnabled(true);
     finishButton->show();
@@ -158,10 +158,10 @@ void DeviceLayout::updateSuccess()
 
 void DeviceLayout::restartDevice()
 {
-    modelNameLabel->setText(DeviceTexts::updated(deviceInfo));
+    setTextLine(modelNameLabel, DeviceTexts::updated(deviceInfo));
     hideAll({firmwareVersionLabel, firmwareStatusLabel});
     setPicture(firmwareStatusIcon, Pictures::Warning, DevicePictureSize, tr("Warning"));
-    configurationStatusLabel->setText(DeviceTexts::success(deviceInfo));
+    setTextLine(configurationStatusLabel, DeviceTexts::success(deviceInfo));
     configurationStatusIcon->hide();
     progressBar->setAccessibleName(tr("Waiting for the device to be powered off and on"));
     progressBar->show();
@@ -171,10 +171,10 @@ void DeviceLayout::restartDevice()
 
 void DeviceLayout::updateFailure()
 {
-    modelNameLabel->setText(DeviceTexts::modelName(deviceInfo));
+    setTextLine(modelNameLabel, DeviceTexts::modelName(deviceInfo));
     hideAll({firmwareVersionLabel, firmwareStatusLabel});
     setPicture(firmwareStatusIcon, Pictures::Error, DevicePictureSize, tr("Error"));
-    configurationStatusLabel->setText(DeviceTexts::failure(deviceInfo));
+    setTextLine(configurationStatusLabel, DeviceTexts::failure(deviceInfo));
     hideAll({configurationStatusIcon, updateButton, startButton, cancelButton, progressBar});
     finishButton->show();
     update();

@@ -9,6 +9,7 @@
 #include "ui/DialogKeys.h"
 #include "ui/LightPalette.h"
 #include "ui/PageState.h"
+#include "ui/ScreenFit.h"
 #include "ui/TextLine.h"
 #include "update/UpdateDeviceThread.h"
 
@@ -60,6 +61,7 @@ MainWindow::MainWindow(int argc, char **argv) : argc(argc), argv(argv)
     layout->addWidget(pageStack);
     setLayout(layout);
     addDialogKeys(this);
+    fitToScreen(this);
 
     deviceList.clear();
     updateWindow();
@@ -101,6 +103,7 @@ void MainWindow::updateWindow()
     } else {
         describeLook(scrollArea);
     }
+    takeFocusToScroll(scrollArea);
     followFocus(scrollArea);
 
     auto *footer = new QHBoxLayout;

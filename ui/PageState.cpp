@@ -1,24 +1,25 @@
 #include "ui/PageState.h"
 
+#include "ui/TextLine.h"
+
 #include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
-#include <QTextDocumentFragment>
 
 namespace {
 
 /// The cancel button, so that pressing the space bar twice starts no update; without one, the first button.
-QWidget *firstButton(const QWidget &page)
+QWidget *firstButton(const QWidget &part)
 {
     QWidget *first = nullptr;
-    for (QPushButton *button : page.findChildren<QPushButton *>()) {
-        if (button->isVisibleTo(&page) && button->objectName() == "cancelButton") {
+    for (QPushButton *button : part.findChildren<QPushButton *>()) {
+        if (button->isVisibleTo(&part) && button->objectName() == "cancelButton") {
             return button;
         }
-        if (button->isVisibleTo(&page) && first == nullptr) {
+        if (button->isVisibleTo(&part) && first == nullptr) {
             first = button;
         }
     }
@@ -62,13 +63,18 @@ PageState::PageState(const QWidget &page)
 void PageState::moveFocusTo(const QWidget &page) const
 {
     auto *area = page.findChild<QScrollArea *>();
-    if (QWidget *same = sameWidget(page, area)) {
-        same->setFocus();
-    } else if (QWidget *first = firstButton(page)) {
-        first->setFocus();
-    } else {
-        area->setFocus();
+    QWidget *target = sameWidget(page, area);
+    const QWidget *sameDrive = driveOn(page);
+    if (target == nullptr && sameDrive != nullptr) {
+        target = firstButton(*sameDrive);
     }
+    if (target == nullptr) {
+        target = firstButton(page);
+    }
+    if (target == nullptr) {
+        target = area;
+    }
+    target->setFocus();
 }
 
 void PageState::scrollAndAnnounce(const QWidget &page) const
@@ -91,15 +97,17 @@ QWidget *PageState::sameWidget(const QWidget &page, QScrollArea *area) const
     if (areaHasFocus && area->accessibleName() == look) {
         return area;
     }
-    if (button.isEmpty()) {
-        return nullptr;
-    }
-    const QList<QWidget *> drives = page.findChildren<QWidget *>(drive);
-    if (driveIndex >= drives.size()) {
-        return nullptr;
-    }
-    auto *same = drives[driveIndex]->findChild<QPushButton *>(button);
+    const QWidget *sameDrive = driveOn(page);
+    auto *same = sameDrive != nullptr ? sameDrive->findChild<QPushButton *>(button) : nullptr;
     return same != nullptr && same->isVisibleTo(&page) ? same : nullptr;
+}
+
+/// The drive whose button had the focus, as the new page has it; null when it does not.
+QWidget *PageState::driveOn(const QWidget &page) const
+{
+    const QList<QWidget *> drives =
+        button.isEmpty() ? QList<QWidget *>() : page.findChildren<QWidget *>(drive);
+    return driveIndex < drives.size() ? drives[driveIndex] : nullptr;
 }
 
 void describeLook(QScrollArea *area)
@@ -108,12 +116,25 @@ void describeLook(QScrollArea *area)
     QStringList texts;
     for (const QLabel *label : container->findChildren<QLabel *>()) {
         if (label->isVisibleTo(container) && !label->text().isEmpty()) {
-            texts.append(QTextDocumentFragment::fromHtml(label->text()).toPlainText().simplified());
+            texts.append(withoutMarkup(label->text()).simplified());
         }
     }
     area->setAccessibleName(texts.join(' '));
     for (QPushButton *button : container->findChildren<QPushButton *>()) {
         button->setAccessibleDescription(button->accessibleDescription() + ". " + texts.join(' '));
+    }
+}
+
+void takeFocusToScroll(QScrollArea *area)
+{
+    const auto setPolicy = [area] {
+        const bool scrolls =
+            area->horizontalScrollBar()->maximum() > 0 || area->verticalScrollBar()->maximum() > 0;
+        area->setFocusPolicy(scrolls ? Qt::StrongFocus : Qt::NoFocus);
+    };
+    setPolicy();
+    for (const QScrollBar *bar : {area->horizontalScrollBar(), area->verticalScrollBar()}) {
+        QObject::connect(bar, &QScrollBar::rangeChanged, area, setPolicy);
     }
 }
 

@@ -9,8 +9,8 @@
 /**
  * Flashes one drive and reports the outcome.
  *
- * One object an update: created and started on the GUI thread, it runs to its end and is
- * neither stopped nor waited for.
+ * One object an update: created and started on the GUI thread, it is neither stopped
+ * nor waited for, and the end of the process cuts it short.
  */
 class UpdateDeviceThread : public QThread
 {

@@ -25,7 +25,7 @@ void restart(const CommandLine &line)
     }
     line.onDrive("unplug", unplugDrive);
     const auto end =
-        std::chrono::steady_clock::now() + std::chrono::seconds(line.options.seconds.value_or(3));
+        std::chrono::steady_clock::now() + std::chrono::seconds(line.options.seconds.value_or(AwaySeconds));
     while (stopped == 0 && std::chrono::steady_clock::now() < end) {
         std::this_thread::sleep_until(std::min(end, std::chrono::steady_clock::now() + PollInterval));
     }
@@ -34,25 +34,6 @@ void restart(const CommandLine &line)
         std::signal(stopped, SIG_DFL);
         std::raise(stopped);
     }
-}
-
-/// "TV" and the lowest free number, then the first word of the model's name.
-std::string freeSerial(const std::vector<Drive> &drives, const std::string &model)
-{
-    std::string beginning;
-    const auto isTaken = [&beginning](const Drive &drive) {
-        return drive.serial.compare(0, beginning.size(), beginning) == 0;
-    };
-    int number = 0;
-    do {
-        char text[16] = {};
-        std::snprintf(text, sizeof text, "TV%04d", ++number);
-        beginning = text;
-    } while (std::any_of(drives.begin(), drives.end(), isTaken));
-    for (const char letter : model.substr(0, model.find(' '))) {
-        beginning += static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
-    }
-    return beginning;
 }
 
 void putOnBench(const CommandLine &line)
@@ -111,7 +92,8 @@ void addDriveCommands(CommandLine &line)
             "TV0002BOLLARD --for 5", [&line] { restart(line); });
     for (CLI::App *command : {replug, powerCycle}) {
         addNumber(command, "--for", "SECONDS", line.options.seconds, 0, 3600,
-            "how long it is off (3); the program looks every 2 seconds");
+            "how long it is off (" + std::to_string(AwaySeconds) + "); the program looks every "
+                + std::to_string(PauseSeconds) + " seconds");
     }
 }
 

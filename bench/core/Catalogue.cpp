@@ -77,7 +77,9 @@ const std::array<Model, 21> &models()
 const Model &modelNamed(const std::string &name)
 {
     const Model *const model = findRow(Models, name);
-    require(model != nullptr, "there is no model \"" + escaped(name) + "\"; drive-bench models lists them");
+    if (model == nullptr) {
+        throw Refused("there is no model \"" + escaped(name) + "\"; drive-bench models lists them");
+    }
     return *model;
 }
 

@@ -33,6 +33,31 @@ Drive sample(const char *serial, const char *model, const char *firmware, const 
     return drive;
 }
 
+/// What the value would have to be to have the type of the pattern; null when it has. The library's own
+/// conversions would make a number of true, and a whole one of 1.5.
+const char *typeWanted(const Json &json, const Json &pattern)
+{
+    switch (pattern.type()) {
+    case Json::value_t::object:
+        return json.is_object() ? nullptr : "an object";
+    case Json::value_t::array:
+        return json.is_array() ? nullptr : "a list";
+    case Json::value_t::string:
+        return json.is_string() ? nullptr : "a text";
+    case Json::value_t::boolean:
+        return json.is_boolean() ? nullptr : "true or false";
+    case Json::value_t::number_integer:
+    case Json::value_t::number_unsigned:
+        // Beyond 2^63 an unsigned number would become a negative one.
+        return json.is_number_integer()
+                && (!json.is_number_unsigned() || json.get<std::uint64_t>() >> 63U == 0)
+            ? nullptr
+            : "a whole number";
+    default:
+        return nullptr;
+    }
+}
+
 const Json &patternOfDrives()
 {
     static const Json pattern = [] {
@@ -176,8 +201,10 @@ void check(const Drive &drive)
         {"lastUpdateAt", drive.lastUpdateAt},
     };
     for (const Limits &limits : numbers) {
-        require(limits.number >= limits.minimum && limits.number <= limits.maximum,
-            std::string(limits.name) + ": must be " + wholeNumber(limits.minimum, limits.maximum));
+        if (limits.number < limits.minimum || limits.number > limits.maximum) {
+            throw Refused(
+                std::string(limits.name) + ": must be " + wholeNumber(limits.minimum, limits.maximum));
+        }
     }
     struct Text
     {
@@ -195,12 +222,13 @@ void check(const Drive &drive)
         {"runningConfiguration", drive.runningConfiguration, 0, Image::MaximumText},
     };
     for (const Text &text : texts) {
-        const auto bytes = bytesFromText(text.text);
-        require(bytes && bytes->size() >= text.minimum && bytes->size() <= text.maximum,
-            std::string(text.name) + ": must have " + std::to_string(text.minimum) + " to "
+        const auto length = bytesFromText(text.text).value_or(std::string(text.maximum + 1, ' ')).size();
+        if (length < text.minimum || length > text.maximum) {
+            throw Refused(std::string(text.name) + ": must have " + std::to_string(text.minimum) + " to "
                 + std::to_string(text.maximum) + " characters, none above U+00FF");
+        }
     }
-    modelNamed(drive.model);
+    attempt("model", [&drive] { modelNamed(drive.model); });
     for (const Fault &fault : drive.faults) {
         attempt("faults", [&fault] { check(fault); });
     }
@@ -208,21 +236,18 @@ void check(const Drive &drive)
 
 void checkLike(const Json &json, const Json &pattern, const std::string &path)
 {
-    // The library's own conversions would make a number of true, and a whole one of 1.5.
-    const auto isLike = [&](const char *what, bool (Json::*test)() const) {
-        require(!(pattern.*test)() || (json.*test)(), path + ": must be " + what);
-    };
-    isLike("an object", &Json::is_object);
-    isLike("a list", &Json::is_array);
-    isLike("a text", &Json::is_string);
-    isLike("true or false", &Json::is_boolean);
-    isLike("a whole number", &Json::is_number_integer);
-    require(!json.is_number_unsigned() || json.get<std::uint64_t>() <= std::uint64_t(MaximumNumber),
-        path + ": is too large a number");
+    if (const char *const wanted = typeWanted(json, pattern)) {
+        throw Refused(path + ": must be " + wanted);
+    }
     if (pattern.is_object()) {
-        for (const auto &[name, member] : json.items()) {
-            require(pattern.contains(name), path + '/' + name + ": is not a known member");
-            checkLike(member, pattern[name], path + '/' + name);
+        for (auto member = json.begin(); member != json.end(); ++member) {
+            const auto known = pattern.find(member.key());
+            if (known == pattern.end()) {
+                throw Refused(path + '/' + member.key() + ": is not a known member");
+            }
+            if (known->is_structured() || typeWanted(*member, *known) != nullptr) {
+                checkLike(*member, *known, path + '/' + member.key());
+            }
         }
     }
     for (std::size_t i = 0; pattern.is_array() && i < json.size(); ++i) {

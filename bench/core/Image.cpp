@@ -32,7 +32,7 @@ std::string checksumOf(const char *bytes, std::size_t size)
 /// Byte position of the content.
 std::size_t contentAt(const std::string &file)
 {
-    const std::size_t end = file.find('\n', Magic.size());
+    const std::size_t end = file.substr(0, MaximumHeader).find('\n', Magic.size());
     require(!file.empty(), "is empty");
     require(file.compare(0, Magic.size(), Magic, 0, file.size()) == 0,
         "is not a firmware image: it does not begin with \"TFW2\"");

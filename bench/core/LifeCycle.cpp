@@ -2,6 +2,9 @@
 
 #include "bench/core/Refused.h"
 
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
 #include <functional>
 #include <utility>
 
@@ -71,6 +74,24 @@ void addDrive(Store &store, Drive drive)
             "a drive with this serial number is on the bench; choose another with --serial");
         store.insert(drive);
     });
+}
+
+std::string freeSerial(const std::vector<Drive> &drives, const std::string &model)
+{
+    std::string beginning;
+    const auto isTaken = [&beginning](const Drive &drive) {
+        return drive.serial.compare(0, beginning.size(), beginning) == 0;
+    };
+    int number = 0;
+    do {
+        char text[16] = {};
+        std::snprintf(text, sizeof text, "TV%04d", ++number);
+        beginning = text;
+    } while (std::any_of(drives.begin(), drives.end(), isTaken));
+    for (const char letter : model.substr(0, model.find(' '))) {
+        beginning += static_cast<char>(std::toupper(static_cast<unsigned char>(letter)));
+    }
+    return beginning;
 }
 
 void removeDrive(Store &store, const std::string &serial)

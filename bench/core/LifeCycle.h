@@ -1,6 +1,7 @@
 #pragma once
 
 #include "bench/core/Store.h"
+#include "devices/Timing.h"
 
 #include <string>
 #include <vector>
@@ -18,6 +19,13 @@ Drive driveNamed(const Store &store, const std::string &serial);
 void addDrive(Store &store, Drive drive);
 /// Takes a drive off the bench for good.
 void removeDrive(Store &store, const std::string &serial);
+
+/// A serial number that no drive begins with: "TV" and the lowest free number, then the first word of the
+/// model's name.
+std::string freeSerial(const std::vector<Drive> &drives, const std::string &model);
+
+/// A drive that is away for that many seconds is missed by the program.
+constexpr int AwaySeconds = PauseSeconds + 1;
 
 /// The drive then runs what its flash holds.
 void plugDrive(Store &store, const std::string &serial);

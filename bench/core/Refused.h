@@ -7,7 +7,7 @@
 
 namespace bench {
 
-/// What the bench refuses to do: what() is one line of UTF-8, at most 300 characters, that says what was
+/// What the bench refuses to do: what() is one line of UTF-8, at most 300 bytes, that says what was
 /// refused, why, and what would work. Thrown by the functions of this directory, caught once by each program
 /// that calls them.
 class Refused : public std::runtime_error

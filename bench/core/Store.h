@@ -1,14 +1,11 @@
 #pragma once
 
+#include "bench/core/Connection.h"
 #include "bench/core/Drive.h"
-#include "bench/core/Refused.h"
-
-#include <SQLiteCpp/Database.h>
 
 #include <functional>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace bench {
@@ -20,20 +17,12 @@ struct HostState
 };
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE_WITH_DEFAULT(HostState, companionInstalled)
 
-/// The refusal of a database that cannot be read as what it was.
-class Damaged : public Refused
-{
-public:
-    Damaged(const std::string &file, const std::string &reason);
-};
-
 /**
- * The database of a bench, "bench.sqlite" in the bench's directory: one connection, its transactions and the
- * documents of the drives. It knows no rule.
+ * The database of a bench, "bench.sqlite" in the bench's directory: the documents of the drives. It knows no
+ * rule.
  *
- * Any number of processes and threads may use one bench, each through an object of its own. Whoever waits for
- * another one's transaction is refused after five seconds. Every function throws Refused, and no other
- * exception of the database leaves it.
+ * Any number of processes and threads may use one bench, each through an object of its own. Every function
+ * throws Refused.
  */
 class Store
 {
@@ -45,20 +34,16 @@ public:
 
     const std::string &directory() const { return place; }
 
-    /// What `work` returns, run on one state of the database.
+    /// See Connection.
     template <typename Work>
     auto read(const Work &work) const
     {
-        return transact(true, work);
+        return connection.read(work);
     }
-
-    /// What `work` returns, run while nobody else changes the database; commits what it did unless it throws.
-    /// A change inside another one is a part of that. Refused, after the commit, when another file has taken
-    /// the place of the database meanwhile, or none.
     template <typename Work>
     auto change(const Work &work)
     {
-        return transact(false, work);
+        return connection.change(work);
     }
 
     // What follows is for the functions that read() and change() run. Whatever reads a drive looks at all of
@@ -88,21 +73,8 @@ private:
     };
     friend void createBench(
         const std::string &directory, bool replace, const std::function<void(Store &store)> &fill);
-    Store(std::string directory, std::string file);
+    Store(std::string directory, const std::string &file);
 
-    template <typename Work>
-    auto transact(bool isReading, const Work &work) const
-    {
-        using Result = std::invoke_result_t<const Work &>;
-        if constexpr (std::is_void_v<Result>) {
-            run(isReading, work);
-        } else {
-            Result result{};
-            run(isReading, [&] { result = work(); });
-            return result;
-        }
-    }
-    void run(bool isReading, const std::function<void()> &work) const;
     static std::string fileIn(const std::string &directory);
     bool isBench() const;
     void requireThisVersion() const;
@@ -113,8 +85,7 @@ private:
     void updateDocument(const std::string &name, const Json &document);
 
     std::string place; ///< the directory
-    std::string file; ///< path of the database
-    mutable SQLite::Database connection;
+    Connection connection;
 };
 
 } // namespace bench

@@ -124,21 +124,16 @@ std::string oneLine(const std::string &text)
 
 std::string shortened(const std::string &line)
 {
-    constexpr std::size_t Begin = 180;
-    constexpr std::size_t End = 115;
-    const auto count =
-        line.size() - static_cast<std::size_t>(std::count_if(line.begin(), line.end(), isContinuation));
-    if (count <= Begin + End + 5) {
+    constexpr std::size_t Maximum = 300;
+    if (line.size() <= Maximum) {
         return line;
     }
-    const auto positionOf = [&line](std::size_t character) {
-        std::size_t position = 0;
-        for (; position < line.size() && (character > 0 || isContinuation(line[position])); ++position) {
-            character -= isContinuation(line[position]) ? 0 : 1;
-        }
-        return position;
-    };
-    return line.substr(0, positionOf(Begin)) + " ... " + line.substr(positionOf(count - End));
+    // No character is cut in two.
+    std::size_t end = Maximum * 3 / 5;
+    std::size_t begin = line.size() - (Maximum - end - 5);
+    for (; isContinuation(line[end]); --end) { }
+    for (; isContinuation(line[begin]); ++begin) { }
+    return line.substr(0, end) + " ... " + line.substr(begin);
 }
 
 std::string shellQuoted(const std::string &text)

@@ -21,7 +21,7 @@ std::optional<std::string> unescaped(const std::string &text);
 
 /// Any text as one line: control characters, and bytes that are no UTF-8, are written as \xNN.
 std::string oneLine(const std::string &text);
-/// A line of at most 300 characters: what is too much is left out in its middle.
+/// The line, at most 300 bytes of it: what is too much is left out in its middle.
 std::string shortened(const std::string &line);
 
 /// The text as a word of a shell's command line.

@@ -1,93 +1,82 @@
 #include "bench/panel/FaultMenu.h"
 
-#include <algorithm>
-#include <array>
+#include "bench/core/LifeCycle.h"
+#include "bench/core/Text.h"
+#include "bench/panel/OnBench.h"
+
+#include <QInputDialog>
+
+#include <utility>
 
 namespace bench {
 
-namespace {
-
-/// What one entry of the menu sets.
-struct Choice
-{
-    FaultKind kind;
-    const char *title;
-    const char *value = ""; ///< as a person gives it; empty for none
-    const char *section = nullptr; ///< title of the section that it begins; null within one
-};
-
-// Half of a sample drive's image is written after 20,000 bytes; code 9 means nothing to anybody.
-constexpr std::array<Choice, 19> Choices = {{
-    {FaultKind::SlowProbe, "Slow to answer (3 s)", "3000", "While it is looked for"},
-    {FaultKind::SettleQueries, "Status after 3 looks", "3"},
-    {FaultKind::SettleTime, "Status after 10 s", "10000"},
-    {FaultKind::NeverSettles, "Status never known"},
-    {FaultKind::UnmountReturns, "Unmount refused", "0", "While it is updated"},
-    {FaultKind::WrongImage, "Image for another bridge"},
-    {FaultKind::TruncatedImage, "Image cut short"},
-    {FaultKind::FlashError, "Flash error half-way", "20000"},
-    {FaultKind::PulledOut, "Pulled out half-way", "20000"},
-    {FaultKind::VerifyError, "Verify error"},
-    {FaultKind::NoReturn, "Does not come back", "", "When it is plugged in again"},
-    {FaultKind::NewSerial, "Another serial number", "TV9999OTHER"},
-    {FaultKind::DuplicateSerial, "Listed twice", "", "What it reports"},
-    {FaultKind::FirmwareStatus, "Unknown firmware status", "9"},
-    {FaultKind::ConfigurationStatus, "Unknown configuration status", "9"},
-    {FaultKind::Chipset, "Bridge without updater", "0"},
-    {FaultKind::VendorId, "Unknown vendor", "0xFFFF"},
-    {FaultKind::ProductId, "Unknown product", "0xFFFF"},
-    {FaultKind::Text, "Odd model name", "modelName=<b>caf\\xE9</b>"},
-}};
-
-Fault faultOf(const Choice &choice)
-{
-    const std::string value = choice.value;
-    return parseFault(describe(choice.kind), value.empty() ? std::nullopt : std::optional(value));
-}
-
-} // namespace
-
-FaultMenu::FaultMenu(QWidget *parent) : QMenu(parent)
+FaultMenu::FaultMenu(std::string benchDirectory, std::string serial, QWidget *parent)
+    : QMenu(parent), benchDirectory(std::move(benchDirectory)), serial(std::move(serial))
 {
     // Also a menu is legible on a dark desktop.
     setAttribute(Qt::WA_WindowPropagation);
-    for (const Choice &choice : Choices) {
-        if (choice.section != nullptr) {
-            addSection(QString::fromLatin1(choice.section));
-        }
-        QAction *const action = addAction(QString::fromLatin1(choice.title));
-        action->setCheckable(true);
-        choices.push_back(action);
-        connect(action, &QAction::triggered, this, [this, &choice](bool checked) {
-            if (checked) {
-                Fault fault = faultOf(choice);
-                fault.once = !untilCleared->isChecked();
-                emit faultChosen(fault);
-            } else {
-                emit faultDropped(choice.kind);
-            }
-        });
+    setToolTipsVisible(true);
+    connect(this, &QMenu::aboutToShow, this, &FaultMenu::fill);
+}
+
+void FaultMenu::fill()
+{
+    onBench(benchDirectory, [this](Store &store) { faults = driveNamed(store, serial).faults; });
+    clear();
+    // A letter goes to the next entry that begins with it.
+    for (const FaultDescription &kind : faultDescriptions()) {
+        const bool takesValue = kind.value != FaultValue::None;
+        QAction *const action =
+            addAction((takesValue ? tr("&%1…") : tr("&%1")).arg(QLatin1String(kind.name)));
+        action->setToolTip(QString::fromUtf8(kind.description));
+        connect(action, &QAction::triggered, this,
+            [=, &kind] { takesValue ? askFor(kind) : setFault(kind.kind, {}); });
     }
     addSeparator();
-    untilCleared = addAction(tr("Faults stay until cleared"));
-    untilCleared->setCheckable(true);
-    clearAll = addAction(tr("Clear faults"));
-    connect(clearAll, &QAction::triggered, this, &FaultMenu::allDropped);
-}
-
-void FaultMenu::showFaults(const std::vector<Fault> &faults)
-{
-    for (std::size_t i = 0; i < choices.size(); ++i) {
-        choices[i]->setChecked(findFault(faults, Choices[i].kind) != nullptr);
+    QAction *const once = addAction(tr("Set &once"));
+    once->setCheckable(true);
+    once->setChecked(isOnce);
+    connect(once, &QAction::toggled, this, [this](bool checked) { isOnce = checked; });
+    addSeparator();
+    for (const FaultDescription &kind : faultDescriptions()) {
+        if (bench::find(faults, kind.kind) != nullptr) {
+            connect(addAction(tr("&Clear %1").arg(QLatin1String(kind.name))), &QAction::triggered, this,
+                [this, kind = kind.kind] {
+                    emit chosen(onDrive(benchDirectory, serial, "clear a fault of",
+                        [kind](Store &store, const std::string &drive) { clearFault(store, drive, kind); }));
+                });
+        }
     }
-    clearAll->setEnabled(!faults.empty());
+    QAction *const all = addAction(tr("Clear &all faults"));
+    all->setEnabled(!faults.empty());
+    connect(all, &QAction::triggered, this,
+        [this] { emit chosen(onDrive(benchDirectory, serial, "clear the faults of", clearFaults)); });
 }
 
-QString FaultMenu::title(FaultKind kind)
+void FaultMenu::askFor(const FaultDescription &kind)
 {
-    const auto choice = std::find_if(
-        Choices.begin(), Choices.end(), [kind](const Choice &candidate) { return candidate.kind == kind; });
-    return QString::fromLatin1(choice == Choices.end() ? describe(kind).name : choice->title);
+    const Fault *const former = bench::find(faults, kind.kind);
+    // A dialog of the button, and gone with it: the drive may be removed meanwhile.
+    auto *const dialog = new QInputDialog(parentWidget());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAttribute(Qt::WA_WindowPropagation);
+    dialog->setWindowTitle(tr("%1 on %2").arg(QLatin1String(kind.name), shownText(serial)));
+    dialog->setLabelText(
+        tr("%1: %2").arg(QLatin1String(kind.valueName), QString::fromUtf8(kind.description)));
+    dialog->setTextValue(shownText(former == nullptr ? kind.example : former->value));
+    connect(dialog, &QInputDialog::textValueSelected, this,
+        [this, kind = kind.kind](const QString &value) { setFault(kind, value); });
+    dialog->open();
+}
+
+void FaultMenu::setFault(FaultKind kind, const QString &value)
+{
+    emit chosen(
+        onDrive(benchDirectory, serial, "set a fault on", [&](Store &store, const std::string &drive) {
+            const auto text = unescaped(value.toStdString());
+            require(text.has_value(), "a value has characters up to U+00FF, and \\xNN for any byte");
+            bench::setFault(store, drive, {kind, *text, isOnce});
+        }));
 }
 
 } // namespace bench

@@ -1,37 +1,35 @@
 #pragma once
 
-#include "bench/core/Fault.h"
+#include "bench/core/Faults.h"
 
 #include <QMenu>
 
-#include <vector>
+#include <string>
 
 namespace bench {
 
-/// The faults of one drive: those that are set are checked. To choose one sets it with a value that shows
-/// what it does, once or until it is cleared; to choose it again clears it.
+/// The faults of one drive: sets one of any kind, for which it asks for a value where the kind takes one, and
+/// clears those that are set.
 class FaultMenu : public QMenu
 {
     Q_OBJECT
 
 public:
-    explicit FaultMenu(QWidget *parent);
-
-    /// Checks the faults that are set.
-    void showFaults(const std::vector<Fault> &faults);
-
-    /// A fault in a few words.
-    static QString title(FaultKind kind);
+    FaultMenu(std::string benchDirectory, std::string serial, QWidget *parent);
 
 signals:
-    void faultChosen(const bench::Fault &fault);
-    void faultDropped(bench::FaultKind kind);
-    void allDropped();
+    /// An entry was chosen; `refusal` says why it had no effect, and is empty when it had one.
+    void chosen(const QString &refusal);
 
 private:
-    std::vector<QAction *> choices; ///< in the order of the menu's faults
-    QAction *untilCleared;
-    QAction *clearAll;
+    void fill();
+    void askFor(const FaultDescription &kind);
+    void setFault(FaultKind kind, const QString &value);
+
+    const std::string benchDirectory;
+    const std::string serial;
+    Faults faults;
+    bool isOnce = true; ///< what is set is cleared as soon as it is used up
 };
 
 } // namespace bench

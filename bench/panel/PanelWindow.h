@@ -12,20 +12,20 @@
 #include <vector>
 
 class QCheckBox;
-class QLabel;
+class QPushButton;
 class QScrollArea;
 class QVBoxLayout;
 
 namespace bench {
 
 class DriveRow;
-class ElidedLabel;
+class TextLabel;
 
 /**
- * The bench in a window: its drives, one a row, the companion's switch, and one line for what was refused.
+ * The bench in a window: its drives, one a row, the companion's switch, and a line for what was refused.
  *
- * It reads the bench four times a second and after each of its own changes. A row stays the same object, at
- * the same place, as long as its drive is on the bench; a new drive comes last.
+ * It reads the bench four times a second and after each of its own changes. A row stays the same object as
+ * long as its drive is on the bench; a new drive comes last.
  */
 class PanelWindow : public QWidget
 {
@@ -35,18 +35,16 @@ public:
     /// `imageDirectory`: where the firmware images lie that decide what is up to date.
     PanelWindow(std::string benchDirectory, std::string imageDirectory);
 
-    /// Moves the window, before it is shown, to where it hides no button of the updater, which is in the
-    /// upper left corner of that part of the screen: to its right where there is room, else below it.
+    /// Places the window, before it is shown, at the right edge of that part of a screen, as large as its
+    /// rows. An updater in the upper left corner stays free: where there is no room beside it, the window is
+    /// as low as one row, at the bottom. Its title bar is on the screen whatever the size of the texts.
     void placeBesideUpdater(const QRect &available);
 
 private:
     void addHead(QVBoxLayout *column);
-    void addDrives(QVBoxLayout *column);
     void refresh();
     void showDrives(const std::vector<Drive> &drives, const std::vector<DeviceInfo> &records);
-    DriveRow *addRow(const Drive &drive);
-    QString withoutDirectory(QString message) const;
-    void switchCompanion(bool install);
+    void addOutdated(const Model &model);
     void actionEnded(const QString &refusal);
 
     const std::string benchDirectory;
@@ -54,12 +52,12 @@ private:
     QTimer poll;
     QString actionRefusal; ///< why the last press of a button had no effect
 
+    QPushButton *addButton = nullptr;
     QCheckBox *companionSwitch = nullptr;
-    QLabel *emptyLabel = nullptr;
     QScrollArea *scrollArea = nullptr;
     QVBoxLayout *rowColumn = nullptr;
     std::map<std::pair<std::string, std::string>, DriveRow *> rows; ///< by serial number and model
-    ElidedLabel *messageLine = nullptr;
+    TextLabel *message = nullptr; ///< the whole window's where it shows no row
 };
 
 } // namespace bench

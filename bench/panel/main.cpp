@@ -27,13 +27,8 @@ void endWithoutDisplay(QtMsgType type, const QMessageLogContext &, const QString
     if (type != QtFatalMsg) {
         return;
     }
-    if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
-        std::fprintf(stderr, "drive-bench-panel: there is no display to open it on; set DISPLAY\n");
-    } else {
-        std::fprintf(stderr,
-            "drive-bench-panel: no window can be opened: %s; set DISPLAY to one that answers\n",
-            qPrintable(firstWarning));
-    }
+    std::fprintf(stderr, "drive-bench-panel: no window can be opened: %s; see DISPLAY and QT_QPA_PLATFORM\n",
+        qPrintable(firstWarning));
     std::_Exit(1);
 }
 
@@ -62,21 +57,18 @@ int main(int argc, char **argv)
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("The drives of a bench in a window: unplug them, plug them in, let them fail."));
-    const QCommandLineOption directory(QStringLiteral("bench"),
-        QStringLiteral(
-            "The directory of the bench, instead of $TARVO_BENCH. Without either it is the directory "
-            "\"bench\" beside the executable, for an installed package "
-            "$XDG_DATA_HOME/tarvo-drive-bench."),
-        QStringLiteral("DIR"), QString::fromStdString(bench::benchDirectory()));
-    const QCommandLineOption beside(QStringLiteral("beside-updater"),
-        QStringLiteral("Open it right of the updater in the upper left corner of the screen, or below it."));
-    parser.addOptions({directory, beside});
+        "The drives of a bench in a window: unplug them, plug them in, let them fail.");
+    const QCommandLineOption directory("bench",
+        "The directory of the bench, instead of $TARVO_BENCH. Without either it is the directory "
+        "\"bench\" beside the executable, for an installed package "
+        "$XDG_DATA_HOME/tarvo-drive-bench.",
+        "DIR", QString::fromStdString(bench::benchDirectory()));
+    parser.addOption(directory);
     const QCommandLineOption help = parser.addHelpOption();
     const bool isUnderstood = parser.parse(QCoreApplication::arguments());
     if (!isUnderstood || !parser.positionalArguments().isEmpty()) {
         const QString problem = isUnderstood
-            ? QStringLiteral("It takes no argument \"%1\".").arg(parser.positionalArguments().first())
+            ? QString("It takes no argument \"%1\".").arg(parser.positionalArguments().first())
             : parser.errorText();
         std::fprintf(stderr, "drive-bench-panel: %s See: drive-bench-panel --help\n", qPrintable(problem));
         return 2;
@@ -87,9 +79,7 @@ int main(int argc, char **argv)
     }
 
     bench::PanelWindow window(parser.value(directory).toStdString(), bench::executableDirectory());
-    if (parser.isSet(beside)) {
-        window.placeBesideUpdater(window.screen()->availableGeometry());
-    }
+    window.placeBesideUpdater(window.screen()->availableGeometry());
     QTimer poll;
     quitOnSignals(&poll);
     window.show();

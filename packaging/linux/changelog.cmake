@@ -10,7 +10,8 @@ foreach(line IN LISTS lines)
         set(date ${CMAKE_MATCH_2})
         string(APPEND TARVO_RELEASES "    <release version=\"${version}\" date=\"${date}\"/>\n")
         string(APPEND TARVO_DEBIAN_CHANGELOG
-            "${signature}tarvo-firmware-updater (${version}-1) unstable; urgency=medium\n\n")
+            "${signature}tarvo-firmware-updater (${version}-${CPACK_DEBIAN_PACKAGE_RELEASE}) unstable; "
+            "urgency=medium\n\n")
         execute_process(COMMAND ${CMAKE_COMMAND} -E env LC_ALL=C date -u -R -d ${date} OUTPUT_VARIABLE date
             OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
         set(signature "\n -- ${TARVO_MAINTAINER}  ${date}\n\n")

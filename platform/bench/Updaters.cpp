@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The libraries answer true or false, and the page says no more; why is for who sits at the bench.
+/// The libraries answer true or false, and the page says no more; this is for the person at the bench.
 void report(const std::string &serialNumber, const std::string &reason)
 {
     std::fprintf(stderr, "the update of %s failed: %s\n",

@@ -1,11 +1,11 @@
 """The drive bench: simulated drives, changed through the drive-bench command."""
 
 import contextlib
-import hashlib
 import json
 import pathlib
 import sqlite3
 import subprocess
+import tempfile
 import urllib.parse
 
 from waiting import TIMEOUT, wait_until
@@ -68,19 +68,9 @@ class Bench:
         return {drive["serial"]: drive for drive in json.loads(self.run("list", "--json"))["drives"]}
 
     def flash(self, serial):
-        """Firmware version and configuration revision in the drive's flash chip; None for an incomplete one."""
-        ((chip,),) = self._read("SELECT content FROM chips JOIN drives ON chips.drive = drives.id WHERE serial = ?",
-                                serial)
-        return tuple(self._version_at(chip, start) for start in (0, 120 * 1024))
-
-    @staticmethod
-    def _version_at(chip, start):
-        # A part begins with a page of its own: mark, size, digest, length of the version, version.
-        page = chip[start : start + 256]
-        payload = chip[start + 256 :][: int.from_bytes(page[4:8], "little")]
-        if page[:4] != b"TVRG" or hashlib.sha256(payload).digest() != page[8:40]:
-            return None
-        return page[41 : 41 + page[40]].decode("latin-1")
+        """Firmware version and configuration revision in the drive's flash; None for an incomplete one."""
+        drive = self.drive(serial)
+        return (None, None) if drive["incomplete"] else (drive["flashFirmware"], drive["flashConfiguration"])
 
     def newest(self, model):
         """Firmware version and configuration revision of the image for that model."""
@@ -89,67 +79,56 @@ class Bench:
 
     def wait_for_query(self, serial):
         """Waits until the drive has been queried once more, without anything about it having changed."""
-        model = self.drive(serial)["model"]
-        self.fault(serial, "text", "modelName=" + model, "--once")
-        wait_until(lambda: not self.has_fault(serial, "text"), f"a query of {serial}")
-
-    # What is read without the command, which is too slow for polling ---------------------------------------
-
-    def progress(self, serial):
-        """Bytes written in the drive's last flash, and bytes to write."""
-        ((written, to_write),) = self._read("SELECT bytesWritten, bytesToWrite FROM drives WHERE serial = ?", serial)
-        return written, to_write
-
-    def has_fault(self, serial, kind):
-        return bool(self._read("SELECT 1 FROM faults JOIN drives ON faults.drive = drives.id "
-                               "WHERE serial = ? AND kind = ?", serial, kind))
-
-    def all_but(self, serial):
-        """What is stored about the host and about every drive but that one, without the count of its queries."""
-        other = "(SELECT id FROM drives WHERE serial <> ?)"
-        drives = [dict(row) for row in self._read(f"SELECT * FROM drives WHERE id IN {other}", serial)]
-        for drive in drives:
-            del drive["queries"]
-        return {
-            "drives": drives,
-            "faults": [tuple(row) for row in self._read(f"SELECT * FROM faults WHERE drive IN {other}", serial)],
-            "chips": [tuple(row) for row in self._read(f"SELECT * FROM chips WHERE drive IN {other}", serial)],
-            "host": [tuple(row) for row in self._read("SELECT * FROM host")],
-        }
+        report = ("report", "modelName=" + self.drive(serial)["model"])
+        self.fault(serial, *report, "--once")
+        wait_until(lambda: not self.has_fault(serial, *report), f"a query of {serial}")
 
     def wait_for_no_writer(self, serial):
         """Waits until the drive can be flashed again: it is known only after a second that its writer was killed."""
         wait_until(lambda: self.drive(serial)["state"] != "being written", f"nobody writes {serial}")
 
+    def set_rate(self, serial, rate):
+        """Makes the writing of a drive's flash slower or quicker, in bytes a second."""
+        document = json.loads(self.run("export"))
+        next(drive for drive in document["drives"] if drive["serial"] == serial)["flashRate"] = rate
+        with tempfile.NamedTemporaryFile("w", suffix=".json") as file:
+            json.dump(document, file)
+            file.flush()
+            self.init("--force", "--from", file.name)
+
+    # What is read without the command, which is too slow for polling ---------------------------------------
+
+    def progress(self, serial):
+        """Bytes written in the drive's last flash, and bytes to write."""
+        drive = self._documents()[serial]
+        return drive["bytesWritten"], drive["bytesToWrite"]
+
+    def has_fault(self, serial, kind, value=""):
+        return any((fault["fault"], fault["value"]) == (kind, value) for fault in self._documents()[serial]["faults"])
+
+    def all_but(self, serial):
+        """What is stored about the host and about every drive but that one."""
+        return {name: document for name, document in self._documents().items() if name != serial}
+
     def calls(self):
         """The calls of the host's tools so far, one line each."""
-        return [line for (line,) in self._read("SELECT line FROM calls ORDER BY id")]
+        log = pathlib.Path(self.directory, "calls.log")
+        return log.read_text().splitlines() if log.exists() else []
 
-    def _read(self, query, serial=None, *values):
-        """The rows that a query finds, which names the serial number first."""
-        parameters = [] if serial is None else [serial.encode("latin-1"), *values]
-        with contextlib.closing(self._connect("ro")) as database:
-            return database.execute(query, parameters).fetchall()
-
-    def _connect(self, mode):
-        address = f"file:{urllib.parse.quote(str(self.database))}?mode={mode}"
-        database = sqlite3.connect(address, uri=True, timeout=TIMEOUT, isolation_level=None)
-        database.row_factory = sqlite3.Row
-        return database
+    def _documents(self):
+        """The documents of all drives by their serial numbers, and that of the host without one."""
+        address = f"file:{urllib.parse.quote(str(self.database))}?mode=ro"
+        with contextlib.closing(sqlite3.connect(address, uri=True, timeout=TIMEOUT)) as database:
+            rows = database.execute("SELECT name, document FROM documents").fetchall()
+        return {name.decode(): json.loads(document) for name, document in rows}
 
     # What no command does ----------------------------------------------------------------------------------
 
-    def make_invalid(self, serial):
-        """Gives a drive a model that there is not."""
-        self._set(serial, "model", b"Nonesuch")
-
-    def set_rate(self, serial, rate):
-        """Makes a drive's flash chip slower or quicker, in bytes a second."""
-        self._set(serial, "flashRate", rate)
-
-    def _set(self, serial, column, value):
-        with contextlib.closing(self._connect("rw")) as database:
-            database.execute(f"UPDATE drives SET {column} = ? WHERE serial = ?", [value, serial.encode("latin-1")])
+    def damage_drive(self, serial):
+        """Changes one character of what is stored of a drive."""
+        with contextlib.closing(sqlite3.connect(self.database, timeout=TIMEOUT)) as database, database:
+            database.execute("UPDATE documents SET document = CAST(replace(document, 'plugged', 'Plugged') AS BLOB) "
+                             "WHERE name = ?", [serial.encode()])
 
     def damage(self):
         """Overwrites the beginning of the database; returns what is then in its file."""

@@ -1,12 +1,13 @@
 """Fixtures: a desktop for each test process, a bench and programs for each test.
 
 The directory that holds the program comes from --program-dir or $TARVO_PROGRAM_DIR; otherwise it is that of the
-release build. When a test fails, a screenshot and the tree of accessible objects are saved in $TARVO_ACCEPTANCE_OUTPUT,
-and where that is not set in the test's temporary directory.
+preset dev, or of release where dev is not built. When a test fails, a screenshot and the tree of accessible objects are
+saved in $TARVO_ACCEPTANCE_OUTPUT, and where that is not set in the test's temporary directory.
 """
 
 import os
 import pathlib
+import re
 import shutil
 
 import pytest
@@ -14,6 +15,9 @@ from bench import Bench
 from desktop import Desktop
 from updater import PROGRAM_DIR, Program
 
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+# The last line of the window.
+VERSION = "Orvi: " + re.search(r"^project\(.* VERSION (\S+)", (SOURCE / "CMakeLists.txt").read_text(), re.MULTILINE)[1]
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 SLOW = 10_000  # bytes a second: a flash takes about five seconds
 
@@ -42,7 +46,8 @@ def pytest_runtest_makereport(item, call):
 def bin_dir(request):
     directory = pathlib.Path(request.config.getoption("--program-dir")).resolve()
     if not (directory / "tarvo-firmware-updater").exists():
-        pytest.exit(f"there is no program in {directory}; name its directory with --program-dir", 2)
+        pytest.exit(f"there is no program in {directory}; build it (cmake --preset dev && cmake --build --preset dev) "
+                    "or name its directory with --program-dir", 2)
     return directory
 
 

@@ -1,8 +1,6 @@
 """What a screen reader is told: every picture and bar has a name, and the texts come in reading order."""
 
-from conftest import FAST, SLOW
-
-VERSION = "Orvi: 1.1.6"
+from conftest import FAST, SLOW, VERSION
 
 
 def check(screen, *texts):
@@ -49,9 +47,9 @@ def test_failure(bench, start):
 
 def test_unknown_and_unsupported(bench, start):
     bench.add("Pebble", serial="TV1")
-    bench.fault("TV1", "firmware-status", 3)
+    bench.fault("TV1", "report", "firmwareStatus=3")
     bench.add("Harbour Duo", serial="TV2")
-    bench.fault("TV2", "chipset", 0)
+    bench.fault("TV2", "report", "chipsetType=0")
     program = start()
     check(program.see_models("Pebble", "Harbour Duo"), "Tarvo Pebble", "Unknown firmware version !",
           "Firmware: Unknown status!", "Configuration: Up to date.", "Tarvo Harbour Duo", "Device not supported !",

@@ -107,21 +107,32 @@ def test_the_button_that_ends(bench, start, state, button):
     end_by(bench, program, lambda: program.press(button))
 
 
-@pytest.mark.parametrize("state", [in_list, in_progress])
-def test_termination(bench, start, state):
-    program = state(bench, start)
+def test_termination(bench, start):
+    program = in_list(bench, start)
     program.process.terminate()
     assert program.wait_for_end() == -signal.SIGTERM
     assert submissions(bench) == []
-    bench.wait_for_no_writer("TV1")
+    start().see_models("Pebble")  # nothing is left that the next start would stumble over
 
-    # Nothing is left that the next start would stumble over.
+
+@pytest.mark.parametrize("way", ["close", signal.SIGHUP, signal.SIGTERM])
+def test_end_of_the_program_interrupts_the_flash(bench, start, way):
+    program = in_progress(bench, start)
+    if way == "close":
+        end_by(bench, program, program.close_window)
+    else:
+        program.process.send_signal(way)
+        assert program.wait_for_end() == -way
+    bench.wait_for_no_writer("TV1")
+    assert bench.drive("TV1")["state"] == "boot ROM"
+    assert "interrupted, at" in bench.run("show", "TV1")
+
     again = start()
-    screen = again.see_models("Pebble")
-    if state is in_progress:
-        assert "Unknown firmware version !" in screen.page("Pebble").texts
-        again.begin_update("Pebble")
-        again.see_progress("Pebble")
+    assert "Unknown firmware version !" in again.see_models("Pebble").page("Pebble").texts
+    again.begin_update("Pebble")
+    again.see_restart("Pebble")
+    assert bench.flash("TV1")[0] == bench.newest("Pebble")[0]
+    assert "interrupted" not in bench.run("show", "TV1")
 
 
 @pytest.mark.parametrize("percent", range(0, 80, 8))

@@ -1,6 +1,6 @@
 """The companion product, found before the start and during the run."""
 
-from conftest import FAST
+from conftest import FAST, VERSION
 
 
 def submissions(bench):
@@ -41,7 +41,7 @@ def test_installed_during_the_run(bench, start):
     program.see_warning()
     program.press("Ok")
     screen = program.wait_for(lambda screen: not screen.warning, "the box gone")
-    assert screen.texts == ["Orvi: 1.1.6"], "the refresh that warned shows no drive"
+    assert screen.texts == [VERSION], "the refresh that warned shows no drive"
 
     # The box comes once; the program goes on as if nothing had been.
     bench.unplug("TV2")

@@ -51,8 +51,8 @@ def test_statuses_that_never_settle(bench, start):
 @pytest.mark.parametrize("status", [3, 77, -1])
 def test_unknown_statuses(bench, start, status):
     serial = bench.add("Pebble", serial="TV1", rate=FAST)
-    bench.fault(serial, "firmware-status", status)
-    bench.fault(serial, "configuration-status", status)
+    bench.fault(serial, "report", f"firmwareStatus={status}")
+    bench.fault(serial, "report", f"configurationStatus={status}")
     program = start()
     screen = program.see_models("Pebble")
     assert screen.page("Pebble").texts == [
@@ -72,7 +72,7 @@ def test_unknown_statuses(bench, start, status):
 @pytest.mark.parametrize("chipset", [4, 7, -1])
 def test_bridge_without_an_updater(bench, start, chipset):
     serial = outdated(bench, "Pebble")
-    bench.fault(serial, "chipset", chipset)
+    bench.fault(serial, "report", f"chipsetType={chipset}")
     program = start()
     screen = program.see_models("Pebble")
     assert screen.page("Pebble").texts[1] == "(firmware version: 1.00 => 2.14 )"
@@ -85,7 +85,7 @@ def test_bridge_without_an_updater(bench, start, chipset):
 
 def test_bridge_that_is_not_supported(bench, start):
     serial = outdated(bench, "Pebble")
-    bench.fault(serial, "chipset", 0)
+    bench.fault(serial, "report", "chipsetType=0")
     program = start()
     screen = program.see("Device not supported !")
     assert screen.page("Pebble").texts == ["Tarvo Pebble", "Device not supported !"]
@@ -94,7 +94,7 @@ def test_bridge_that_is_not_supported(bench, start):
 
 def test_another_maker(bench, start):
     serial = outdated(bench, "Pebble")
-    bench.fault(serial, "vendor-id", 4660)
+    bench.fault(serial, "report", "vendorId=4660")
     program = start()
     program.see_models("Pebble")
     program.begin_update("Pebble")
@@ -104,7 +104,7 @@ def test_another_maker(bench, start):
 
 def test_product_without_a_restart_instruction(bench, start):
     serial = outdated(bench, "Pebble")
-    bench.fault(serial, "product-id", 6690)
+    bench.fault(serial, "report", "productId=6690")
     program = start()
     program.begin_update("Pebble")
     screen = program.see_restart("Pebble")
@@ -113,8 +113,8 @@ def test_product_without_a_restart_instruction(bench, start):
 
 def test_text_with_any_byte(bench, start):
     serial = outdated(bench, "Pebble")
-    bench.fault(serial, "text", r"modelName=P\xE9bble %2\x00 and more")
-    bench.fault(serial, "text", r"firmwareVersion=\xBD")
+    bench.fault(serial, "report", r"modelName=P\xE9bble %2\x00 and more")
+    bench.fault(serial, "report", r"firmwareVersion=\xBD")
     program = start()
     program.see("Tarvo Pébble %2", "(firmware version: ½ => 2.14 )")
     program.press("Update Firmware and Configuration")
@@ -148,7 +148,7 @@ def test_duplicate_serial(bench, start):
 def test_serial_of_another_drive(bench, start):
     pebble = outdated(bench, "Pebble")
     bench.add("Skiff", serial="TV2")
-    bench.fault(pebble, "duplicate-serial", "TV2")
+    bench.fault(pebble, "report", "serialNumber=TV2")
     program = start()
     program.see_models("Pebble", "Skiff")
     program.press("Update Firmware and Configuration", "Pebble")
@@ -156,16 +156,16 @@ def test_serial_of_another_drive(bench, start):
     assert screen.models == ["Pebble", "Skiff"]
 
 
-def test_invalid_drive(bench, start, directory):
+def test_damaged_drive(bench, start, directory):
     bench.add("Pebble", serial="TV1")
     bench.add("Skiff", serial="TV2")
-    bench.make_invalid("TV1")
+    bench.damage_drive("TV1")
     program = start()
     program.see_no_drive()
     bench.run("remove", "TV1")
     program.see_models("Skiff")
     line = one_line(directory)
-    assert "TV1" in line and "Nonesuch" in line
+    assert "TV1" in line and "damaged" in line
 
 
 def test_damaged_bench(bench, start, directory):

@@ -193,7 +193,7 @@ def test_focus_scrolls_and_stays_in_view(bench, desktop, start):
 
     move_to(program, desktop, "Update Firmware", models[-1])
     before = program.wait_for(last_is_in_view, "the last drive in view", timeout=10)
-    bench.fault("TV0000", "firmware-status", 2)
+    bench.fault("TV0000", "report", "firmwareStatus=2")
     program.wait_for(lambda screen: screen.pages and screen.pages[0].path != before.pages[0].path, "a refresh")
     program.wait_for(last_is_in_view, "the last drive still in view", timeout=10)
 

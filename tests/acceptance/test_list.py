@@ -1,6 +1,9 @@
 """The list of drives: what it shows at the start, and how it follows what is plugged in and pulled out."""
 
+import os
+
 import pytest
+from conftest import VERSION
 
 MODELS = ["Pebble", "Lamina", "Skiff", "Harbour", "Bollard", "Breakwater", "Pebble Mini", "Harbour Duo",
           "Pebble Triple", "Harbour FireWire"]
@@ -25,7 +28,7 @@ def test_no_drive(bench, start):
     program = start()
     screen = program.see_no_drive()
     assert screen.window.size == (850, 300)
-    assert screen.texts[-1] == "Orvi: 1.1.6"
+    assert screen.texts[-1] == VERSION
     assert screen.buttons == []
 
 
@@ -40,7 +43,7 @@ def test_drives_stand_in_rows_of_three(bench, start, count, height):
     assert rows(screen) == [models[i : i + 3] for i in range(0, count, 3)]
     assert screen.window.name == "Tarvo Firmware Updater"
     assert screen.window.size == (850, height)
-    assert screen.texts[-1] == "Orvi: 1.1.6"
+    assert screen.texts[-1] == VERSION
 
 
 def test_scrolling_to_the_last_drive(bench, desktop, start):
@@ -115,7 +118,7 @@ def test_the_same_list_again_rebuilds_nothing(bench, start):
     assert [page.path for page in after.pages] == [page.path for page in before.pages]
 
     # A change of one drive rebuilds all pages.
-    bench.fault(pebble, "firmware-status", 1)
+    bench.fault(pebble, "report", "firmwareStatus=1")
     changed = program.see("Firmware: Update required!")
     assert not {page.path for page in changed.pages} & {page.path for page in before.pages}
 
@@ -130,3 +133,17 @@ def test_a_status_that_settles_late(bench, start):
     screen = program.see_models("Pebble", "Lamina")
     assert bench.drive(lamina)["queries"] >= 4, "the list was shown before every status was known"
     assert "Firmware: Unknown status!" not in screen.texts
+
+
+@pytest.mark.parametrize("file", ["a pipe", "/dev/zero"])
+def test_a_model_name_that_names_a_file(bench, directory, start, file):
+    """A model name may be markup, a picture for example; the file is not read."""
+    if file == "a pipe":
+        file = directory / "pipe"
+        os.mkfifo(file)
+    bench.add("Pebble", serial="TV1", firmware="1.00")
+    bench.fault("TV1", "text", f'modelName=<img src="{file}">')
+    program = start()
+    program.press("Update Firmware")
+    program.see("Cancel")
+    assert program.resident_memory() < 200e6

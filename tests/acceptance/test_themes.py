@@ -98,7 +98,7 @@ def test_update(bench, desktop, start_dark):
     bench.add("Pebble", serial="TV1", firmware="1.00", rate=SLOW)
     bench.add("Skiff", serial="TV2")
     bench.add("Harbour Duo", serial="TV3")
-    bench.fault("TV3", "chipset", 0)
+    bench.fault("TV3", "report", "chipsetType=0")
     program = start_dark()
     program.see_models("Pebble", "Skiff", "Harbour Duo")
     check_legible(desktop, program)

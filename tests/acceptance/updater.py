@@ -4,6 +4,7 @@ Nothing of the program's insides is known here.
 """
 
 import os
+import pathlib
 import re
 import subprocess
 import time
@@ -13,9 +14,10 @@ from desktop import end_with_parent
 from PIL import ImageChops
 from waiting import POLL_INTERVAL, TIMEOUT, ExpectationFailed
 
-# Where the program is, unless a caller says otherwise.
-PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or os.path.join(os.path.dirname(os.path.abspath(__file__)),
-                                                                  "../../build/release/bin")
+# Where the program is, unless a caller says otherwise: in the first of the builds that has one.
+BUILDS = [pathlib.Path(__file__).resolve().parents[2] / "build" / preset / "bin" for preset in ("dev", "release")]
+PROGRAM_DIR = os.environ.get("TARVO_PROGRAM_DIR") or str(
+    next((build for build in BUILDS if (build / "tarvo-firmware-updater").exists()), BUILDS[0]))
 
 NO_DRIVE = "No compatible Tarvo device were found.\n\nPlease plug a compatible Tarvo device."
 COMPANION = (
@@ -44,7 +46,7 @@ class Screen:
 
     @property
     def pages(self):
-        """The drives' pages: whatever has lines of text that name a drive."""
+        """The drives' pages: all that have lines of text which name a drive."""
         return [
             node
             for node in (self.window.all() if self.window else [])
@@ -87,6 +89,11 @@ class Program:
         with open(f"/proc/{self.process.pid}/maps", encoding="utf-8") as maps:
             return {line.split(maxsplit=5)[5].strip() for line in maps if "/" in line}
 
+    def resident_memory(self):
+        """In bytes."""
+        with open(f"/proc/{self.process.pid}/statm", encoding="utf-8") as counts:
+            return int(counts.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")
+
     # What is on screen -------------------------------------------------------------------------------------
 
     @property
@@ -94,7 +101,7 @@ class Program:
         return self.process.poll() is None
 
     def look(self):
-        """What is on screen now; None as long as the program shows nothing."""
+        """What is on screen now; None while the program shows nothing."""
         if self.owner is None:
             self.owner = self.desktop.accessibility.owner_of_process(self.process.pid)
         if self.owner is None:

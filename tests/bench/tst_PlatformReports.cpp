@@ -1,17 +1,13 @@
 #include "bench/core/Files.h"
 #include "tests/bench/Programs.h"
-#include "tests/bench/TemporaryBench.h"
 #include "tests/support/TestProgram.h"
 
 #include <Asmedia105X.h>
 #include <DeviceDiscovery.h>
 #include <MacDevice.h>
 
-#include <SQLiteCpp/Database.h>
-
 #include <QCoreApplication>
 #include <QFileInfo>
-#include <QtTest>
 
 using namespace bench;
 
@@ -78,14 +74,14 @@ void tst_PlatformReports::reportsEachFailedUpdateOnce()
     QFETCH(QString, image);
     QFETCH(QString, reason);
     TemporaryBench bench;
-    const std::string serial = "\xe9\n";
+    const std::string serial = "\u00E9\n";
     bench.addOutdated(serial, fault == "bridge" ? "Harbour" : "Pebble");
     if (fault == "unplugged") {
-        bench.lifeCycle().unplug(serial);
+        unplugDrive(bench.store(), serial);
     } else if (fault == "removed") {
-        bench.lifeCycle().remove(serial);
+        removeDrive(bench.store(), serial);
     } else if (!fault.isEmpty() && fault != "bridge") {
-        QCOMPARE(driveBench("fault \\xE9\\x0A " + fault, bench.directory()).status, 0);
+        bench.setFault(serial, fault.toStdString());
     }
     const QString path = QString::fromStdString(bench.imageDirectory()) + '/' + image;
     const Ended ended = runSelf({"update", path}, bench.directory());
@@ -109,7 +105,7 @@ void tst_PlatformReports::reportsEachFailedUpdateOnce()
 void tst_PlatformReports::reportsABenchThatIsLostBeforeTheUnmount()
 {
     TemporaryBench bench;
-    bench.addOutdated("\xe9\n", "Pebble");
+    bench.addOutdated("\u00E9\n");
     const QString image = QString::fromStdString(bench.image("Pebble"));
     const Ended ended = runSelf({"update", image, "lose the bench"}, bench.directory());
     QCOMPARE(ended.output, QByteArray("failed"));
@@ -134,8 +130,9 @@ void tst_PlatformReports::reportsAnUnusableBenchOnce_data()
                              << "*/bench.sqlite is damaged: ";
     QTest::newRow("link") << "link"
                           << "*/bench.sqlite is a symbolic link, which is not followed; remove it";
-    QTest::newRow("invalid drive") << "invalid"
-                                   << "the bench holds an invalid drive A: there is no model \"Boulder\"";
+    QTest::newRow("damaged drive")
+        << "changed"
+        << "*/bench.sqlite holds the drive A, which cannot be read: it is damaged; ";
 }
 
 void tst_PlatformReports::reportsAnUnusableBenchOnce()
@@ -146,17 +143,16 @@ void tst_PlatformReports::reportsAnUnusableBenchOnce()
     const std::string directory = parent.path().toStdString() + (what == "none" ? "/none" : "");
     const std::string file = directory + "/bench.sqlite";
     TemporaryBench other;
-    other.addOutdated("A", "Pebble");
+    other.addOutdated("A");
     if (what == "damaged") {
         writeFile(file, std::string(20000, 'x'));
     } else if (what == "link") {
         QVERIFY(QFile::link(
             QString::fromStdString(other.directory() + "/bench.sqlite"), QString::fromStdString(file)));
-    } else if (what == "invalid") {
-        other.store().change(
-            [&] { other.store().database().exec("UPDATE drives SET model = CAST('Boulder' AS BLOB)"); });
+    } else if (what == "changed") {
+        other.execute("UPDATE documents SET document = x'7B7D'");
     }
-    const std::string used = what == "invalid" ? other.directory() : directory;
+    const std::string used = what == "changed" ? other.directory() : directory;
     const Ended ended = runSelf({"discover", "3"}, used);
     QCOMPARE(ended.status, 0);
     QCOMPARE(ended.output, QByteArray("0 0 0 "));

@@ -1,29 +1,32 @@
 """What the tests of the installed program stand on: an installed tree, a desktop, and a person with a home directory.
 
-The tree is made of the build directory in $TARVO_BUILD_DIR, unless $TARVO_PREFIX says where an installed one is.
+The tree is made of the build directory in $TARVO_BUILD_DIR, by default that of the preset dev or release. Where
+$TARVO_PREFIX names an installed tree, that is used instead.
 """
 
 import os
 import pathlib
+import re
 import subprocess
 import sys
 
 import pytest
 
-SOURCE = pathlib.Path(__file__).resolve().parents[2]
+from launcher import NAME, SOURCE
+
 sys.path.insert(0, str(SOURCE / "tests/acceptance"))
 
 from bench import Bench  # noqa: E402
 from desktop import Desktop  # noqa: E402
-from updater import Program  # noqa: E402
+from updater import PROGRAM_DIR, Program  # noqa: E402
 from waiting import wait_until  # noqa: E402
 
-NAME = "tarvo-firmware-updater"
+BUILD = pathlib.Path(os.environ.get("TARVO_BUILD_DIR") or pathlib.Path(PROGRAM_DIR).parent)
 FAST = 200_000  # bytes a second: a flash takes a quarter of a second
 
 
 def install(place, *options):
-    command = ["cmake", "--install", os.environ["TARVO_BUILD_DIR"], "--prefix", str(place), *options]
+    command = ["cmake", "--install", BUILD, "--prefix", str(place), *options]
     subprocess.run(command, check=True, stdout=subprocess.DEVNULL)
 
 
@@ -41,6 +44,13 @@ def prefix(tmp_path_factory):
 def desktop():
     with Desktop(window_manager=True) as desktop:
         yield desktop
+
+
+@pytest.fixture(scope="session")
+def cache():
+    """CMake's own values."""
+    lines = (BUILD / "CMakeCache.txt").read_text(encoding="utf-8").splitlines()
+    return {line.split(":")[0]: line.split("=", 1)[1] for line in lines if re.match(r"[A-Za-z_]+:[A-Z]+=", line)}
 
 
 class Person:
@@ -73,7 +83,7 @@ def person(tmp_path, prefix):
 
 @pytest.fixture
 def start(desktop, person, tmp_path):
-    """Starts a command as that person, who stops whatever still runs at the end."""
+    """Starts a command as that person; what still runs at the end of the test is stopped."""
     programs = []
 
     def start_program(command=NAME, *arguments, cwd=None):

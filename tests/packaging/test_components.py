@@ -1,7 +1,9 @@
 """The two components of the installed tree, which become two packages."""
 
+import json
 import os
 
+from bench import Bench
 from conftest import NAME, install
 
 
@@ -23,5 +25,11 @@ def test_no_file_is_in_both(prefix, tmp_path):
     program, bench = files(tmp_path / "program"), files(tmp_path / "bench")
     assert program & bench == set()
     assert program | bench == files(prefix)
-    assert len([file for file in program if file.endswith(".tfw")]) == 21
+    models = json.loads(Bench(prefix / "bin/drive-bench", tmp_path / "none").run("models", "--json"))["models"]
+    assert len([file for file in program if file.endswith(".tfw")]) == len(models)
     assert not [file for file in bench if file.endswith(".tfw")]
+
+
+def test_every_command_has_a_manual_page(prefix):
+    pages = {page.removesuffix(".1.gz") for page in os.listdir(prefix / "share/man/man1")}
+    assert set(os.listdir(prefix / "bin")) == pages

@@ -101,9 +101,7 @@ def test_updater_makes_no_bench(person, start):
 def test_first_start_of_the_panel_makes_the_sample_bench(person, start, command):
     panel = start(*command)
     panel.wait_for(lambda screen: screen.windows, "the window of the panel")
-    drives = person.bench.drives()
-    assert {USB_SERIAL, FIREWIRE_SERIAL} <= drives.keys()
-    assert len(drives) == 6
+    assert {USB_SERIAL, FIREWIRE_SERIAL} <= person.bench.drives().keys()
     panel.stop()
 
     # The next start finds the bench as it was left.

@@ -1,68 +1,13 @@
-"""The launcher in bin/, in front of a stand-in for the program that tells how it was started."""
+"""What the launcher gives to the program, and what it leaves behind."""
 
 import os
 import pathlib
 import shutil
 import signal
 import subprocess
-import time
 
 import pytest
-from conftest import NAME, SOURCE
-
-STAND_IN = """#!/bin/sh
-# Tells how it was started, leaves a scratch file as a killed program does, and does what it is asked for.
-printf '%s\\n' "$0" "$PWD" "$(ls -A)" "$(stat -c %a .)" "$TARVO_BENCH" "$$" "$#" "$@" >"$REPORT.new"
-echo scratch >>temp.txt
-mv "$REPORT.new" "$REPORT"
-case ${1:-} in
-wait) exec sleep 60 ;;
-status) exit "$2" ;;
-esac
-"""
-LINES = ["argv0", "directory", "content", "mode", "bench", "process", "count"]
-
-
-class Installed:
-    """The launcher and the stand-in, installed below a prefix with a blank, and somebody who starts them."""
-
-    def __init__(self, place):
-        self.place = place
-        prefix = place / "my programs"
-        self.launcher = prefix / "bin" / NAME
-        self.program = prefix / "lib" / NAME / NAME
-        for directory in (self.launcher.parent, self.program.parent, place / "home", place / "runtime"):
-            directory.mkdir(parents=True)
-        shutil.copy(SOURCE / "packaging/linux" / NAME, self.launcher)
-        self.program.write_text(STAND_IN)
-        self.program.chmod(0o755)
-        self.runtime = place / "runtime"
-        self.environment = {
-            "PATH": os.environ["PATH"],
-            "HOME": str(place / "home"),
-            "XDG_RUNTIME_DIR": str(self.runtime),
-            "REPORT": str(place / "report"),
-        }
-
-    def start(self, *arguments, command=None, cwd=None, **environment):
-        merged = {**self.environment, **environment}
-        merged = {name: value for name, value in merged.items() if value is not None}
-        return subprocess.Popen([str(command or self.launcher), *arguments], env=merged, cwd=cwd or self.place,
-                                start_new_session=True)
-
-    def report(self):
-        """What the stand-in told, once it has."""
-        file = self.place / "report"
-        wait_for(file.exists)
-        lines = file.read_text().split("\n")
-        return dict(zip(LINES, lines)), lines[len(LINES):-1]
-
-
-def wait_for(condition):
-    deadline = time.monotonic() + 30
-    while not condition():
-        assert time.monotonic() < deadline
-        time.sleep(0.05)
+from launcher import NAME, SOURCE, Installed, send_signals, wait_for
 
 
 @pytest.fixture
@@ -141,6 +86,54 @@ def test_killed_program(installed):
     wait_for(lambda: not os.listdir(installed.runtime))
 
 
+def test_signals_in_the_first_moments(installed):
+    assert send_signals(installed, count=60, seed=1) == ([], [])
+
+
+@pytest.fixture
+def abandoned(installed):
+    """The directory of a launcher that was killed together with what was to remove it."""
+    process = installed.start("wait")
+    directory = pathlib.Path(installed.report()[0]["directory"])
+    os.killpg(process.pid, signal.SIGKILL)
+    process.wait()
+    (installed.place / "report").unlink()
+    assert directory.parent == installed.runtime
+    return directory
+
+
+@pytest.mark.parametrize("place", ["XDG_RUNTIME_DIR", "TMPDIR"])
+def test_next_start_removes_what_a_killed_one_left(installed, abandoned, place):
+    """Wherever that was, though the next start uses another place."""
+    other = installed.place / "other"
+    other.mkdir()
+    installed.start(**{"XDG_RUNTIME_DIR": str(other), place: str(installed.runtime)}).wait()
+    wait_for(lambda: not os.listdir(installed.runtime))
+
+
+def test_next_start_removes_nothing_else(installed, abandoned):
+    like_it = str(abandoned)[:-1]
+    (installed.place / "target").mkdir()
+    os.symlink(installed.place / "target", like_it + "-")
+    kept = [like_it + "-", like_it + ".tar.gz", f"{installed.runtime}/{NAME}.1-2.deb"]
+    for directory in kept[1:]:
+        os.mkdir(directory)
+    if os.geteuid() == 0:
+        os.mkdir(like_it + "+")
+        os.chown(like_it + "+", 65534, 65534)
+        kept.append(like_it + "+")
+    live = installed.start("wait")
+    kept.append(installed.report()[0]["directory"])
+    (installed.place / "report").unlink()
+    installed.start().wait()
+    installed.report()
+    wait_for(lambda: not abandoned.exists())
+    wait_for(lambda: len(os.listdir(installed.runtime)) == len(kept))
+    assert sorted(kept) == sorted(map(str, installed.runtime.iterdir()))
+    live.kill()
+    live.wait()
+
+
 def test_two_at_once_have_a_directory_each(installed):
     reports = [installed.place / name for name in ("first", "second")]
     first, second = [installed.start("wait", REPORT=str(report)) for report in reports]
@@ -185,6 +178,42 @@ def test_without_a_runtime_directory_that_can_be_written(installed, runtime):
     assert installed.start(XDG_RUNTIME_DIR=runtime, TMPDIR=str(temporary)).wait() == 0
     assert pathlib.Path(installed.report()[0]["directory"]).parent == temporary
     wait_for(lambda: not os.listdir(temporary))
+
+
+WITH_A_FULL_DIRECTORY = """
+mount -t tmpfs -o size=64k none "$1" && head -c 60K /dev/zero >"$1/full" && shift && exec "$@"
+"""
+
+
+def test_full_directory_is_not_used(installed):
+    """In one that holds no listing, the program would not find the companion."""
+    private = ["unshare", "--map-root-user", "--mount"]
+    if subprocess.run([*private, "true"], stderr=subprocess.DEVNULL).returncode != 0:
+        pytest.skip("this machine lets nobody mount a directory of their own")
+    temporary = installed.place / "temporary files"
+    temporary.mkdir()
+    process = installed.start(*private[1:], "sh", "-c", WITH_A_FULL_DIRECTORY, "sh", str(installed.runtime),
+                              str(installed.launcher), command=private[0], TMPDIR=str(temporary))
+    assert process.wait() == 0
+    assert pathlib.Path(installed.report()[0]["directory"]).parent == temporary
+
+
+def test_no_file_can_be_written_anywhere(installed):
+    limited = "trap '' XFSZ; ulimit -f 1; exec \"$0\""  # blocks of 512 bytes
+    process = installed.start("-c", limited, str(installed.launcher), command="sh", stderr=subprocess.PIPE)
+    assert process.communicate()[1] == (
+        f"{NAME}: no working directory can be made and written to in XDG_RUNTIME_DIR, TMPDIR or /tmp\n")
+    assert process.returncode == 1
+    assert os.listdir(installed.runtime) == []
+
+
+@pytest.mark.parametrize("script", [NAME, "drive-bench", "drive-bench-panel"])
+def test_without_a_home(installed, script):
+    shutil.copy(SOURCE / "packaging/linux" / script, installed.launcher)
+    process = installed.start(HOME=None, stderr=subprocess.PIPE)
+    assert process.communicate()[1].split(": ", 2)[2] == "HOME: is not set; set it, XDG_DATA_HOME or TARVO_BENCH\n"
+    assert process.returncode == 2
+    assert os.listdir(installed.runtime) == []
 
 
 @pytest.mark.parametrize(

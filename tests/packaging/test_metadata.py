@@ -1,7 +1,6 @@
 """What tells desktops, package managers and macOS about the program."""
 
 import os
-import pathlib
 import plistlib
 import re
 import struct
@@ -9,19 +8,11 @@ import subprocess
 import xml.etree.ElementTree
 
 import pytest
-from conftest import SOURCE
+from conftest import BUILD, SOURCE
 from PIL import Image
 
-BUILD = pathlib.Path(os.environ.get("TARVO_BUILD_DIR", ""))
 GENERATED = BUILD / "packaging/linux"
 LINUX = SOURCE / "packaging/linux"
-
-
-@pytest.fixture(scope="session")
-def cache():
-    """CMake's own values."""
-    lines = (BUILD / "CMakeCache.txt").read_text(encoding="utf-8").splitlines()
-    return {line.split(":")[0]: line.split("=", 1)[1] for line in lines if re.match(r"[A-Za-z_]+:[A-Z]+=", line)}
 
 
 @pytest.fixture(scope="session")
@@ -61,9 +52,11 @@ def test_versions_agree(version):
     root = xml.etree.ElementTree.parse(GENERATED / "com.tarvo.firmwareupdater.metainfo.xml").getroot()
     newest = root.find("./releases/release")
     assert (newest.get("version"), newest.get("date")) == (version, heading[2])
+    release = re.search(r'CPACK_DEBIAN_PACKAGE_RELEASE "(\d+)"', (BUILD / "CPackConfig.cmake").read_text())[1]
     for component in ("program", "bench"):
         changelog = GENERATED / component / "changelog.Debian"
-        assert checked("dpkg-parsechangelog", "--file", changelog, "--show-field", "Version") == f"{version}-1\n"
+        told = checked("dpkg-parsechangelog", "--file", changelog, "--show-field", "Version")
+        assert told == f"{version}-{release}\n"
     assert f'"{version}"' in (BUILD / "generated/Version.h").read_text()
 
 

@@ -91,3 +91,12 @@ def test_an_unknown_option_prints_the_usage(tools, tmp_path, script):
                              timeout=TIMEOUT, check=False)
     assert process.returncode == 2
     assert process.stderr.startswith(f"usage: ./{script}")
+
+
+def test_missing_needs_skip_the_tests_with_their_names(tmp_path):
+    (tmp_path / "build").mkdir()
+    command = [ROOT / "tests/run-pytest", "some", "sh", "module:os", "nosuch-tool", "module:nosuch_module", "--"]
+    process = subprocess.run(command, cwd=tmp_path / "build", capture_output=True, text=True, check=False)
+    assert process.returncode == 77
+    assert "some, because these are missing: nosuch-tool module:nosuch_module (" in process.stdout
+    assert (tmp_path / "skipped").read_text() == process.stdout

@@ -79,18 +79,3 @@ inline QImage scaledPicture(const QString &path, int size)
 {
     return QPixmap(path).scaled(size, size, Qt::KeepAspectRatio, Qt::SmoothTransformation).toImage();
 }
-
-/// The text of a builder's label, which is freed.
-inline QString takeText(QLabel *label)
-{
-    QString text = label->text();
-    delete label;
-    return text;
-}
-
-/// The text that the builder gives the page of that drive.
-inline QString textOf(const DeviceInfo &device, Builder builder)
-{
-    const PageFixture fixture(device);
-    return takeText((fixture.page->*builder)());
-}

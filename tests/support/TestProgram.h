@@ -1,9 +1,13 @@
 #pragma once
 
+#include "tests/support/TestScreen.h"
+
+#include <QApplication>
 #include <QtTest>
 
 #include <map>
 #include <string>
+#include <type_traits>
 
 /**
  * A program of several test classes. Its first argument names the one that it runs; the others are those of
@@ -42,6 +46,11 @@ struct TestClass
     {
         QTest::Internal::callInitMain<Test>();
         const Application application(argc, argv);
+        if constexpr (std::is_same_v<Application, QApplication>) {
+            if (QGuiApplication::screens().size() == 1) {
+                setScreenSize({1920, 1080});
+            }
+        }
         QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
         Test test;
         return QTest::qExec(&test, argc, argv);

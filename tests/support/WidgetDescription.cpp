@@ -27,6 +27,8 @@ QString nameOf(const QWidget &widget)
         text = label->text().isEmpty() ? "picture" : label->text();
     } else if (const auto *button = qobject_cast<const QAbstractButton *>(&widget)) {
         text = button->text();
+    } else {
+        text = widget.objectName();
     }
     const QString kind = widget.metaObject()->className();
     return text.isEmpty() ? kind : kind + " " + text;

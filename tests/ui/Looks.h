@@ -8,6 +8,15 @@
 /// Every look that the window has.
 const QStringList Looks{"no drive", "list", "confirmation", "in progress", "restart", "success", "failure"};
 
+/// A row for each look.
+inline void addLookRows()
+{
+    QTest::addColumn<QString>("look");
+    for (const QString &look : Looks) {
+        QTest::newRow(qPrintable(look)) << look;
+    }
+}
+
 /// One drive that needs an update, one that needs none, one of unknown status and one that is not supported.
 inline QVector<DeviceInfo> mixedDrives()
 {
@@ -22,15 +31,24 @@ inline QVector<DeviceInfo> mixedDrives()
     return {DeviceRecords::usbDrive("A"), upToDate, unknown, notSupported};
 }
 
-/// Takes a window that shows no drive to the look; the drive that is updated is called "A".
-inline void bringTo(WindowFixture &fixture, const QString &look)
+/// Takes a window that shows no drive to the look; the drive that is updated is called "A". Every drive can
+/// be given a name and versions of its own.
+inline void bringTo(WindowFixture &fixture, const QString &look, const std::string &modelName = {})
 {
     ScriptedPlatform::holdFlashes();
-    if (look == "list") {
-        fixture.deliver(mixedDrives());
-    } else if (look != "no drive") {
-        fixture.deliver(
-            {look == "success" ? DeviceRecords::fireWireDrive("A") : DeviceRecords::usbDrive("A")});
+    QVector<DeviceInfo> drives = mixedDrives();
+    if (look != "list") {
+        drives = {look == "success" ? DeviceRecords::fireWireDrive("A") : DeviceRecords::usbDrive("A")};
+    }
+    if (!modelName.empty()) {
+        for (DeviceInfo &drive : drives) {
+            drive.modelName = drive.firmwareVersion = drive.newFirmwareVersion = modelName;
+        }
+    }
+    if (look != "no drive") {
+        fixture.deliver(drives);
+    }
+    if (look != "no drive" && look != "list") {
         QVERIFY(fixture.click("Update Firmware and Configuration"));
     }
     if (look == "in progress" || look == "restart" || look == "success" || look == "failure") {

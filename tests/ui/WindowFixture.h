@@ -4,6 +4,7 @@
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/StandInTools.h"
 #include "tests/support/WindowProbe.h"
+#include "tests/support/WindowTexts.h"
 #include "ui/MainWindow.h"
 
 #include <QCoreApplication>
@@ -89,9 +90,9 @@ inline QVector<DeviceInfo> numberedDrives(int count)
 /// The program's version stands once in the window, at its bottom, in small italics.
 inline void verifyVersion(MainWindow &window)
 {
-    QCOMPARE(WindowProbe::texts(window).count("Orvi: 1.1.6"), 1);
+    QCOMPARE(WindowProbe::texts(window).count(VersionText), 1);
     for (const QLabel *label : window.findChildren<QLabel *>()) {
-        if (label->text() == "Orvi: 1.1.6") {
+        if (label->text() == VersionText) {
             QVERIFY(label->font().italic());
             QCOMPARE(label->font().pixelSize(), 10);
             QCOMPARE(label->height(), 12);

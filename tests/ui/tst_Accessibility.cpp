@@ -1,4 +1,5 @@
 #include "tests/support/TestProgram.h"
+#include "tests/support/WindowTexts.h"
 #include "tests/ui/Looks.h"
 
 #include <QAccessible>
@@ -76,10 +77,7 @@ private slots:
 
 void tst_Accessibility::everyLookReadsFromTopToBottom_data()
 {
-    QTest::addColumn<QString>("look");
-    for (const QString &look : Looks) {
-        QTest::newRow(qPrintable(look)) << look;
-    }
+    addLookRows();
 }
 
 void tst_Accessibility::everyLookReadsFromTopToBottom()
@@ -111,7 +109,7 @@ void tst_Accessibility::listReadsDriveByDrive()
     const QString button = "Update Firmware and Configuration";
     QCOMPARE(models,
         (QStringList{"Tarvo One", button, "Tarvo Two", button, "Tarvo Three", button, "Tarvo Four", button,
-            "Orvi: 1.1.6"}));
+            VersionText}));
 }
 
 void tst_Accessibility::picturesAndBarsHaveTheirNames_data()

@@ -82,7 +82,7 @@ void tst_CompanionWarning::companionAtStartIsWarnedOfOnceDuringConstruction()
     QVERIFY(window.quitAtStartup);
     QVERIFY(window.isVisible());
     // No content but the version; the column has its leading stretch and nothing else.
-    QCOMPARE(WindowProbe::texts(window), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(WindowProbe::texts(window), QStringList{VersionText});
     verifyVersion(window);
     QCOMPARE(window.findChild<QScrollArea *>()->widget()->layout()->count(), 1);
     // Later refreshes check again but show the drives.
@@ -90,7 +90,7 @@ void tst_CompanionWarning::companionAtStartIsWarnedOfOnceDuringConstruction()
     window.updateWindow();
     QCOMPARE(tools.calls(), QStringList{"ls|/Library/LaunchDaemons"});
     QCOMPARE(answerer.boxesSeen, 1);
-    QCOMPARE(WindowProbe::texts(window), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
+    QCOMPARE(WindowProbe::texts(window), (QStringList{NoDriveText, VersionText}));
     QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
@@ -144,7 +144,7 @@ void tst_CompanionWarning::companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndO
     BoxAnswerer answerer(pressOk);
     fixture.deliver({usbDrive()});
     QCOMPARE(answerer.boxesSeen, 1);
-    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(fixture.texts(), QStringList{VersionText});
     fixture.deliver({usbDrive(), usbDrive("B")});
     QCOMPARE(answerer.boxesSeen, 1);
     QVERIFY(fixture.texts().contains("Tarvo Pebble"));
@@ -166,12 +166,12 @@ void tst_CompanionWarning::listsAndResultsArriveWhileTheBoxIsOpen()
     BoxAnswerer answerer([&](QMessageBox &box) {
         // The list that the refresh was walking is replaced under it.
         fixture.deliver({});
-        QCOMPARE(fixture.texts(), (QStringList{NoDriveText, "Orvi: 1.1.6"}));
+        QCOMPARE(fixture.texts(), (QStringList{NoDriveText, VersionText}));
         fixture.deliver(numberedDrives(4));
         QCOMPARE(fixture.buttons().size(), 4);
         // Nothing that is attached is selected.
         fixture.finish(false);
-        QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+        QCOMPARE(fixture.texts(), QStringList{VersionText});
         QCOMPARE(refreshes, 3);
         answered = true;
         pressOk(box);
@@ -181,7 +181,7 @@ void tst_CompanionWarning::listsAndResultsArriveWhileTheBoxIsOpen()
     QCOMPARE(answerer.boxesSeen, 1);
     // One more for each record that the list held when the update was started.
     QCOMPARE(refreshes, 5);
-    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(fixture.texts(), QStringList{VersionText});
     QCOMPARE(fixture.window.size(), QSize(850, 520));
     QTRY_COMPARE(ScriptedPlatform::count("Asm1051(A)"), 1);
     // The drive is being flashed, and its page is there as soon as it is.
@@ -207,10 +207,10 @@ void tst_CompanionWarning::listsArriveWhileTheBoxIsOpenOverASuccess()
     QCOMPARE(answerer.boxesSeen, 1);
     // One for each record that the list held when the result came, and the last one of a success.
     QCOMPARE(refreshes, 3);
-    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(fixture.texts(), QStringList{VersionText});
     // The drive was missing in the list, but its second record has begun the restart once more.
     fixture.deliver({usbDrive("A")});
-    QCOMPARE(fixture.texts(), QStringList{"Orvi: 1.1.6"});
+    QCOMPARE(fixture.texts(), QStringList{VersionText});
 }
 
 void tst_CompanionWarning::clickThatOpensTheBoxSurvivesARefreshInsideIt()

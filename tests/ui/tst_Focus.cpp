@@ -16,7 +16,10 @@ private slots:
     void focusStaysOnTheDrivesButton();
     void focusStaysOnTheButtonOfTheConfirmation();
     void focusMovesStraightToTheNewButton();
+    void focusComesBackToTheDriveThatWasCancelled();
     void focusStaysOnTheListItself();
+    void tabStopsAtTheListOnlyWhereItScrolls_data();
+    void tabStopsAtTheListOnlyWhereItScrolls();
     void refreshBehindAnotherWindowKeepsTheFocusForLater();
 };
 
@@ -127,17 +130,61 @@ void tst_Focus::focusMovesStraightToTheNewButton()
     QCOMPARE(focused(fixture), "SN-2" + Both);
 }
 
+void tst_Focus::focusComesBackToTheDriveThatWasCancelled()
+{
+    KeyboardFixture fixture;
+    fixture.deliver(drives(40));
+    fixture.tabTo("SN-31" + Both);
+    fixture.press(Qt::Key_Return);
+    QCOMPARE(focused(fixture), QString("SN-31: Cancel"));
+    fixture.press(Qt::Key_Escape);
+    QCOMPARE(focused(fixture), "SN-31" + Both);
+    QVERIFY(isInSight(driveOf(fixture.window.focusWidget()), fixture.area()));
+}
+
 void tst_Focus::focusStaysOnTheListItself()
 {
     KeyboardFixture fixture;
-    fixture.deliver(drives(2));
+    fixture.deliver(drives(10));
     fixture.area()->setFocus();
-    QVector<DeviceInfo> changed = drives(2);
+    QVector<DeviceInfo> changed = drives(10);
     changed[0].firmwareStatus = Status::UpToDate;
     fixture.deliver(changed);
     QCOMPARE(QApplication::focusWidget(), fixture.area());
     // Another look begins at its button.
     fixture.click("Update Configuration");
+    QCOMPARE(focused(fixture), QString("SN-1: Cancel"));
+}
+
+void tst_Focus::tabStopsAtTheListOnlyWhereItScrolls_data()
+{
+    QTest::addColumn<int>("count");
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<bool>("stops");
+    QTest::newRow("one drive") << 1 << QSize(850, 320) << false;
+    QTest::newRow("ten drives") << 10 << QSize(850, 700) << true;
+    QTest::newRow("a low window") << 6 << QSize(850, 300) << true;
+    QTest::newRow("a narrow window") << 3 << QSize(350, 700) << true;
+}
+
+void tst_Focus::tabStopsAtTheListOnlyWhereItScrolls()
+{
+    QFETCH(int, count);
+    QFETCH(QSize, size);
+    QFETCH(bool, stops);
+    KeyboardFixture fixture;
+    fixture.deliver(drives(count));
+    fixture.window.resize(size);
+    QCoreApplication::processEvents();
+    for (int press = 0; press < count; ++press) {
+        fixture.press(Qt::Key_Tab);
+    }
+    QCOMPARE(QApplication::focusWidget() == fixture.area(), stops);
+    fixture.window.resize(850, 700);
+    fixture.deliver(drives(1));
+    fixture.click(Both.mid(2));
+    fixture.press(Qt::Key_Tab);
+    fixture.press(Qt::Key_Tab);
     QCOMPARE(focused(fixture), QString("SN-1: Cancel"));
 }
 

@@ -78,10 +78,7 @@ void tst_Keyboard::heldEnterPressesOnce()
 
 void tst_Keyboard::escapeIsCancelAndNothingElse_data()
 {
-    QTest::addColumn<QString>("look");
-    for (const QString &look : Looks) {
-        QTest::newRow(qPrintable(look)) << look;
-    }
+    addLookRows();
 }
 
 void tst_Keyboard::escapeIsCancelAndNothingElse()

@@ -1,6 +1,7 @@
 """The program built with an SDK instead of the drive bench, and run on that SDK's drive.
 
-The sources of the SDK are in sdk/. $TARVO_SDK_LIBRARIES is the directory of its libraries, $TARVO_QT the version of Qt.
+The sources of the SDK are in sdk/. $TARVO_SDK_LIBRARIES is the directory of its libraries, by default that of the preset
+dev; $TARVO_QT is the version of Qt.
 """
 
 import os
@@ -19,12 +20,13 @@ from updater import Program
 from waiting import wait_until
 
 LIBRARIES = ["DeviceDiscovery", "Asmedia105X", "OxSemiFireWire", "MacDevice"]
+LIBRARY_DIR = os.environ.get("TARVO_SDK_LIBRARIES") or SOURCE / "build/dev/tests/vendor/sdk/lib"
 IMAGE = b"the content of an image"
 
 
 def make_sdk(directory):
     shutil.copytree(SOURCE / "tests/vendor/sdk/include", directory / "include")
-    shutil.copytree(os.environ["TARVO_SDK_LIBRARIES"], directory / "lib")
+    shutil.copytree(LIBRARY_DIR, directory / "lib")
     return directory
 
 
@@ -35,7 +37,7 @@ def configure(build, *options):
          # Compiled once and whole, which is quickest this way.
          "-D", "CMAKE_UNITY_BUILD=ON", "-D", "CMAKE_UNITY_BUILD_BATCH_SIZE=0",
          "-D", "CMAKE_DISABLE_PRECOMPILE_HEADERS=ON",
-         "-D", f"TARVO_QT={os.environ['TARVO_QT']}", "-D", "TARVO_PLATFORM=vendor", *options],
+         "-D", f"TARVO_QT={os.environ.get('TARVO_QT', '6')}", "-D", "TARVO_PLATFORM=vendor", *options],
         capture_output=True, text=True,
     )
 

@@ -1,100 +1,127 @@
 #include "bench/core/Files.h"
-#include "tests/bench/TemporaryBench.h"
-#include "tests/bench/core/CoreTest.h"
 
-#include <sys/resource.h>
+#include "tests/bench/TemporaryBench.h"
+#include "tests/support/TestProgram.h"
+
+#include <filesystem>
+
+#include <sys/stat.h>
 
 using namespace bench;
+using namespace std::string_literals;
+namespace fs = std::filesystem;
 
+/// Reading and writing of whole files.
 class tst_Files : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void theBenchIsWhereTheEnvironmentSays();
-    void readsWhatWasWritten();
-    void readsTheBeginning();
-    void readsThroughASymbolicLink();
-    void refusesFilesThatAreTooLarge();
-    void refusesFilesThatCannotBeOpened();
-    void aFileThatCannotBeWrittenIsNotLeft();
+    void theBenchIsWhereItIsSaid();
+    void whatIsWrittenIsRead();
+    void refusesToRead_data();
+    void refusesToRead();
+    void replacesWhatStandsThere_data();
+    void replacesWhatStandsThere();
+    void aRefusedFileLeavesNoTrace();
 };
 
-void tst_Files::theBenchIsWhereTheEnvironmentSays()
+void tst_Files::theBenchIsWhereItIsSaid()
 {
-    const std::string beside = QCoreApplication::applicationDirPath().toStdString();
-    QCOMPARE(executableDirectory(), beside);
-    qputenv("TARVO_BENCH", "/some where");
-    QCOMPARE(benchDirectory(), "/some where"s);
-    qputenv("TARVO_BENCH", "");
-    QCOMPARE(benchDirectory(), beside + "/bench");
-    qunsetenv("TARVO_BENCH");
-    QCOMPARE(benchDirectory(), beside + "/bench");
+    QCOMPARE(executableDirectory(), QCoreApplication::applicationDirPath().toStdString());
+    const QByteArray before = qgetenv("TARVO_BENCH");
+    qputenv("TARVO_BENCH", "/a b");
+    QCOMPARE(benchDirectory(), "/a b"s);
+    for (const bool isSet : {true, false}) {
+        isSet ? qputenv("TARVO_BENCH", "") : qunsetenv("TARVO_BENCH");
+        QCOMPARE(benchDirectory(), executableDirectory() + "/bench");
+    }
+    qputenv("TARVO_BENCH", before);
 }
 
-void tst_Files::readsWhatWasWritten()
+void tst_Files::whatIsWrittenIsRead()
 {
+    const QTemporaryDir directory;
+    const std::string file = directory.filePath("file").toStdString();
+    for (const std::string &content : {"a\0\xFF"s, ""s, std::string(100000, 'x')}) {
+        writeFile(file, content);
+        QCOMPARE(readFile(file, 1 << 20), content);
+        QCOMPARE(readFile(file, 2), content.substr(0, 2));
+    }
+    QCOMPARE(int(fs::status(file).permissions()), 0644);
+    QCOMPARE(QDir(directory.path()).entryList(QDir::Files), QStringList("file"));
+}
+
+void tst_Files::refusesToRead_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<std::string>("reason");
+    QTest::newRow("none") << "none"
+                          << "No such file or directory"s;
+    QTest::newRow("directory") << "directory"
+                               << "is a directory"s;
+    QTest::newRow("FIFO") << "FIFO"
+                          << "is not a regular file"s;
+    QTest::newRow("link to a device") << "link"
+                                      << "is not a regular file"s;
+}
+
+void tst_Files::refusesToRead()
+{
+    QFETCH(QString, kind);
+    QFETCH(std::string, reason);
     const QTemporaryDir directory;
     const std::string path = directory.filePath("file").toStdString();
-    writeFile(path, everyByte());
-    QCOMPARE(readFile(path, 256), everyByte());
-    writeFile(path, "");
-    QCOMPARE(readFile(path, 0), ""s);
+    if (kind == "directory") {
+        fs::create_directory(path);
+    } else if (kind == "FIFO") {
+        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
+    } else if (kind == "link") {
+        fs::create_symlink("/dev/zero", path);
+    }
+    QCOMPARE(refusal([&] { readFile(path, 10); }), reason);
 }
 
-void tst_Files::readsTheBeginning()
+void tst_Files::replacesWhatStandsThere_data()
 {
+    QTest::addColumn<QString>("kind");
+    for (const char *kind : {"file", "FIFO", "link", "dangling link"}) {
+        QTest::newRow(kind) << kind;
+    }
+}
+
+void tst_Files::replacesWhatStandsThere()
+{
+    QFETCH(QString, kind);
     const QTemporaryDir directory;
     const std::string path = directory.filePath("file").toStdString();
-    writeFile(path, "abcdef");
-    QCOMPARE(readBeginning(path, 2), std::pair("ab"s, std::size_t(6)));
-    QCOMPARE(readBeginning(path, 6), std::pair("abcdef"s, std::size_t(6)));
-    QCOMPARE(readBeginning(path, 100), std::pair("abcdef"s, std::size_t(6)));
+    const std::string target = directory.filePath("target").toStdString();
+    if (kind == "FIFO") {
+        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
+    } else if (kind == "file") {
+        writeFile(path, "old");
+    } else {
+        fs::create_symlink(target, path);
+    }
+    if (kind == "link") {
+        writeFile(target, "dear");
+    }
+    writeFile(path, "new");
+    QVERIFY(fs::symlink_status(path).type() == fs::file_type::regular);
+    QCOMPARE(readFile(path, 10), "new"s);
+    QCOMPARE(fs::exists(target), kind == "link");
+    QVERIFY(kind != "link" || readFile(target, 10) == "dear");
 }
 
-void tst_Files::readsThroughASymbolicLink()
+void tst_Files::aRefusedFileLeavesNoTrace()
 {
     const QTemporaryDir directory;
-    writeFile(directory.filePath("file").toStdString(), "abc");
-    QVERIFY(QFile::link(directory.filePath("file"), directory.filePath("link")));
-    QCOMPARE(readFile(directory.filePath("link").toStdString(), 3), "abc"s);
-}
-
-void tst_Files::refusesFilesThatAreTooLarge()
-{
-    const QTemporaryDir directory;
-    const std::string path = directory.filePath("file").toStdString();
-    writeFile(path, "abc");
-    QCOMPARE(refusal([&] { readFile(path, 2); }), "is too large: 3 bytes, at most 2 are read"s);
-    // A device is no regular file, however small it says that it is.
-    QCOMPARE(refusal([] { readFile("/dev/zero", 10); }), "is not a regular file"s);
-}
-
-void tst_Files::refusesFilesThatCannotBeOpened()
-{
-    const QTemporaryDir directory;
-    const std::string path = directory.filePath("file").toStdString();
-    QCOMPARE(refusal([&] { readFile(path, 3); }), "No such file or directory"s);
-    writeFile(path, "abc");
-    rlimit limit = {};
-    QCOMPARE(::getrlimit(RLIMIT_NOFILE, &limit), 0);
-    const rlimit noFurther = {0, limit.rlim_max};
-    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &noFurther), 0);
-    const std::string reason = refusal([&] { readFile(path, 3); });
-    QCOMPARE(::setrlimit(RLIMIT_NOFILE, &limit), 0);
-    QCOMPARE(reason, "Too many open files"s);
-}
-
-void tst_Files::aFileThatCannotBeWrittenIsNotLeft()
-{
-    QCOMPARE(refusal([] { writeFile("/nowhere/file", "abc"); }), "No such file or directory"s);
-    const QTemporaryDir directory;
-    const QString link = directory.filePath("link");
-    QVERIFY(QFile::link("/dev/full", link));
-    QCOMPARE(refusal([&] { writeFile(link.toStdString(), "abc"); }), "No space left on device"s);
-    QVERIFY(!QFileInfo(link).isSymLink());
+    fs::create_directory(directory.filePath("file").toStdString());
+    QCOMPARE(refusal([&] { writeFile(directory.filePath("file").toStdString(), ""); }), "is a directory"s);
+    QCOMPARE(refusal([&] { writeFile(directory.filePath("none/file").toStdString(), ""); }),
+        "No such file or directory"s);
+    QCOMPARE(QDir(directory.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("file"));
 }
 
 static const TestClass<tst_Files> filesTests;
-
 #include "tst_Files.moc"

@@ -1,12 +1,14 @@
 #pragma once
 
-#include "bench/panel/FaultMenu.h"
+#include "bench/panel/DriveRow.h"
 #include "bench/panel/PanelWindow.h"
 #include "tests/bench/TemporaryBench.h"
 
+#include <QInputDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
 #include <QPushButton>
-#include <QtTest>
 
 #include <functional>
 
@@ -14,11 +16,18 @@
 constexpr int SoonEnough = 500;
 
 /// Takes the text size of a screen of 96 dots per inch, which not every version of Qt does without a display.
-inline void useUsualTextSize()
+inline void useTextSize(int pixels = 12)
 {
     QFont font = QApplication::font();
-    font.setPixelSize(12);
+    font.setPixelSize(pixels);
     QApplication::setFont(font);
+}
+
+inline void addSample(TemporaryBench &bench)
+{
+    for (const bench::Drive &drive : bench::sampleDrives()) {
+        addDrive(bench.store(), drive);
+    }
 }
 
 /// The panel on a temporary bench, looked at and pressed as a person does.
@@ -27,7 +36,8 @@ struct Panel
     explicit Panel(const TemporaryBench &bench) : window(bench.directory(), bench.imageDirectory())
     {
         window.show();
-        if (!QTest::qWaitForWindowExposed(&window)) {
+        window.activateWindow();
+        if (!QTest::qWaitForWindowActive(&window)) {
             qFatal("the panel does not come up");
         }
     }
@@ -36,54 +46,57 @@ struct Panel
     QPushButton *button(const QString &name) const
     {
         for (QPushButton *button : window.findChildren<QPushButton *>()) {
-            if (button->accessibleName() == name && button->isVisible()) {
+            if ((button->accessibleName() == name || button->text() == name) && button->isVisible()) {
                 return button;
             }
         }
         qFatal("no button \"%s\" beside:\n%s", qPrintable(name), qPrintable(text()));
     }
-
     void press(const QString &name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
 
-    /// Chooses an entry of a drive's fault menu with the mouse.
-    void choose(const QString &serial, const QString &title) const
+    /// Opens the menu of a button and does something with it; a pressed menu button waits until it is closed.
+    void open(const QString &name, const std::function<void(QMenu *menu)> &action) const
     {
-        // A pressed menu button waits until its menu is closed again.
-        bool chosen = false;
-        whenOpen(serial, [&](bench::FaultMenu *menu) {
-            QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(entry(serial, title)).center());
-            chosen = !menu->isVisible();
-            menu->close();
+        QMenu *const menu = button(name)->menu();
+        QTimer once;
+        QObject::connect(&once, &QTimer::timeout, menu, [&once, menu, &action] {
+            if (menu->isVisible()) {
+                once.stop();
+                action(menu);
+                menu->close();
+            }
         });
-        press("Faults of " + serial);
+        once.start(20);
+        press(name);
+    }
+    /// Chooses an entry of the menu of a button with the mouse.
+    void choose(const QString &name, const QString &title) const
+    {
+        bool chosen = false;
+        open(name, [&chosen, &title](QMenu *menu) {
+            for (QAction *action : menu->actions()) {
+                if (QString(action->text()).remove('&') == title && action->isEnabled()) {
+                    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(action).center());
+                    chosen = true;
+                    return;
+                }
+            }
+        });
         QVERIFY2(chosen, qPrintable(title));
     }
-
-    /// Does something as soon as a drive's fault menu, which is pressed next, is open.
-    void whenOpen(const QString &serial, const std::function<void(bench::FaultMenu *)> &action) const
+    /// Answers the question for a value; with what it proposes where `value` is null.
+    void answer(const QString &value = {}) const
     {
-        auto *const menu = button("Faults of " + serial)->findChild<bench::FaultMenu *>();
-        auto *const once = new QTimer(menu);
-        once->setInterval(20);
-        QObject::connect(once, &QTimer::timeout, menu, [once, menu, action] {
-            if (menu->isVisible()) {
-                once->stop();
-                action(menu);
-            }
-        });
-        once->start();
-    }
-
-    QAction *entry(const QString &serial, const QString &title) const
-    {
-        for (QAction *action : button("Faults of " + serial)->findChild<bench::FaultMenu *>()->actions()) {
-            if (action->text() == title) {
-                return action;
-            }
+        auto *const question = window.findChild<QInputDialog *>();
+        QVERIFY(question != nullptr && question->isVisible());
+        if (!value.isNull()) {
+            question->setTextValue(value);
         }
-        qFatal("no fault \"%s\"", qPrintable(title));
+        QTest::keyClick(question->findChild<QLineEdit *>(), Qt::Key_Return);
+        QTRY_VERIFY(window.findChild<QInputDialog *>() == nullptr);
     }
 
+    int rows() const { return static_cast<int>(window.findChildren<bench::DriveRow *>().size()); }
     /// All visible texts, one a line.
     QString text() const
     {
@@ -93,9 +106,8 @@ struct Panel
                 lines.append(label->text());
             }
         }
-        return lines.join('\n');
+        return lines.join('\n') + '\n';
     }
-
     bool shows(const QString &part) const { return text().contains(part); }
 
     bench::PanelWindow window;

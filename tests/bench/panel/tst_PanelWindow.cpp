@@ -1,9 +1,9 @@
-#include "bench/core/SampleBench.h"
 #include "tests/bench/panel/Panel.h"
 
 #include <QCheckBox>
 #include <QProcess>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QStyle>
 
 #include <algorithm>
@@ -16,13 +16,6 @@ namespace {
 
 constexpr double TextContrast = 7;
 constexpr double DisabledTextContrast = 4.5;
-
-void addSample(TemporaryBench &bench)
-{
-    for (const Drive &drive : sampleDrives()) {
-        bench.lifeCycle().add(drive);
-    }
-}
 
 /// Gives all programs dark colours, as a desktop does: some widgets have their own.
 void darken()
@@ -111,7 +104,7 @@ void verifyTexts(const Panel &panel, int atLeast)
 void verifyMenu(const Panel &panel)
 {
     bool measured = false;
-    panel.whenOpen("TV0001PEBBLE", [&measured](FaultMenu *menu) {
+    panel.open("Faults TV0001PEBBLE", [&measured](QMenu *menu) {
         for (QAction *action : menu->actions()) {
             if (!action->text().isEmpty()) {
                 const double found = contrastIn(*menu, menu->actionGeometry(action).adjusted(20, 3, -20, -3));
@@ -120,9 +113,7 @@ void verifyMenu(const Panel &panel)
                 measured = true;
             }
         }
-        menu->close();
     });
-    panel.press("Faults of TV0001PEBBLE");
     QVERIFY(measured);
 }
 
@@ -134,12 +125,18 @@ class tst_PanelWindow : public QObject
     Q_OBJECT
 
 private slots:
-    void initTestCase() { useUsualTextSize(); }
-    void cleanup() { lighten(); }
+    void initTestCase() { useTextSize(); }
+    void cleanup()
+    {
+        lighten();
+        useTextSize();
+    }
     void everyTextIsLegible_data();
     void everyTextIsLegible();
     void itsPlaceBesideTheUpdater_data();
     void itsPlaceBesideTheUpdater();
+    void theRowsAreAligned_data();
+    void theRowsAreAligned();
     void itsIconIsThatOfTheTheme();
     void itEndsWithoutAWindow_data();
     void itEndsWithoutAWindow();
@@ -162,65 +159,103 @@ void tst_PanelWindow::everyTextIsLegible()
     TemporaryBench bench;
     addSample(bench);
     // Every kind of text: a refused change, a fault, an update that failed.
-    bench.lifeCycle().setFault("TV0003LAMINA", numberFault(FaultKind::VerifyError));
-    bench.store().change([&bench] {
-        bench.store().database().exec("UPDATE drives SET lastUpdate = 'failed: it had to', lastUpdateAt = 1");
+    bench.edit("TV0003LAMINA", [](Drive &drive) {
+        drive.faults = {fault("verify-error")};
+        drive.setLastUpdate("failed: it had to");
     });
     isDarkBefore ? darken() : lighten();
     Panel panel(bench);
     panel.window.resize(1000, 1100);
-    bench.lifeCycle().unplug("TV0002BOLLARD");
+    unplugDrive(bench.store(), "TV0002BOLLARD");
     panel.press("Unplug TV0002BOLLARD");
     QVERIFY(panel.shows("it is unplugged already"));
     isDarkLater ? darken() : lighten();
     QCoreApplication::processEvents();
-    verifyTexts(panel, 6 * 12);
+    verifyTexts(panel, 6 * 14);
     verifyMenu(panel);
     std::filesystem::remove_all(bench.directory());
     QTRY_VERIFY(panel.shows("There is no bench here"));
-    verifyTexts(panel, 3);
+    verifyTexts(panel, 2);
 }
 
 void tst_PanelWindow::itsPlaceBesideTheUpdater_data()
 {
     QTest::addColumn<QRect>("screen");
-    QTest::addColumn<int>("drives");
+    QTest::addColumn<int>("textSize");
     QTest::addColumn<bool>("isBeside");
-    QTest::newRow("1280 x 800") << QRect(0, 0, 1280, 800) << 6 << true;
-    QTest::newRow("1280 x 800, nine drives") << QRect(0, 0, 1280, 800) << 9 << true;
-    QTest::newRow("1366 x 768 with a bar at the top") << QRect(0, 30, 1366, 738) << 6 << true;
-    QTest::newRow("1920 x 1080") << QRect(0, 0, 1920, 1080) << 6 << true;
-    QTest::newRow("1920 x 1080 with a bar at the left") << QRect(70, 0, 1850, 1080) << 6 << true;
-    QTest::newRow("1024 x 768") << QRect(0, 0, 1024, 768) << 6 << false;
-    QTest::newRow("1024 x 768, one drive") << QRect(0, 0, 1024, 768) << 1 << false;
+    QTest::newRow("1280 x 800") << QRect(0, 0, 1280, 800) << 12 << true;
+    QTest::newRow("1366 x 768 with a bar at the top") << QRect(0, 30, 1366, 738) << 12 << true;
+    QTest::newRow("1920 x 1080 with a bar at the left") << QRect(70, 0, 1850, 1080) << 24 << true;
+    QTest::newRow("1024 x 600") << QRect(0, 0, 1024, 600) << 12 << false;
+    QTest::newRow("1280 x 800, large texts") << QRect(0, 0, 1280, 800) << 24 << false;
+    QTest::newRow("1024 x 600, large texts") << QRect(0, 0, 1024, 600) << 24 << false;
+    QTest::newRow("800 x 600, huge texts") << QRect(0, 0, 800, 600) << 48 << false;
 }
 
 void tst_PanelWindow::itsPlaceBesideTheUpdater()
 {
     QFETCH(QRect, screen);
-    QFETCH(int, drives);
+    QFETCH(int, textSize);
     QFETCH(bool, isBeside);
+    useTextSize(textSize);
     TemporaryBench bench;
-    for (int i = 0; i < drives; ++i) {
-        bench.addOutdated("TV" + std::to_string(i), "Bollard Duo (FireWire 800)");
-    }
+    addSample(bench);
     PanelWindow window(bench.directory(), bench.imageDirectory());
     window.placeBesideUpdater(screen);
-    const QRect place(window.pos(), window.size());
-    QVERIFY(screen.contains(place));
-    QVERIFY(place.width() >= window.minimumSizeHint().width());
-    QVERIFY(place.height() >= window.minimumSizeHint().height());
-    // The updater is 850 pixels wide and at most 700 high; two rows of drives are 520 high.
-    const int updaterHeight = std::min(700, (drives + 2) / 3 * 200 + 120);
-    const QRect updater(screen.topLeft(), QSize(850, updaterHeight));
-    QVERIFY(!place.intersects(updater));
-    QCOMPARE(place.left() >= updater.right(), isBeside);
-
     window.show();
     QVERIFY(QTest::qWaitForWindowExposed(&window));
-    const auto *const viewport = window.findChild<QScrollArea *>()->viewport();
-    for (QPushButton *button : window.findChildren<QPushButton *>()) {
-        QTRY_VERIFY(button->mapTo(viewport, QPoint(button->width(), 0)).x() <= viewport->width());
+    // The title bar of at most 30 pixels is above what Qt calls the window.
+    const QRect place(window.pos(), window.size() + QSize(0, 30));
+    QVERIFY2(screen.contains(place) || textSize > 24, qPrintable(QDebug::toString(place)));
+    QVERIFY(screen.contains(place.topLeft()));
+    QCOMPARE(place.left() >= screen.left() + 850, isBeside);
+    QVERIFY(place.left() >= screen.left() + 850 || place.top() > screen.top());
+    const auto *const scrollArea = window.findChild<QScrollArea *>();
+    QTRY_VERIFY(
+        scrollArea->viewport()->height() >= window.findChild<DriveRow *>()->height() || textSize > 24);
+    QCOMPARE(scrollArea->horizontalScrollBar()->maximum() > 0, textSize > 24);
+    if (isBeside && textSize == 12) {
+        QCOMPARE(scrollArea->verticalScrollBar()->maximum(), 0); // all six drives
+    }
+}
+
+void tst_PanelWindow::theRowsAreAligned_data()
+{
+    QTest::addColumn<int>("width");
+    QTest::newRow("beside the updater on 1280 pixels") << 422;
+    QTest::newRow("wide") << 1040;
+}
+
+void tst_PanelWindow::theRowsAreAligned()
+{
+    QFETCH(int, width);
+    TemporaryBench bench;
+    addSample(bench);
+    Panel panel(bench);
+    panel.window.resize(width, 700);
+    QTRY_COMPARE(panel.window.findChild<DriveRow *>()->width(), width);
+    const auto placesIn = [](const DriveRow *row) {
+        QList<QRect> places;
+        for (const QPushButton *button : row->findChildren<QPushButton *>()) {
+            places.append({button->mapTo(row, QPoint()), button->size()});
+        }
+        for (const QLabel *label : row->findChildren<QLabel *>()) {
+            places.append({label->mapTo(row, QPoint()), label->size()});
+        }
+        return places;
+    };
+    const QList<DriveRow *> rows = panel.window.findChildren<DriveRow *>();
+    QTRY_COMPARE(placesIn(rows.last()).last(), placesIn(rows.first()).last());
+    for (const DriveRow *row : rows) {
+        QCOMPARE(placesIn(row), placesIn(rows.first()));
+        for (const QPushButton *button : row->findChildren<QPushButton *>()) {
+            QVERIFY(button->width() >= button->sizeHint().width());
+            QCOMPARE(button->width(), row->findChild<QPushButton *>()->width());
+        }
+        for (const QLabel *label : row->findChildren<QLabel *>()) {
+            QVERIFY2(label->width() >= label->fontMetrics().horizontalAdvance(label->text()),
+                qPrintable(label->text()));
+        }
     }
 }
 
@@ -256,13 +291,12 @@ void tst_PanelWindow::itEndsWithoutAWindow_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("printed");
     QTest::addColumn<QString>("error");
+    const QString window = "no window can be opened: could not connect to display ";
     QTest::newRow("no display") << "--bench=x"
-                                << "" << 1 << ""
-                                << "there is no display to open it on; set DISPLAY";
+                                << "" << 1 << "" << window + "; see DISPLAY and QT_QPA_PLATFORM";
     QTest::newRow("display that is not there")
         << "--bench=x"
-        << ":4711" << 1 << ""
-        << "no window can be opened: could not connect to display :4711; set DISPLAY to one that answers";
+        << ":4711" << 1 << "" << window + ":4711; see DISPLAY and QT_QPA_PLATFORM";
     QTest::newRow("help") << "--help" << QString() << 0 << "drive-bench-panel [options]"
                           << "";
     QTest::newRow("where the bench is") << "-h" << QString() << 0 << "$XDG_DATA_HOME/tarvo-drive-bench"
