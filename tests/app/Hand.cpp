@@ -4,7 +4,6 @@
 #include "ui/MainWindow.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QImageReader>
 #include <QMessageBox>
@@ -17,7 +16,7 @@
 /**
  * Uses the program as a person does, in the program's own process: carries out the steps named in the
  * environment variable HAND, separated by ";", each as soon as it is possible. Says on standard output which
- * steps it has done, what it is asked to print, and at the application's end how long ago the last step was.
+ * steps it has done and what it is asked to print.
  *
  *     attach usb|firewire|none   what the scripted platform finds from now on
  *     flash fails|hangs|throws   what the scripted platform does with a flash
@@ -40,7 +39,6 @@ public:
         }
         startTimer(2);
     }
-    ~Hand() override { print(QString("ended after %1 ms").arg(sinceLastStep.elapsed())); }
 
 protected:
     void timerEvent(QTimerEvent *) override
@@ -67,11 +65,7 @@ private:
         std::fflush(stdout);
     }
 
-    void finishStep()
-    {
-        print("done: " + steps.takeFirst());
-        sinceLastStep.start();
-    }
+    void finishStep() { print("done: " + steps.takeFirst()); }
 
     static bool setUpPlatform(const QString &step)
     {
@@ -139,7 +133,6 @@ private:
     }
 
     QStringList steps;
-    QElapsedTimer sinceLastStep;
 };
 
 static void raiseHand()

@@ -12,7 +12,7 @@ OTHERS = [None, True, False, [], {}, [[]], {"": 0}, [{"fault": "report", "value"
 def trial(programs, place, choose):
     document = json.loads(programs.run(programs.template, "export").stdout)
     file = place / "odd.json"
-    file.write_bytes(choose.choices([odd_values, odd_bytes, odd_size], [60, 38, 2])[0](document, choose))
+    file.write_bytes(choose.choices([odd_values, odd_bytes, odd_size], [75, 23, 2])[0](document, choose))
     bench = place / "bench"
     if programs.run(bench, "init", "--from", file).returncode:
         expect(not (bench / "bench.sqlite").exists(), "lie", f"a refused document made a bench: {file}")
@@ -44,7 +44,7 @@ def odd_values(document, choose):
         fitting = TEXTS if key is not None and isinstance(at[key], str) else NUMBERS
         value = choose.choice(choose.choice([fitting, fitting, NUMBERS, TEXTS, OTHERS]))
         if isinstance(at, dict):
-            change = choose.choice(["set", "set", "add", "remove"])
+            change = choose.choice(["set", "set", "add", "remove", "remove"])
             at.update({choose.choice(TEXTS) if change == "add" or key is None else key: value})
             if change == "remove":
                 at.pop(key, None)

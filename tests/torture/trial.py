@@ -59,8 +59,8 @@ class Programs:
 
     def command(self, bench, name, *arguments):
         words = [str(self.place / word[2:]) if word.startswith("./") else word for word in map(str, arguments)]
-        # Many benches have a drive of that serial number, of which one at a time would be updated.
-        variables = {"TARVO_BENCH": str(bench), "XDG_RUNTIME_DIR": str(bench.parent), "LC_ALL": "C.UTF-8"}
+        # Many benches have a drive of that serial number; one at a time is updated for each such directory.
+        variables = {"TARVO_BENCH": str(bench), "TMPDIR": str(bench.parent), "LC_ALL": "C.UTF-8"}
         return [self.directory / name, *words], {**os.environ, **variables}
 
     def start(self, bench, name, *arguments):
