@@ -17,8 +17,6 @@ namespace {
 constexpr char Bracket = '\x01';
 constexpr char Percent = '\x02';
 
-constexpr const char *RestartNames[] = {"unplug", "power-button", "not-needed", "not-known"};
-
 QString statusName(std::int32_t status)
 {
     constexpr const char *Names[] = {"not-determined", "update-required", "up-to-date"};
@@ -39,6 +37,12 @@ QStringList outdatedParts(const DeviceInfo &device)
         }
     }
     return parts;
+}
+
+QString restartName(const DeviceInfo &device)
+{
+    constexpr const char *Names[] = {"unplug", "power-button", "not-needed", "not-known"};
+    return Names[int(restartOf(device.chipsetType, device.productId))];
 }
 
 std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline)
@@ -79,7 +83,7 @@ QJsonObject describe(const DeviceInfo &device)
         {"configurationStatus", statusName(device.configurationStatus)},
         {"supported", device.chipsetType != Chipset::NotSupported},
         {"outdated", QJsonArray::fromStringList(outdatedParts(device))},
-        {"restart", RestartNames[int(restartOf(device.chipsetType, device.productId))]},
+        {"restart", restartName(device)},
     };
 }
 

@@ -12,6 +12,9 @@
 /// The parts that need an update: "firmware", "configuration", both or none.
 QStringList outdatedParts(const DeviceInfo &device);
 
+/// How the drive is restarted: "unplug", "power-button", "not-needed" or "not-known".
+QString restartName(const DeviceInfo &device);
+
 /// The attached drives; see findSettledDevices().
 std::vector<DeviceInfo> attachedDrives(QDeadlineTimer deadline);
 

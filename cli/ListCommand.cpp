@@ -24,7 +24,7 @@ void print(const DeviceInfo &device)
     if (!parts.isEmpty()) {
         std::printf("  An update writes: %s\n", qPrintable(parts.join(" and ")));
     }
-    std::printf("  Restart: %s\n", qPrintable(describe(device)["restart"].toString()));
+    std::printf("  Restart: %s\n", qPrintable(restartName(device)));
 }
 
 } // namespace
@@ -45,18 +45,21 @@ int listDrives(const QStringList &arguments)
 
     const std::vector<DeviceInfo> devices = attachedDrives(deadline(parser, "timeout"));
     QJsonArray drives;
+    const bool isJson = parser.isSet("json");
     int status = Done;
     for (const DeviceInfo &device : devices) {
         if (!isSettled(device)) {
             status = refuse(serialNumberOf(device) + ": its status is not yet determined", Failed);
-        } else if (!parser.isSet("json")) {
+        }
+        if (isJson) {
+            QJsonObject drive = describe(device);
+            drive["serialNumber"] = serialNumberOf(device);
+            drives.append(drive);
+        } else if (isSettled(device)) {
             print(device);
         }
-        QJsonObject drive = describe(device);
-        drive["serialNumber"] = serialNumberOf(device);
-        drives.append(drive);
     }
-    if (parser.isSet("json")) {
+    if (isJson) {
         printJson({{"schemaVersion", 1}, {"drives", drives}});
     } else if (devices.empty()) {
         std::printf("No drive is attached.\n");

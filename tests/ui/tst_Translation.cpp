@@ -139,9 +139,8 @@ QStringList without(QStringList list, const QStringList &others)
 }
 
 /// What a page goes through; null for what it begins with.
-constexpr StateFunction StateFunctions[] = {nullptr, &DeviceLayout::deviceSelected,
-    &DeviceLayout::updateInProgess, &DeviceLayout::updateSuccess, &DeviceLayout::restartDevice,
-    &DeviceLayout::updateFailure};
+constexpr StateFunction EachState[] = {nullptr, &DeviceLayout::deviceSelected, &DeviceLayout::updateInProgess,
+    &DeviceLayout::updateSuccess, &DeviceLayout::restartDevice, &DeviceLayout::updateFailure};
 
 /// The page of a drive in that state.
 std::unique_ptr<DeviceLayout> pageOf(QObject *receiver, const DeviceInfo &drive, StateFunction stateFunction)
@@ -173,7 +172,7 @@ void tst_Translation::everyPhraseOfAPageIsTranslated()
     const QStringList expected = marked("DeviceLayout", DevicePagePhrases);
     QStringList missing = expected;
     for (const DeviceInfo &drive : everyDrive()) {
-        for (const StateFunction stateFunction : StateFunctions) {
+        for (const StateFunction stateFunction : EachState) {
             PageReceiver receiver;
             for (const QString &text : textsOf(*pageOf(&receiver, drive, stateFunction))) {
                 QString rest;
@@ -192,7 +191,7 @@ void tst_Translation::everyAccessibleNameOfAPageIsTranslated()
     const MarkingTranslator translator;
     QStringList found;
     for (const DeviceInfo &drive : everyDrive()) {
-        for (const StateFunction stateFunction : StateFunctions) {
+        for (const StateFunction stateFunction : EachState) {
             PageReceiver receiver;
             const auto page = pageOf(&receiver, drive, stateFunction);
             for (const QWidget *widget : page->findChildren<QWidget *>()) {
