@@ -74,6 +74,13 @@ bench::Drive drive(const std::string &serial, const std::string &model = "Pebble
 /// A fault as a person writes it: "pulled-out 1000".
 bench::Fault fault(const std::string &text, bool once = false);
 
+/// Adds a row to the data of a test.
+template <typename... Values>
+void addRow(const char *name, Values... values)
+{
+    static_cast<void>((QTest::newRow(name) << ... << values));
+}
+
 /// What the work was refused with; empty when it was not refused.
 std::string refusal(const std::function<void()> &work);
 inline bool contains(const std::string &text, const std::string &part)

@@ -111,9 +111,9 @@ void tst_Command::plugsAndUnplugs()
 void tst_Command::aSignalInTheMiddleOfARestartPlugsTheDriveIn_data()
 {
     QTest::addColumn<int>("number");
-    QTest::newRow("TERM") << SIGTERM;
-    QTest::newRow("HUP") << SIGHUP;
-    QTest::newRow("INT") << SIGINT;
+    addRow("TERM", SIGTERM);
+    addRow("HUP", SIGHUP);
+    addRow("INT", SIGINT);
 }
 
 void tst_Command::aSignalInTheMiddleOfARestartPlugsTheDriveIn()
@@ -289,8 +289,8 @@ void tst_Command::buildsImages()
 void tst_Command::followsNothingInPlaceOfAnImage_data()
 {
     QTest::addColumn<bool>("isLink");
-    QTest::newRow("link") << true;
-    QTest::newRow("FIFO") << false;
+    addRow("link", true);
+    addRow("FIFO", false);
 }
 
 void tst_Command::followsNothingInPlaceOfAnImage()

@@ -39,9 +39,7 @@ QString manual()
 void tst_CommandUsage::eachCommandHasHelp_data()
 {
     QTest::addColumn<QStringList>("arguments"); // with which it works
-    const auto row = [](const char *command, const QStringList &arguments) {
-        QTest::newRow(command) << arguments;
-    };
+    const auto row = [](const char *command, const QStringList &arguments) { addRow(command, arguments); };
     for (const char *command : {"init", "export", "models", "list", "image build", "companion install",
              "companion uninstall", "panel"}) {
         row(command, {});
@@ -118,7 +116,7 @@ void tst_CommandUsage::takesOptionsInAnyPlaceAndSpelling_data()
     for (const char *line : {"--bench @ fault A pulled-out 16 --once",
              "--bench=@ fault A pulled-out 16 --once", "fault --bench @ A pulled-out 16 --once",
              "fault A --once pulled-out 16 --bench=@", "fault --once --bench @ -- A pulled-out 16"}) {
-        QTest::newRow(line) << line;
+        addRow(line, line);
     }
 }
 
@@ -137,8 +135,8 @@ void tst_CommandUsage::wrongUsage_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("line"); // an asterisk stands for anything
     const auto row = [](const QStringList &arguments, const char *line, const char *see) {
-        QTest::newRow(qPrintable(arguments.join(' ').left(90)))
-            << arguments << QString("drive-bench: %1; see: drive-bench%2 --help\n").arg(line, see);
+        addRow(qPrintable(arguments.join(' ').left(90)), arguments,
+            QString("drive-bench: %1; see: drive-bench%2 --help\n").arg(line, see));
     };
     row({"fly"}, "there is no command \"fly\"", "");
     row({"fly\nby"}, "there is no command \"fly\\x0Aby\"", "");
@@ -190,7 +188,7 @@ void tst_CommandUsage::refuses_data()
     QTest::addColumn<QStringList>("arguments");
     QTest::addColumn<QString>("line"); // its beginning
     const auto row = [](const QStringList &arguments, const QString &line) {
-        QTest::newRow(qPrintable(arguments.join(' ').left(60))) << arguments << "drive-bench: " + line;
+        addRow(qPrintable(arguments.join(' ').left(60)), arguments, "drive-bench: " + line);
     };
     row({"plug", "A"}, "cannot plug in A: it is plugged in already; to restart it, use: drive-bench replug");
     row({"show", "\\xE9"}, "cannot show \\xE9: there is no drive with that serial number on the bench");

@@ -18,7 +18,7 @@ void tst_DiskFull::changesNothing_data()
     QTest::addColumn<int>("unused");
     for (const char *line : {"unplug A", "remove A", "add Pebble", "fault A no-return", "companion install",
              "init --force", "image build Pebble"}) {
-        QTest::newRow(line);
+        addRow(line);
     }
 }
 

@@ -92,11 +92,11 @@ void tst_HostTools::areSkippedInSearchOfTheRealTool_data()
 {
     QTest::addColumn<QString>("path"); // $0 are the stand-ins, $1 what stands in their second directory
     QTest::addColumn<bool>("isLink");
-    QTest::newRow("alone") << "$0" << false;
-    QTest::newRow("twice") << "$0:$0" << false;
-    QTest::newRow("two sets") << "$0:$1:$0:$1" << false;
-    QTest::newRow("the other set first") << "$1:$0" << false;
-    QTest::newRow("a link to the directory") << "$0:$1" << true;
+    addRow("alone", "$0", false);
+    addRow("twice", "$0:$0", false);
+    addRow("two sets", "$0:$1:$0:$1", false);
+    addRow("the other set first", "$1:$0", false);
+    addRow("a link to the directory", "$0:$1", true);
 }
 
 /// Where there is no real tool, nothing calls itself for ever.
@@ -131,7 +131,7 @@ void tst_HostTools::answerWithoutAUsableBench_data()
 {
     QTest::addColumn<QString>("kind");
     for (const char *kind : {"none", "empty file", "damaged", "read only"}) {
-        QTest::newRow(kind) << kind;
+        addRow(kind, kind);
     }
 }
 

@@ -74,7 +74,7 @@ void tst_Kills::aKilledCommandHasDoneAllOrNothing_data()
     QTest::addColumn<int>("unused");
     for (const char *line :
         {"init --force", "add Skiff", "unplug A", "remove A", "fault A no-return", "companion install"}) {
-        QTest::newRow(line) << 0;
+        addRow(line, 0);
     }
 }
 

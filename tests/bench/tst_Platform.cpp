@@ -19,7 +19,6 @@ class tst_Platform : public QObject
 private slots:
     void fillsTheVectorAnew();
     void handsOnEveryByte();
-    void updatersFlashTheirBridge_data();
     void updatersFlashTheirBridge();
     void unmountsTheDrive();
     void serveManyThreadsAtOnce();
@@ -96,25 +95,17 @@ void tst_Platform::handsOnEveryByte()
     QVERIFY(!update(1, std::string("S\xe9"), bench.image("Pebble")));
 }
 
-void tst_Platform::updatersFlashTheirBridge_data()
-{
-    QTest::addColumn<QString>("model");
-    for (const char *model : {"Pebble", "Lamina", "Harbour", "Pebble Triple", "breakwater Mk II"}) {
-        QTest::newRow(model) << model;
-    }
-}
-
 void tst_Platform::updatersFlashTheirBridge()
 {
-    QFETCH(QString, model);
-    const Model &row = modelNamed(model.toStdString());
-    TemporaryBench bench;
-    useBench(bench);
-    bench.addOutdated("A", row.name);
-    for (int chipset : {1, 2, 3, 5, 6}) {
-        QCOMPARE(update(chipset, "A", bench.image(row.name)), chipset == row.chipset);
+    for (const char *model : {"Pebble", "Lamina", "Harbour", "Pebble Triple", "breakwater Mk II"}) {
+        TemporaryBench bench;
+        useBench(bench);
+        bench.addOutdated("A", model);
+        for (const int chipset : {1, 2, 3, 5, 6}) {
+            QCOMPARE(update(chipset, "A", bench.image(model)), chipset == modelNamed(model).chipset);
+        }
+        QCOMPARE(bench.drive("A").flashFirmware, std::string(modelNamed(model).newestFirmware));
     }
-    QCOMPARE(bench.drive("A").flashFirmware, std::string(row.newestFirmware));
 }
 
 void tst_Platform::unmountsTheDrive()

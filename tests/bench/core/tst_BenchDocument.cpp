@@ -49,7 +49,7 @@ void tst_BenchDocument::refusesADocument_data()
     QTest::addColumn<std::string>("text");
     QTest::addColumn<std::string>("reason"); // its beginning
     const auto row = [](const std::string &text, const char *reason) {
-        QTest::newRow(text.substr(0, 90).c_str()) << text << reason + ""s;
+        addRow(text.substr(0, 90).c_str(), text, reason + ""s);
     };
     row("", "x:1:1: syntax error");
     row("{\n  \"a\": ,\n}", "x:2:8: syntax error");
@@ -94,9 +94,9 @@ void tst_BenchDocument::refusesTooMuch()
 void tst_BenchDocument::refusesManyMembersAtOnce_data()
 {
     QTest::addColumn<QString>("member"); // %1 is its number
-    QTest::newRow("of the bench") << R"("m%1": 1)";
-    QTest::newRow("of a drive") << R"("m%1": 1)";
-    QTest::newRow("of the same name") << R"("colour": %1)";
+    addRow("of the bench", R"("m%1": 1)");
+    addRow("of a drive", R"("m%1": 1)");
+    addRow("of the same name", R"("colour": %1)");
 }
 
 /// What once took time by the square of their number.

@@ -15,7 +15,6 @@ class tst_Catalogue : public QObject
 
 private slots:
     void eachModelIsFoundByItsName();
-    void namesPicturesAndImages_data();
     void namesPicturesAndImages();
     void eachBridgeHasAName();
 };
@@ -33,36 +32,18 @@ void tst_Catalogue::eachModelIsFoundByItsName()
         "there is no model \"pebble\\x0A\"; drive-bench models lists them"s);
 }
 
-void tst_Catalogue::namesPicturesAndImages_data()
-{
-    QTest::addColumn<std::string>("model");
-    QTest::addColumn<std::string>("bus");
-    QTest::addColumn<std::string>("image");
-    QTest::addColumn<std::string>("picture");
-    QTest::newRow("USB") << "Lamina Slim SSD"s
-                         << "USB"s
-                         << "lamina-slim-ssd.tfw"s
-                         << "0x0E7A/1A2B.png"s;
-    QTest::newRow("FireWire") << "breakwater Mk II"s
-                              << "FireWire"s
-                              << "breakwater-mk-ii.tfw"s
-                              << "0xC5E2/breakwater Mk II.png"s;
-    QTest::newRow("brackets") << "Harbour (FireWire 800)"s
-                              << "FireWire"s
-                              << "harbour-firewire-800.tfw"s
-                              << "0xC5E2/Harbour (FireWire 800).png"s;
-}
-
 void tst_Catalogue::namesPicturesAndImages()
 {
-    QFETCH(std::string, model);
-    QFETCH(std::string, bus);
-    QFETCH(std::string, image);
-    QFETCH(std::string, picture);
-    const Model &row = modelNamed(model);
-    QCOMPARE(std::string(row.busName()), bus);
-    QCOMPARE(row.imageName(), image);
-    QCOMPARE(row.picture(), ":/firmwareUpdater/device/" + picture);
+    const char *const names[][4] = {{"Lamina Slim SSD", "USB", "lamina-slim-ssd.tfw", "0x0E7A/1A2B.png"},
+        {"breakwater Mk II", "FireWire", "breakwater-mk-ii.tfw", "0xC5E2/breakwater Mk II.png"},
+        {"Harbour (FireWire 800)", "FireWire", "harbour-firewire-800.tfw",
+            "0xC5E2/Harbour (FireWire 800).png"}};
+    for (const auto &[name, bus, image, picture] : names) {
+        const Model &model = modelNamed(name);
+        QCOMPARE(model.busName(), bus);
+        QCOMPARE(model.imageName(), image + ""s);
+        QCOMPARE(model.picture(), ":/firmwareUpdater/device/"s + picture);
+    }
 }
 
 void tst_Catalogue::eachBridgeHasAName()

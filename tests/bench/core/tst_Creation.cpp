@@ -108,7 +108,7 @@ void tst_Creation::refusesOtherFiles_data()
     QTest::addColumn<QString>("name");
     for (const char *name :
         {"letter.txt", ".bench.sqlite", "bench.sqlite-journal2", "drives/", "image", "bench.sqlite"}) {
-        QTest::newRow(name) << name;
+        addRow(name, name);
     }
 }
 

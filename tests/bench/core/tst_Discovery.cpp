@@ -49,7 +49,7 @@ void tst_Discovery::reportsStatuses_data()
     QTest::addColumn<int>("firmware");
     QTest::addColumn<int>("configuration");
     const auto row = [](const char *change, int firmware, int configuration) {
-        QTest::newRow(change) << change + ""s << firmware << configuration;
+        addRow(change, change + ""s, firmware, configuration);
     };
     using namespace Status;
     row("{}", UpToDate, UpToDate);
@@ -89,14 +89,10 @@ void tst_Discovery::aFaultChangesTheReport_data()
     QTest::addColumn<std::string>("field");
     QTest::addColumn<std::string>("value");
     QTest::addColumn<bool>("isUsedUp"); // by a query, when it is set for once
-    QTest::newRow("report") << "report modelName=\u00E9"s << 1 << "modelName"s
-                            << "\u00E9"s << true;
-    QTest::newRow("another's") << "report serialNumber=B"s << 1 << "serialNumber"s
-                               << "B"s << true;
-    QTest::newRow("twice") << "duplicate-serial"s << 2 << "serialNumber"s
-                           << "A"s << true;
-    QTest::newRow("other image") << "wrong-image"s << 1 << "firmwareFileName"s
-                                 << "breakwater-mk-ii.tfw"s << false;
+    addRow("report", "report modelName=\u00E9"s, 1, "modelName"s, "\u00E9"s, true);
+    addRow("another's", "report serialNumber=B"s, 1, "serialNumber"s, "B"s, true);
+    addRow("twice", "duplicate-serial"s, 2, "serialNumber"s, "A"s, true);
+    addRow("other image", "wrong-image"s, 1, "firmwareFileName"s, "breakwater-mk-ii.tfw"s, false);
 }
 
 void tst_Discovery::aFaultChangesTheReport()

@@ -31,12 +31,12 @@ void tst_Drive::hasAState_data()
 {
     QTest::addColumn<QByteArray>("members"); // of a drive that is ready without them
     QTest::addColumn<QString>("state");
-    QTest::newRow("ready") << QByteArray() << "ready";
-    QTest::newRow("unplugged") << QByteArray(R"("plugged": false, "incomplete": true)") << "unplugged";
-    QTest::newRow("silent") << QByteArray(R"("answers": false, "incomplete": true)") << "does not answer";
-    QTest::newRow("incomplete") << QByteArray(R"("incomplete": true)") << "boot ROM";
-    QTest::newRow("firmware") << QByteArray(R"("runningFirmware": "0")") << "restart needed";
-    QTest::newRow("configuration") << QByteArray(R"("runningConfiguration": "0")") << "restart needed";
+    addRow("ready", QByteArray(), "ready");
+    addRow("unplugged", QByteArray(R"("plugged": false, "incomplete": true)"), "unplugged");
+    addRow("silent", QByteArray(R"("answers": false, "incomplete": true)"), "does not answer");
+    addRow("incomplete", QByteArray(R"("incomplete": true)"), "boot ROM");
+    addRow("firmware", QByteArray(R"("runningFirmware": "0")"), "restart needed");
+    addRow("configuration", QByteArray(R"("runningConfiguration": "0")"), "restart needed");
 }
 
 void tst_Drive::hasAState()
@@ -54,11 +54,11 @@ void tst_Drive::isWrittenAsLongAsItsWriterIsSeen_data()
 {
     QTest::addColumn<qint64>("age"); // of the heartbeat in milliseconds
     QTest::addColumn<bool>("isWritten");
-    QTest::newRow("just now") << qint64(0) << true;
-    QTest::newRow("lately") << qint64(500) << true;
-    QTest::newRow("more than a second ago") << qint64(1500) << false;
+    addRow("just now", qint64(0), true);
+    addRow("lately", qint64(500), true);
+    addRow("more than a second ago", qint64(1500), false);
     // A clock was set back since, which must not keep the drive from being flashed.
-    QTest::newRow("in the future") << qint64(-60000) << false;
+    addRow("in the future", qint64(-60000), false);
 }
 
 void tst_Drive::isWrittenAsLongAsItsWriterIsSeen()
@@ -133,7 +133,7 @@ void tst_Drive::refusesADocument_data()
     QTest::addColumn<std::string>("members"); // beside the serial number "A" and the model "Pebble"
     QTest::addColumn<std::string>("reason");
     const auto row = [](const char *members, const char *reason) {
-        QTest::newRow(members) << ", "s + members << reason + ""s;
+        addRow(members, ", "s + members, reason + ""s);
     };
     row(R"("colour": 1)", "/x/colour: is not a known member");
     row(R"("plugged": 1)", "/x/plugged: must be true or false");
@@ -156,12 +156,10 @@ void tst_Drive::refusesADocument_data()
     row(R"("flashFirmware": "\u0100")", "/x/flashFirmware: must have 0 to 32 characters, none above");
     row(R"("runningConfiguration": "123456789012345678901234567890123")",
         "/x/runningConfiguration: must have 0 to 32 characters");
-    QTest::newRow("serial") << R"(, "serial": ")" + std::string(81, 'x') + '"'
-                            << "/x/serial: must have 1 to 80 characters, none above U+00FF"s;
-    QTest::newRow("no serial") << R"(, "serial": "")"s
-                               << "/x/serial: must have 1 to 80 characters"s;
-    QTest::newRow("model") << R"(, "model": "pebble")"s
-                           << "/x/model: there is no model \"pebble\""s;
+    addRow("serial", R"(, "serial": ")" + std::string(81, 'x') + '"',
+        "/x/serial: must have 1 to 80 characters, none above U+00FF"s);
+    addRow("no serial", R"(, "serial": "")"s, "/x/serial: must have 1 to 80 characters"s);
+    addRow("model", R"(, "model": "pebble")"s, "/x/model: there is no model \"pebble\""s);
 }
 
 void tst_Drive::refusesADocument()

@@ -14,7 +14,6 @@ class tst_Faults : public QObject
 private slots:
     void eachKindHasItsRow();
     void eachExampleIsAValue();
-    void refusesAValue_data();
     void refusesAValue();
     void aFaultReplacesOneOfItsKind();
     void isUsedUpWhenItIsSetForOnce();
@@ -54,38 +53,26 @@ void tst_Faults::eachExampleIsAValue()
     }
 }
 
-void tst_Faults::refusesAValue_data()
-{
-    QTest::addColumn<std::string>("text");
-    QTest::addColumn<std::string>("reason"); // empty where the value is taken
-    const auto row = [](const char *text, const char *reason) {
-        QTest::newRow(text) << text + ""s << reason + ""s;
-    };
-    row("slow-probe 0", "");
-    row("slow-probe 60000", "");
-    row("slow-probe 60001", "slow-probe needs a whole number from 0 to 60000");
-    row("slow-probe", "slow-probe needs a whole number from 0 to 60000");
-    row("flash-error 0x7FFFFFFF", "");
-    row("flash-error 2147483648", "flash-error needs a whole number from 0 to 2147483647");
-    row("flash-error -1", "flash-error needs a whole number from 0 to 2147483647");
-    row("unmount-returns -2147483648", "");
-    row("unmount-returns 1x", "unmount-returns needs a whole number from -2147483648 to 2147483647");
-    row("truncated-image", "");
-    row("truncated-image x", "truncated-image needs a whole number from 0 to 2147483647");
-    row("no-return 1", "no-return takes no value");
-    row("new-serial \u00FF", "");
-    row("new-serial", "new-serial needs a text of characters up to U+00FF, with \\xNN for any byte");
-    row("new-serial \u0100", "new-serial needs a text of characters up to U+00FF, with \\xNN for any byte");
-    row("report productId", "report needs FIELD=VALUE, where FIELD is one of auxiliaryText1, productId, ");
-    row("report colour=red", "report needs FIELD=VALUE, where FIELD is one of auxiliaryText1, productId, ");
-}
-
 void tst_Faults::refusesAValue()
 {
-    QFETCH(std::string, text);
-    QFETCH(std::string, reason);
-    const std::string refused = refusal([&] { check(fault(text)); });
-    QCOMPARE(reason.empty() ? refused : refused.substr(0, reason.size()), reason);
+    const std::pair<const char *, std::string> reasons[] = {{"slow-probe 0", ""}, {"slow-probe 60000", ""},
+        {"slow-probe 60001", "slow-probe needs a whole number from 0 to 60000"},
+        {"slow-probe", "slow-probe needs a whole number from 0 to 60000"}, {"flash-error 0x7FFFFFFF", ""},
+        {"flash-error 2147483648", "flash-error needs a whole number from 0 to 2147483647"},
+        {"flash-error -1", "flash-error needs a whole number from 0 to 2147483647"},
+        {"unmount-returns -2147483648", ""},
+        {"unmount-returns 1x", "unmount-returns needs a whole number from -2147483648 to 2147483647"},
+        {"truncated-image", ""},
+        {"truncated-image x", "truncated-image needs a whole number from 0 to 2147483647"},
+        {"no-return 1", "no-return takes no value"}, {"new-serial \u00FF", ""},
+        {"new-serial", "new-serial needs a text of characters up to U+00FF, with \\xNN for any byte"},
+        {"new-serial \u0100", "new-serial needs a text of characters up to U+00FF, with \\xNN for any byte"},
+        {"report productId", "report needs FIELD=VALUE, where FIELD is one of auxiliaryText1, productId, "},
+        {"report colour=red", "report needs FIELD=VALUE, where FIELD is one of auxiliaryText1, productId, "}};
+    for (const auto &[text, reason] : reasons) {
+        const std::string refused = refusal([&, text = text] { check(fault(text)); });
+        QCOMPARE(reason.empty() ? refused : refused.substr(0, reason.size()), reason);
+    }
 }
 
 void tst_Faults::aFaultReplacesOneOfItsKind()

@@ -56,14 +56,10 @@ void tst_Files::refusesToRead_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<std::string>("reason");
-    QTest::newRow("none") << "none"
-                          << "No such file or directory"s;
-    QTest::newRow("directory") << "directory"
-                               << "is a directory"s;
-    QTest::newRow("FIFO") << "FIFO"
-                          << "is not a regular file"s;
-    QTest::newRow("link to a device") << "link"
-                                      << "is not a regular file"s;
+    addRow("none", "none", "No such file or directory"s);
+    addRow("directory", "directory", "is a directory"s);
+    addRow("FIFO", "FIFO", "is not a regular file"s);
+    addRow("link to a device", "link", "is not a regular file"s);
 }
 
 void tst_Files::refusesToRead()
@@ -86,7 +82,7 @@ void tst_Files::replacesWhatStandsThere_data()
 {
     QTest::addColumn<QString>("kind");
     for (const char *kind : {"file", "FIFO", "link", "dangling link"}) {
-        QTest::newRow(kind) << kind;
+        addRow(kind, kind);
     }
 }
 

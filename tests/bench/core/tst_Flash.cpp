@@ -76,7 +76,7 @@ void tst_Flash::whatIsRefusedBeforehandWritesNothing_data()
     QTest::addColumn<std::string>("reason"); // an asterisk stands for the path of the image
     const auto row = [](const char *serial, const char *fault, int chipset, const char *image,
                          const char *reason) {
-        QTest::newRow(reason) << serial + ""s << fault + ""s << chipset << image + ""s << reason + ""s;
+        addRow(reason, serial + ""s, fault + ""s, chipset, image + ""s, reason + ""s);
     };
     row("A", "", 3, "pebble.tfw", "the drive's bridge is Asm1051, not Asm1053");
     row("A", "", 1, "harbour.tfw", "*: is for the bridge Asm1053, not Asm1051");
@@ -121,7 +121,7 @@ void tst_Flash::breaksOff_data()
     QTest::addColumn<QString>("state");
     QTest::addColumn<qint64>("written"); // -1 for everything
     const auto row = [](const char *fault, const char *reason, const char *state, qint64 written) {
-        QTest::newRow(fault) << fault + ""s << reason + ""s << QString(state) << written;
+        addRow(fault, fault + ""s, reason + ""s, QString(state), written);
     };
     row("flash-error 0", "the flash chip reports an error", "boot ROM", 0);
     row("flash-error 1000", "the flash chip reports an error", "boot ROM", 1000);
@@ -204,25 +204,17 @@ void tst_Flash::noticesWhatHappensMeanwhile_data()
     QTest::addColumn<QString>("lastUpdate"); // of the drive that then goes by "A", if there is one
     const std::string pulledOut = "the drive was pulled out";
     const QString failed = "failed: the drive was pulled out";
-    QTest::newRow("unplugged") << "unplug" << pulledOut << failed;
-    QTest::newRow("replugged") << "replug" << pulledOut << failed;
-    QTest::newRow("removed") << "remove" << pulledOut << "";
-    QTest::newRow("another drive in its place") << "other" << pulledOut << "";
-    QTest::newRow("fault set") << "fault"
-                               << "the flash chip reports an error"s
-                               << "failed: the flash chip reports an error";
-    QTest::newRow("written by another process") << "flash"
-                                                << ""s
-                                                << "succeeded";
-    QTest::newRow("taken over") << "take over"
-                                << "another process has begun to write the drive"s
-                                << "failed: another process has begun to write the drive";
-    QTest::newRow("bench removed") << "remove bench"
-                                   << "was taken away or replaced meanwhile"s
-                                   << "";
-    QTest::newRow("bench replaced") << "replace bench"
-                                    << "was taken away or replaced meanwhile"s
-                                    << "";
+    addRow("unplugged", "unplug", pulledOut, failed);
+    addRow("replugged", "replug", pulledOut, failed);
+    addRow("removed", "remove", pulledOut, "");
+    addRow("another drive in its place", "other", pulledOut, "");
+    addRow(
+        "fault set", "fault", "the flash chip reports an error"s, "failed: the flash chip reports an error");
+    addRow("written by another process", "flash", ""s, "succeeded");
+    addRow("taken over", "take over", "another process has begun to write the drive"s,
+        "failed: another process has begun to write the drive");
+    addRow("bench removed", "remove bench", "was taken away or replaced meanwhile"s, "");
+    addRow("bench replaced", "replace bench", "was taken away or replaced meanwhile"s, "");
 }
 
 void tst_Flash::noticesWhatHappensMeanwhile()

@@ -51,9 +51,9 @@ void tst_Host::eachCallIsALine()
 void tst_Host::followsNothingInPlaceOfTheLog_data()
 {
     QTest::addColumn<QString>("kind");
-    QTest::newRow("link") << "link";
-    QTest::newRow("FIFO") << "FIFO";
-    QTest::newRow("directory") << "directory";
+    addRow("link", "link");
+    addRow("FIFO", "FIFO");
+    addRow("directory", "directory");
 }
 
 void tst_Host::followsNothingInPlaceOfTheLog()

@@ -84,26 +84,20 @@ void tst_Image::refusesAFile_data()
     const std::string size = std::to_string(whole.size());
     std::string damaged = whole;
     damaged[whole.size() - 12] ^= 1;
-    QTest::newRow("valid") << whole << ""s;
-    QTest::newRow("empty") << ""s
-                           << "is empty"s;
-    QTest::newRow("foreign") << "PK\3\4"s
-                             << "is not a firmware image: it does not begin with \"TFW2\""s;
-    QTest::newRow("sent as text") << "TFW2\n\x1a\n"s + whole.substr(8)
-                                  << "is not a firmware image: it does not begin with \"TFW2\""s;
-    QTest::newRow("cut in the magic") << "TFW"s
-                                      << "is truncated in its header"s;
-    QTest::newRow("cut in the header") << whole.substr(0, 30) << "is truncated in its header"s;
-    QTest::newRow("no end of the header") << Magic + std::string(2000, ' ') << "has no valid header"s;
-    QTest::newRow("cut by a byte") << whole.substr(0, whole.size() - 1)
-                                   << "is truncated: " + std::to_string(whole.size() - 1)
-            + " bytes, its header says " + size;
-    QTest::newRow("longer") << whole + "x"
-                            << "has bytes after its end: " + std::to_string(whole.size() + 1)
-            + " bytes, its header says " + size;
-    QTest::newRow("damaged") << damaged << "is damaged: its checksum does not match"s;
-    QTest::newRow("too large") << std::string(Image::MaximumFile + 1, 'x')
-                               << "is too large, more than 163840 bytes"s;
+    addRow("valid", whole, ""s);
+    addRow("empty", ""s, "is empty"s);
+    addRow("foreign", "PK\3\4"s, "is not a firmware image: it does not begin with \"TFW2\""s);
+    addRow("sent as text", "TFW2\n\x1a\n"s + whole.substr(8),
+        "is not a firmware image: it does not begin with \"TFW2\""s);
+    addRow("cut in the magic", "TFW"s, "is truncated in its header"s);
+    addRow("cut in the header", whole.substr(0, 30), "is truncated in its header"s);
+    addRow("no end of the header", Magic + std::string(2000, ' '), "has no valid header"s);
+    addRow("cut by a byte", whole.substr(0, whole.size() - 1),
+        "is truncated: " + std::to_string(whole.size() - 1) + " bytes, its header says " + size);
+    addRow("longer", whole + "x",
+        "has bytes after its end: " + std::to_string(whole.size() + 1) + " bytes, its header says " + size);
+    addRow("damaged", damaged, "is damaged: its checksum does not match"s);
+    addRow("too large", std::string(Image::MaximumFile + 1, 'x'), "is too large, more than 163840 bytes"s);
 }
 
 void tst_Image::refusesAFile()
@@ -118,7 +112,7 @@ void tst_Image::refusesAHeader_data()
     QTest::addColumn<std::string>("header");
     QTest::addColumn<std::string>("reason");
     const auto row = [](const std::string &header, const char *reason) {
-        QTest::newRow(header.substr(0, 90).c_str()) << header << reason + ""s;
+        addRow(header.substr(0, 90).c_str(), header, reason + ""s);
     };
     const auto with = [](const char *member, const Json &value) {
         Json header{{"bridge", 1}, {"firmware", "1"}, {"configuration", "2"}, {"length", 10}};

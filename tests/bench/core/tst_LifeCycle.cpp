@@ -119,7 +119,7 @@ void tst_LifeCycle::refuses_data()
     QTest::addColumn<std::string>("reason");
     using Work = std::function<void(Store &)>;
     const auto row = [](const char *name, const Work &work, const std::string &reason) {
-        QTest::newRow(name) << work << reason;
+        addRow(name, work, reason);
     };
     row(
         "plug", [](Store &store) { plugDrive(store, "A"); },
@@ -186,8 +186,8 @@ void tst_LifeCycle::aFaultStrikesAtPowerUp_data()
     QTest::addColumn<std::string>("text");
     QTest::addColumn<bool>("answers");
     QTest::addColumn<std::string>("reportedSerial");
-    QTest::newRow("no-return") << "no-return"s << false << "A"s;
-    QTest::newRow("new-serial") << "new-serial N"s << true << "N"s;
+    addRow("no-return", "no-return"s, false, "A"s);
+    addRow("new-serial", "new-serial N"s, true, "N"s);
 }
 
 void tst_LifeCycle::aFaultStrikesAtPowerUp()
@@ -216,19 +216,13 @@ void tst_LifeCycle::unmounts_data()
     QTest::addColumn<int>("value");
     QTest::addColumn<std::string>("reason");
     const std::string failed = "the volumes were not unmounted, the library returned ";
-    QTest::newRow("done") << ""s
-                          << "succeeded"s << 1 << ""s;
-    QTest::newRow("odd") << "unmount-returns -3"s
-                         << "succeeded"s << -3 << ""s;
-    QTest::newRow("even") << "unmount-returns 2"s
-                          << "succeeded"s << 2 << failed + "2";
-    QTest::newRow("even and negative") << "unmount-returns -2"s
-                                       << "succeeded"s << -2 << failed + "-2";
-    QTest::newRow("after a failed update") << "unmount-returns 0"s
-                                           << "failed: x"s << 0 << ""s;
-    QTest::newRow("unplugged") << "unplugged"s
-                               << "succeeded"s << 0
-                               << "the volumes were not unmounted, the drive was pulled out"s;
+    addRow("done", ""s, "succeeded"s, 1, ""s);
+    addRow("odd", "unmount-returns -3"s, "succeeded"s, -3, ""s);
+    addRow("even", "unmount-returns 2"s, "succeeded"s, 2, failed + "2");
+    addRow("even and negative", "unmount-returns -2"s, "succeeded"s, -2, failed + "-2");
+    addRow("after a failed update", "unmount-returns 0"s, "failed: x"s, 0, ""s);
+    addRow("unplugged", "unplugged"s, "succeeded"s, 0,
+        "the volumes were not unmounted, the drive was pulled out"s);
 }
 
 void tst_LifeCycle::unmounts()

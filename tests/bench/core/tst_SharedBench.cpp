@@ -100,14 +100,10 @@ void tst_SharedBench::readingLeavesItToItsOwner_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("owner");
     QTest::addColumn<int>("mode"); // of the directory
-    QTest::newRow("closed") << "bench"
-                            << "gone" << 0555;
-    QTest::newRow("with reserved characters") << "100%41?a#b"
-                                              << "gone" << 0555;
-    QTest::newRow("open in another process") << "bench"
-                                             << "here" << 0555;
-    QTest::newRow("left by a killed process") << "bench"
-                                              << "killed" << 0555;
+    addRow("closed", "bench", "gone", 0555);
+    addRow("with reserved characters", "100%41?a#b", "gone", 0555);
+    addRow("open in another process", "bench", "here", 0555);
+    addRow("left by a killed process", "bench", "killed", 0555);
     for (const int mode : {02775, 02777, 01777}) {
         QTest::addRow("shared, mode %o", unsigned(mode)) << "bench"
                                                          << "gone" << mode;

@@ -50,20 +50,13 @@ void tst_Store::refusesADirectory_data()
 {
     QTest::addColumn<QString>("kind");
     QTest::addColumn<std::string>("reason");
-    QTest::newRow("missing") << "missing"
-                             << "No such file or directory"s;
-    QTest::newRow("file") << "file"
-                          << "Not a directory"s;
-    QTest::newRow("no bench") << "empty"
-                              << "No such file or directory"s;
-    QTest::newRow("directory") << "directory"
-                               << "bench.sqlite is not a regular file"s;
-    QTest::newRow("FIFO") << "FIFO"
-                          << "bench.sqlite is not a regular file"s;
-    QTest::newRow("empty database") << "nothing"
-                                    << "bench.sqlite holds no bench"s;
-    QTest::newRow("another program's") << "other"
-                                       << "bench.sqlite holds no bench"s;
+    addRow("missing", "missing", "No such file or directory"s);
+    addRow("file", "file", "Not a directory"s);
+    addRow("no bench", "empty", "No such file or directory"s);
+    addRow("directory", "directory", "bench.sqlite is not a regular file"s);
+    addRow("FIFO", "FIFO", "bench.sqlite is not a regular file"s);
+    addRow("empty database", "nothing", "bench.sqlite holds no bench"s);
+    addRow("another program's", "other", "bench.sqlite holds no bench"s);
 }
 
 void tst_Store::refusesADirectory()
@@ -125,10 +118,10 @@ void tst_Store::followsNoLink()
 void tst_Store::refusesADamagedDatabase_data()
 {
     QTest::addColumn<int>("position"); // of a page that is overwritten; negative: cut to that size
-    QTest::newRow("no database") << 0;
-    QTest::newRow("page with documents") << 4096;
-    QTest::newRow("cut to a page") << -4096;
-    QTest::newRow("cut to a header") << -100;
+    addRow("no database", 0);
+    addRow("page with documents", 4096);
+    addRow("cut to a page", -4096);
+    addRow("cut to a header", -100);
 }
 
 void tst_Store::refusesADamagedDatabase()
@@ -161,20 +154,17 @@ void tst_Store::nobodyPassesADamagedRow_data()
                             "drive-bench remove B";
     const std::string whole =
         "* is damaged: a drive is missing; make a new bench with: drive-bench init --force";
-    QTest::newRow("document") << "UPDATE documents SET document = x'7B7D' WHERE name = x'42'"s << row;
-    QTest::newRow("name") << "UPDATE documents SET name = x'42' WHERE name = x'43'"s << row;
-    QTest::newRow("checksum") << "UPDATE documents SET checksum = checksum + 1 WHERE name = x'42'"s << row;
-    QTest::newRow("row gone") << "DELETE FROM documents WHERE name = x'42'"s << whole;
-    QTest::newRow("row twice") << "INSERT INTO documents SELECT * FROM documents WHERE name = x'42'"s
-                               << whole;
-    QTest::newRow("all gone") << "DELETE FROM documents; UPDATE seal SET total = 0"s << whole;
-    QTest::newRow("host") << "UPDATE documents SET checksum = 0 WHERE name = x''"s
-                          << "* is damaged: the state of the host is not what was written; make a new bench "
-                             "with: drive-bench init --force"s;
-    QTest::newRow("table gone") << "DROP TABLE seal"s
-                                << "* is damaged: "s;
-    QTest::newRow("column gone") << "ALTER TABLE documents DROP COLUMN checksum"s
-                                 << "* is damaged: "s;
+    addRow("document", "UPDATE documents SET document = x'7B7D' WHERE name = x'42'"s, row);
+    addRow("name", "UPDATE documents SET name = x'42' WHERE name = x'43'"s, row);
+    addRow("checksum", "UPDATE documents SET checksum = checksum + 1 WHERE name = x'42'"s, row);
+    addRow("row gone", "DELETE FROM documents WHERE name = x'42'"s, whole);
+    addRow("row twice", "INSERT INTO documents SELECT * FROM documents WHERE name = x'42'"s, whole);
+    addRow("all gone", "DELETE FROM documents; UPDATE seal SET total = 0"s, whole);
+    addRow("host", "UPDATE documents SET checksum = 0 WHERE name = x''"s,
+        "* is damaged: the state of the host is not what was written; make a new bench "
+        "with: drive-bench init --force"s);
+    addRow("table gone", "DROP TABLE seal"s, "* is damaged: "s);
+    addRow("column gone", "ALTER TABLE documents DROP COLUMN checksum"s, "* is damaged: "s);
 }
 
 void tst_Store::nobodyPassesADamagedRow()

@@ -13,14 +13,10 @@ class tst_Text : public QObject
 
 private slots:
     void everyByteComesBack();
-    void noTextOfADrive_data();
     void noTextOfADrive();
-    void isWrittenOnOneLine_data();
     void isWrittenOnOneLine();
     void isShortened();
-    void aWordOfTheShellIsThatWord_data();
     void aWordOfTheShellIsThatWord();
-    void readsNumbers_data();
     void readsNumbers();
 };
 
@@ -37,54 +33,26 @@ void tst_Text::everyByteComesBack()
     QCOMPARE(escaped("a\\\n\x7F\u00E9~"), "a\\x5C\\x0A\\x7F\\xE9~"s);
 }
 
-void tst_Text::noTextOfADrive_data()
-{
-    QTest::addColumn<std::string>("text");
-    QTest::newRow("above U+00FF") << "a\u0100"s;
-    QTest::newRow("cut short") << "a\xC3"s;
-    QTest::newRow("no continuation") << "\xC3z"s;
-    QTest::newRow("three bytes") << "\u65E5"s;
-    QTest::newRow("continuation alone") << "\xA9"s;
-    QTest::newRow("overlong") << "\xC0\x80"s;
-}
-
 void tst_Text::noTextOfADrive()
 {
-    QFETCH(std::string, text);
-    QVERIFY(!bytesFromText(text));
-    QVERIFY(!unescaped(text));
+    for (const char *text : {"a\u0100", "a\xC3", "\xC3z", "\u65E5", "\xA9", "\xC0\x80"}) {
+        QVERIFY2(!bytesFromText(text) && !unescaped(text), text);
+    }
     for (const char *escape : {"\\", "\\x", "\\x4", "\\n", "\\xG0", "\\x0G", "\\x-1", "\\x+1", "\\X41"}) {
         QVERIFY2(!unescaped(escape), escape);
     }
 }
 
-void tst_Text::isWrittenOnOneLine_data()
-{
-    QTest::addColumn<std::string>("text");
-    QTest::addColumn<std::string>("line");
-    QTest::newRow("plain") << "a b~"s
-                           << "a b~"s;
-    QTest::newRow("other scripts") << "\u00E9\u65E5\U0001F600"s
-                                   << "\u00E9\u65E5\U0001F600"s;
-    QTest::newRow("control characters") << "\x1B[2J\n\x7F\0"s
-                                        << "\\x1B[2J\\x0A\\x7F\\x00"s;
-    QTest::newRow("second set of them") << "\u0080\u009B\u009F\u00A0"s
-                                        << "\\x80\\x9B\\x9F\u00A0"s;
-    QTest::newRow("other characters that end alike") << "\u00DB\u011B"s
-                                                     << "\u00DB\u011B"s;
-    QTest::newRow("no UTF-8") << "a\xE9z\xFF\xC3"s
-                              << "a\\xE9z\\xFF\\xC3"s;
-    QTest::newRow("cut short") << "\xF0\x9F\x98"s
-                               << "\\xF0\\x9F\\x98"s;
-    QTest::newRow("beyond the last") << "\xF5\x80\x80\x80"s
-                                     << "\\xF5\\x80\\x80\\x80"s;
-}
-
 void tst_Text::isWrittenOnOneLine()
 {
-    QFETCH(std::string, text);
-    QFETCH(std::string, line);
-    QCOMPARE(oneLine(text), line);
+    const std::pair<std::string, std::string> lines[] = {{"a b~", "a b~"},
+        {"\u00E9\u65E5\U0001F600\u00DB\u011B", "\u00E9\u65E5\U0001F600\u00DB\u011B"},
+        {"\x1B[2J\n\x7F\0"s, "\\x1B[2J\\x0A\\x7F\\x00"},
+        {"\u0080\u009B\u009F\u00A0", "\\x80\\x9B\\x9F\u00A0"}, {"a\xE9z\xFF\xC3", "a\\xE9z\\xFF\\xC3"},
+        {"\xF0\x9F\x98", "\\xF0\\x9F\\x98"}, {"\xF5\x80\x80\x80", "\\xF5\\x80\\x80\\x80"}};
+    for (const auto &[text, line] : lines) {
+        QCOMPARE(oneLine(text), line);
+    }
 }
 
 void tst_Text::isShortened()
@@ -101,58 +69,30 @@ void tst_Text::isShortened()
     }
 }
 
-void tst_Text::aWordOfTheShellIsThatWord_data()
-{
-    QTest::addColumn<std::string>("word");
-    QTest::addColumn<bool>("isPlain");
-    QTest::newRow("plain") << "/a-b_c.d,e=f:g+h%i@9Z"s << true;
-    QTest::newRow("empty") << ""s << false;
-    QTest::newRow("space") << "a b"s << false;
-    QTest::newRow("quotes") << "it's \"so\""s << false;
-    QTest::newRow("line breaks") << "\na\n"s << false;
-    QTest::newRow("special") << "$HOME `a` \\ ! * ~ ; & | < > ( ) [ ] { } # ?"s << false;
-}
-
 void tst_Text::aWordOfTheShellIsThatWord()
 {
-    QFETCH(std::string, word);
-    QFETCH(bool, isPlain);
-    const std::string quoted = shellQuoted(word);
-    QCOMPARE(quoted == word, isPlain);
-    QVERIFY(!contains(quoted, "\n"));
-    QProcess shell;
-    shell.start("bash", {"-c", "printf %s " + QString::fromStdString(quoted)});
-    QVERIFY(shell.waitForFinished());
-    QCOMPARE(shell.readAllStandardOutput().toStdString(), word);
-}
-
-void tst_Text::readsNumbers_data()
-{
-    QTest::addColumn<std::string>("text");
-    QTest::addColumn<bool>("isNumber");
-    QTest::addColumn<qint64>("number");
-    const auto row = [](const char *text, qint64 number) {
-        QTest::newRow(text) << text + ""s << true << number;
-    };
-    row("0", 0);
-    row("010", 10);
-    row("-7", -7);
-    row("0x1F", 31);
-    row("0Xff", 255);
-    row("9223372036854775807", INT64_MAX);
-    for (const char *text : {"", " 1", "1 ", "1.5", "1e3", "+1", "0x", "0x-1", "x1", "9223372036854775808"}) {
-        QTest::addRow("no number: \"%s\"", text) << text + ""s << false << qint64(0);
+    for (const char *word : {"/a-b_c.d,e=f:g+h%i@9Z", "", "a b", "it's \"so\"", "\na\n",
+             "$HOME `a` \\ ! * ~ ; & | < > ( ) [ ] { } # ?"}) {
+        const std::string quoted = shellQuoted(word);
+        QCOMPARE(quoted == word, *word == '/');
+        QVERIFY(!contains(quoted, "\n"));
+        QProcess shell;
+        shell.start("bash", {"-c", "printf %s " + QString::fromStdString(quoted)});
+        QVERIFY(shell.waitForFinished());
+        QCOMPARE(shell.readAllStandardOutput(), QByteArray(word));
     }
 }
 
 void tst_Text::readsNumbers()
 {
-    QFETCH(std::string, text);
-    QFETCH(bool, isNumber);
-    QFETCH(qint64, number);
-    const auto read = numberFromText(text);
-    QCOMPARE(read.has_value(), isNumber);
-    QCOMPARE(qint64(read.value_or(0)), number);
+    const std::pair<const char *, std::int64_t> numbers[] = {{"0", 0}, {"010", 10}, {"-7", -7}, {"0x1F", 31},
+        {"0Xff", 255}, {"9223372036854775807", std::numeric_limits<std::int64_t>::max()}};
+    for (const auto &[text, number] : numbers) {
+        QCOMPARE(numberFromText(text).value(), number);
+    }
+    for (const char *text : {"", " 1", "1 ", "1.5", "1e3", "+1", "0x", "0x-1", "x1", "9223372036854775808"}) {
+        QVERIFY2(!numberFromText(text), text);
+    }
 }
 
 static const TestClass<tst_Text> textTests;
