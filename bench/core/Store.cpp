@@ -153,7 +153,7 @@ std::vector<Store::Row> Store::rows() const
 Drive Store::parsed(const Row &row) const
 {
     try {
-        const Drive drive = driveFromJson(Json::parse(row.document, nullptr, false));
+        Drive drive = driveFromJson(Json::parse(row.document, nullptr, false));
         require(drive.serial == row.name, "it says that it is another");
         return drive;
     } catch (const Refused &refused) {

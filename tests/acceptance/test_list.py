@@ -142,7 +142,7 @@ def test_a_model_name_that_names_a_file(bench, directory, start, file):
         file = directory / "pipe"
         os.mkfifo(file)
     bench.add("Pebble", serial="TV1", firmware="1.00")
-    bench.fault("TV1", "text", f'modelName=<img src="{file}">')
+    bench.fault("TV1", "report", f'modelName=<img src="{file}">')
     program = start()
     program.press("Update Firmware")
     program.see("Cancel")
