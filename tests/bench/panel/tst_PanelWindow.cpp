@@ -41,6 +41,7 @@ private slots:
     void itLooksTheSameOnADarkDesktop();
     void itsPlaceBesideTheUpdater_data();
     void itsPlaceBesideTheUpdater();
+    void theRowsAreAligned_data();
     void theRowsAreAligned();
     void itEndsWithoutAWindow_data();
     void itEndsWithoutAWindow();
@@ -116,14 +117,24 @@ void tst_PanelWindow::itsPlaceBesideTheUpdater()
     }
 }
 
+void tst_PanelWindow::theRowsAreAligned_data()
+{
+    QTest::addColumn<int>("textSize");
+    QTest::addColumn<int>("width");
+    QTest::newRow("beside the updater on 1280 pixels") << 12 << 422;
+    QTest::newRow("large texts") << 24 << 900;
+}
+
 void tst_PanelWindow::theRowsAreAligned()
 {
-    constexpr int WidthBesideUpdater = 422; // on a screen of 1280 pixels
+    QFETCH(int, textSize);
+    QFETCH(int, width);
+    useTextSize(textSize);
     TemporaryBench bench;
     addSample(bench);
     Panel panel(bench);
-    panel.window.resize(WidthBesideUpdater, 700);
-    QTRY_COMPARE(panel.window.findChild<DriveRow *>()->width(), WidthBesideUpdater);
+    panel.window.resize(width, 1400);
+    QTRY_COMPARE(panel.window.findChild<DriveRow *>()->width(), width);
     const auto placesIn = [](const DriveRow *row) {
         QList<QRect> places;
         for (const QPushButton *button : row->findChildren<QPushButton *>()) {
