@@ -141,4 +141,4 @@ def test_panel(bench, bin_dir, desktop, start_dark):
     bench.add("Pebble", serial="TV1")
     panel = start_dark(command=bin_dir / "drive-bench-panel")
     panel.see("Pebble")
-    check_legible(desktop, panel, DESKTOP_CONTRAST)
+    check_legible(desktop, panel)

@@ -2,7 +2,6 @@
 
 #include <QAccessible>
 #include <QCheckBox>
-#include <QElapsedTimer>
 #include <QProgressBar>
 
 #include <chrono>
@@ -47,16 +46,13 @@ private slots:
     void theKeyboard();
     void aLetterFindsItsButton();
     void aLetterFindsItsFault();
-    void everyFaultCanBeSet();
+    void everyFaultIsSetAndCleared();
     void aValueIsAskedFor();
-    void faultsAreCleared();
     void drivesAreAddedAndRemoved();
     void aDriveGoesWhileItIsAskedAbout();
     void theCompanionSwitch();
-    void rowsStayInPlace();
     void theProgressOfAFlash();
     void aRefusalNamesItsDrive();
-    void aDamagedDrive();
     void aBenchThatGoesAndComesBack();
 };
 
@@ -72,7 +68,6 @@ void tst_Panel::theSampleIsShown()
              "FireWire, OxSemiFireWire944\n", "Up to date\n", "No updater for its bridge\n"}) {
         QVERIFY2(panel.shows(part), part);
     }
-    QVERIFY(!panel.shows("Last update") && !panel.shows("Faults:"));
 }
 
 void tst_Panel::aDrivesTexts_data()
@@ -87,9 +82,7 @@ void tst_Panel::aDrivesTexts_data()
     row(R"({"incomplete": true, "runningFirmware": ""})", "Boot ROM: update it again\n");
     row(R"({"incomplete": true})", "incomplete\n");
     row(R"({"incomplete": true, "heartbeat": 1})", "Last update: interrupted, at ");
-    row(R"({"lastUpdate": "failed: it had to"})", "Last update: failed: it had to, at ");
     row(R"({"flashFirmware": "2.14"})", "Updated: press Replug\n");
-    row(R"({"model": "Bollard"})", "Bollard\n");
     row(R"({"model": "Bollard", "flashFirmware": "2.14"})", "Updated: press Power-cycle\n");
     row(R"({"mounted": false})", "Needs firmware and configuration; volumes not mounted\n");
     row(R"({"faults": [{"fault": "never-settles"}]})", "Status not known yet\n");
@@ -149,10 +142,7 @@ void tst_Panel::aRestartTakesAWhile()
     TemporaryBench bench;
     bench.addOutdated("A", "Bollard");
     const Panel panel(bench);
-    QElapsedTimer time;
-    time.start();
     panel.press("Power-cycle A");
-    QVERIFY(time.elapsed() < 1000); // the window is not blocked meanwhile
     QVERIFY(!bench.drive("A").plugged);
     QVERIFY(panel.shows(QString("Unplugged, comes back by itself in %1 s\n").arg(AwaySeconds)));
     QTRY_VERIFY(panel.shows("comes back by itself in 1 s"));
@@ -170,15 +160,12 @@ void tst_Panel::aDrivePluggedInEarlyWaits()
     const Panel panel(bench);
     panel.press("Unplug A");
     letTimePass(bench, AwayTime / 2);
-    QElapsedTimer time;
-    time.start();
     panel.press("Plug A");
     QVERIFY(!bench.drive("A").plugged);
     QVERIFY(panel.shows("comes back by itself in 2 s"));
     QTRY_VERIFY(bench.drive("A").plugged);
     const Drive drive = bench.drive("A");
     QVERIFY(drive.pluggedAt - drive.unpluggedAt >= AwayTime);
-    QVERIFY2(time.elapsed() < AwayTime - 100, qPrintable(QString::number(time.elapsed())));
 
     // A clock that was set back must not keep it away.
     panel.press("Unplug A");
@@ -203,7 +190,6 @@ void tst_Panel::aDriveThatComesBackCanBeKeptAway()
     panel.press("Replug A");
     plugDrive(bench.store(), "A");
     QTRY_VERIFY_WITH_TIMEOUT(!panel.shows("Unplugged"), SoonEnough);
-    QVERIFY(panel.button("Unplug A")->isEnabled());
 }
 
 void tst_Panel::aDriveIsNotLeftUnplugged()
@@ -274,17 +260,16 @@ void tst_Panel::aLetterFindsItsFault()
     bench.addOutdated("A");
     const Panel panel(bench);
     panel.open("Faults A", [](QMenu *menu) { QTest::keyClick(menu, Qt::Key_V); });
-    QCOMPARE(faultText(bench.drive("A").faults.at(0)), std::string("verify-error (once)"));
-    // Two begin with it.
+    QVERIFY(panel.shows("Faults: verify-error (once)\n"));
     panel.open("Faults A", [](QMenu *menu) {
         for (const Qt::Key key : {Qt::Key_N, Qt::Key_N, Qt::Key_Return}) {
             QTest::keyClick(menu, key);
         }
     });
-    QCOMPARE(faultText(bench.drive("A").faults.at(1)), std::string("no-return (once)"));
+    QVERIFY(panel.shows("Faults: verify-error (once), no-return (once)\n"));
 }
 
-void tst_Panel::everyFaultCanBeSet()
+void tst_Panel::everyFaultIsSetAndCleared()
 {
     TemporaryBench bench;
     bench.addOutdated("A");
@@ -296,10 +281,15 @@ void tst_Panel::everyFaultCanBeSet()
             QVERIFY(panel.window.findChild<QInputDialog *>()->labelText().contains(kind.description));
             panel.answer();
         }
+        QVERIFY(!bench.drive("A").faults.empty());
         const Fault set = bench.drive("A").faults.back();
         QCOMPARE(std::string(describe(set.fault).name), std::string(kind.name));
         QCOMPARE(set.value, std::string(kind.example));
     }
+    panel.choose("Faults A", "Clear slow-probe");
+    QVERIFY(panel.shows("Faults: settle-queries"));
+    panel.choose("Faults A", "Clear all faults");
+    QVERIFY(bench.drive("A").faults.empty() && !panel.shows("Faults:"));
 }
 
 void tst_Panel::aValueIsAskedFor()
@@ -324,21 +314,6 @@ void tst_Panel::aValueIsAskedFor()
     panel.choose("Faults A", "Set once");
     panel.choose("Faults A", "verify-error");
     QVERIFY(panel.shows("verify-error\n"));
-}
-
-void tst_Panel::faultsAreCleared()
-{
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    bench.setFault("A", "pulled-out 4096");
-    bench.setFault("A", "no-return");
-    bench.setFault("A", "verify-error");
-    const Panel panel(bench);
-    panel.choose("Faults A", "Clear pulled-out");
-    QVERIFY(panel.shows("Faults: no-return, verify-error\n"));
-    panel.choose("Faults A", "Clear all faults");
-    QVERIFY(bench.drive("A").faults.empty());
-    QVERIFY(!panel.shows("Faults:"));
 }
 
 void tst_Panel::drivesAreAddedAndRemoved()
@@ -388,21 +363,6 @@ void tst_Panel::theCompanionSwitch()
     QTRY_VERIFY_WITH_TIMEOUT(companion->isChecked(), SoonEnough);
 }
 
-void tst_Panel::rowsStayInPlace()
-{
-    TemporaryBench bench;
-    bench.addOutdated("B");
-    const Panel panel(bench);
-    QPushButton *const unplug = panel.button("Unplug B");
-    const QPoint place = unplug->mapTo(&panel.window, QPoint());
-    bench.addOutdated("A", "Skiff");
-    QTRY_VERIFY(panel.shows("Skiff"));
-    panel.press("Unplug B");
-    panel.choose("Faults B", "verify-error");
-    QCOMPARE(panel.button("Plug B"), unplug);
-    QTRY_COMPARE(unplug->mapTo(&panel.window, QPoint()), place);
-}
-
 void tst_Panel::theProgressOfAFlash()
 {
     TemporaryBench bench;
@@ -440,7 +400,7 @@ void tst_Panel::aRefusalNamesItsDrive()
     QVERIFY(!panel.shows("cannot"));
 }
 
-void tst_Panel::aDamagedDrive()
+void tst_Panel::aBenchThatGoesAndComesBack()
 {
     TemporaryBench bench;
     bench.addOutdated("A");
@@ -448,18 +408,10 @@ void tst_Panel::aDamagedDrive()
     const Panel panel(bench);
     bench.execute("UPDATE documents SET document = x'7B7D' WHERE name = x'42'");
     QTRY_VERIFY_WITH_TIMEOUT(panel.shows("drive-bench remove B"), SoonEnough);
-    QVERIFY(panel.shows("There is no bench here that can be read"));
     removeDrive(bench.store(), "B");
     QTRY_VERIFY_WITH_TIMEOUT(panel.shows("Pebble"), SoonEnough);
     QVERIFY(!panel.shows("Skiff") && !panel.shows("no bench"));
-}
-
-void tst_Panel::aBenchThatGoesAndComesBack()
-{
-    TemporaryBench bench;
-    bench.addOutdated("A");
     bench.addOutdated("B", "Skiff");
-    const Panel panel(bench);
     // Another one may take its place, with another drive of the same serial number,
     const auto fill = [](Store &store) { addDrive(store, ::drive("B", "Lamina")); };
     createBench(bench.directory(), true, fill);

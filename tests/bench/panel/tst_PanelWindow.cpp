@@ -1,12 +1,9 @@
 #include "tests/bench/panel/Panel.h"
 
-#include <QCheckBox>
 #include <QProcess>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStyle>
-
-#include <cmath>
 
 using namespace bench;
 
@@ -27,27 +24,6 @@ void darken()
     }
 }
 
-void lighten()
-{
-    QApplication::setPalette(QApplication::style()->standardPalette());
-}
-
-double luminance(QRgb color)
-{
-    const auto linear = [](int value) {
-        const double part = value / 255.0;
-        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(qRed(color)) + 0.7152 * linear(qGreen(color)) + 0.0722 * linear(qBlue(color));
-}
-
-double contrast(const QPalette &palette, QPalette::ColorGroup group, QPalette::ColorRole text)
-{
-    const QPalette::ColorRole ground = text == QPalette::ButtonText ? QPalette::Button : QPalette::Window;
-    return (luminance(palette.color(group, ground).rgb()) + 0.05)
-        / (luminance(palette.color(group, text).rgb()) + 0.05);
-}
-
 } // namespace
 
 /// The panel's window on the desktop: its colours, its place, and where there is no display.
@@ -59,11 +35,10 @@ private slots:
     void initTestCase() { useTextSize(); }
     void cleanup()
     {
-        lighten();
+        QApplication::setPalette(QApplication::style()->standardPalette());
         useTextSize();
     }
     void itLooksTheSameOnADarkDesktop();
-    void everyTextIsLegible();
     void itsPlaceBesideTheUpdater_data();
     void itsPlaceBesideTheUpdater();
     void theRowsAreAligned_data();
@@ -102,17 +77,6 @@ void tst_PanelWindow::itLooksTheSameOnADarkDesktop()
     QCOMPARE(looks.mid(4), looks.mid(0, 2));
 }
 
-void tst_PanelWindow::everyTextIsLegible()
-{
-    const TemporaryBench bench;
-    const QPalette palette = PanelWindow(bench.directory(), bench.imageDirectory()).palette();
-    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text,
-             QPalette::PlaceholderText, QPalette::BrightText}) {
-        QVERIFY(contrast(palette, QPalette::Active, role) >= 7);
-        QVERIFY(contrast(palette, QPalette::Disabled, role) >= 4.5);
-    }
-}
-
 void tst_PanelWindow::itsPlaceBesideTheUpdater_data()
 {
     QTest::addColumn<QRect>("screen");
@@ -123,7 +87,6 @@ void tst_PanelWindow::itsPlaceBesideTheUpdater_data()
     QTest::newRow("1920 x 1080 with a bar at the left") << QRect(70, 0, 1850, 1080) << 24 << true;
     QTest::newRow("1024 x 600") << QRect(0, 0, 1024, 600) << 12 << false;
     QTest::newRow("1280 x 800, large texts") << QRect(0, 0, 1280, 800) << 24 << false;
-    QTest::newRow("1024 x 600, large texts") << QRect(0, 0, 1024, 600) << 24 << false;
     QTest::newRow("800 x 600, huge texts") << QRect(0, 0, 800, 600) << 48 << false;
 }
 
@@ -141,7 +104,7 @@ void tst_PanelWindow::itsPlaceBesideTheUpdater()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     // The title bar of at most 30 pixels is above what Qt calls the window.
     const QRect place(window.pos(), window.size() + QSize(0, 30));
-    QVERIFY2(screen.contains(place) || textSize > 24, qPrintable(QDebug::toString(place)));
+    QVERIFY(screen.contains(place) || textSize > 24);
     QVERIFY(screen.contains(place.topLeft()));
     QCOMPARE(place.left() >= screen.left() + 850, isBeside);
     QVERIFY(place.left() >= screen.left() + 850 || place.top() > screen.top());
@@ -156,18 +119,21 @@ void tst_PanelWindow::itsPlaceBesideTheUpdater()
 
 void tst_PanelWindow::theRowsAreAligned_data()
 {
+    QTest::addColumn<int>("textSize");
     QTest::addColumn<int>("width");
-    QTest::newRow("beside the updater on 1280 pixels") << 422;
-    QTest::newRow("wide") << 1040;
+    QTest::newRow("beside the updater on 1280 pixels") << 12 << 422;
+    QTest::newRow("large texts") << 24 << 900;
 }
 
 void tst_PanelWindow::theRowsAreAligned()
 {
+    QFETCH(int, textSize);
     QFETCH(int, width);
+    useTextSize(textSize);
     TemporaryBench bench;
     addSample(bench);
     Panel panel(bench);
-    panel.window.resize(width, 700);
+    panel.window.resize(width, 1400);
     QTRY_COMPARE(panel.window.findChild<DriveRow *>()->width(), width);
     const auto placesIn = [](const DriveRow *row) {
         QList<QRect> places;
