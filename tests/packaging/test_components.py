@@ -1,7 +1,9 @@
-"""The two components of the installed tree, which become two packages."""
+"""The components of the installed tree, each of which becomes a package."""
 
+import itertools
 import json
 import os
+import subprocess
 
 from bench import Bench
 from conftest import NAME, install
@@ -19,15 +21,27 @@ def files(place):
     return {os.path.relpath(os.path.join(directory, name), place) for directory, _, names in os.walk(place) for name in names}
 
 
-def test_no_file_is_in_both(prefix, tmp_path):
-    for component in ("program", "bench"):
+def test_command_without_the_bench_and_a_display(person, tmp_path):
+    place = tmp_path / "command only"
+    install(place, "--component", "command")
+    assert os.listdir(place / "bin") == ["tarvo-firmware"]
+    done = subprocess.run([place / "bin/tarvo-firmware", "list"], env={"HOME": str(person.home), "PATH": "/usr/bin:/bin"},
+                          capture_output=True, text=True)
+    assert (done.returncode, done.stdout) == (0, "No drive is attached.\n")
+
+
+def test_every_file_is_in_one_component(prefix, tmp_path):
+    found = {}
+    for component in ("program", "command", "images", "bench"):
         install(tmp_path / component, "--component", component)
-    program, bench = files(tmp_path / "program"), files(tmp_path / "bench")
-    assert program & bench == set()
-    assert program | bench == files(prefix)
+        found[component] = files(tmp_path / component)
+    for one, other in itertools.combinations(found.values(), 2):
+        assert one & other == set()
+    assert set().union(*found.values()) == files(prefix)
     models = json.loads(Bench(prefix / "bin/drive-bench", tmp_path / "none").run("models", "--json"))["models"]
-    assert len([file for file in program if file.endswith(".tfw")]) == len(models)
-    assert not [file for file in bench if file.endswith(".tfw")]
+    images = [(component, file) for component in found for file in found[component] if file.endswith(".tfw")]
+    assert {component for component, _ in images} == {"images"}
+    assert len(images) == len(models)
 
 
 def test_every_command_has_a_manual_page(prefix):

@@ -142,6 +142,19 @@ def test_commands_find_the_bench_of_the_person(prefix, person):
     assert person.bench.drive(USB_SERIAL)["record"]["firmwareStatus"] == 1
 
 
+@pytest.mark.parametrize("through_a_link", [False, True])
+def test_command_updates_a_drive_of_the_person(prefix, person, through_a_link):
+    person.bench.init("--rate", FAST)
+    command = "tarvo-firmware"
+    if through_a_link:
+        command = person.home / "updater"
+        command.symlink_to(prefix / "bin/tarvo-firmware")
+    done = subprocess.run([command, "update", USB_SERIAL, "--yes"], env={**os.environ, **person.environment}, cwd="/",
+                          capture_output=True, text=True)
+    assert done.returncode == 3, done.stderr  # written, and to be restarted
+    assert person.bench.flash(USB_SERIAL) == person.bench.newest(USB)
+
+
 def test_bench_from_the_example(prefix, person):
     example = prefix / "share/doc/tarvo-drive-bench/examples/sample-bench.json"
     person.bench.init("--from", example)

@@ -121,7 +121,7 @@ void tst_Accessibility::everyLookIsReadOut()
     if (look != "list") {
         QStringList texts = namesOf(fixture.window, {QAccessible::StaticText});
         texts.removeAll("");
-        QCOMPARE(texts.join(' ').simplified(), name + " Orvi: 1.1.6");
+        QCOMPARE(texts.join(' ').simplified(), name + ' ' + VersionText);
     }
 }
 

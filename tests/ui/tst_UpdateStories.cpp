@@ -18,6 +18,9 @@ DeviceInfo driveOf(const QString &name)
         drive.firmwareStatus = Status::UpToDate;
         drive.configurationStatus = Status::UpToDate;
     }
+    bool isChipset = false;
+    const int chipset = name.section(':', 0, 0).toInt(&isChipset);
+    drive.chipsetType = isChipset ? chipset : drive.chipsetType;
     return drive;
 }
 
@@ -122,6 +125,14 @@ void tst_UpdateStories::story_data()
     row("success of a drive that is gone leaves the state", Listed,
         {"updateDevice GONE => nothing", "result true => nothing", "list usb:A usb:GONE => confirmation"});
     row("start of a drive that is gone", Listed, {"startUpdate GONE => same"});
+    for (const int chipset : {1, 2, 3, 4, 5, 6, 7, -1}) {
+        const QString list = QString("list %1:A => list").arg(chipset);
+        const QString success = chipset >= 1 && chipset <= 3 ? "restart" : "success";
+        QTest::addRow("success of chipset %d", chipset)
+            << QStringList{list, "startUpdate A => in progress", "result true => " + success};
+        QTest::addRow("failure of chipset %d", chipset)
+            << QStringList{list, "startUpdate A => in progress", "result false => failure"};
+    }
     row("slots act from any state", {"list usb:A firewire:B => list of 2"},
         {"result true => list of 2", "startUpdate A => in progress", "updateDevice B => confirmation",
             "result false => failure", "result true => success", "cancelUpdate => list of 2"});
