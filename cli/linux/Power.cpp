@@ -19,15 +19,10 @@ Function *systemBus(const char *name)
 
 } // namespace
 
-struct WakeLock::Held
-{
-    int descriptor;
-};
-
-WakeLock::WakeLock() : held(new Held{-1})
+WakeLock::WakeLock()
 {
     if (auto *inhibit = systemBus<decltype(inhibitSleep)>("inhibitSleep")) {
-        held->descriptor = inhibit(&problem);
+        held = inhibit(&problem);
     } else {
         problem = "the library tarvo-firmware-power does not load";
     }
@@ -35,8 +30,8 @@ WakeLock::WakeLock() : held(new Held{-1})
 
 WakeLock::~WakeLock()
 {
-    if (held->descriptor >= 0) {
-        ::close(held->descriptor);
+    if (held >= 0) {
+        ::close(int(held));
     }
 }
 
