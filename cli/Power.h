@@ -2,7 +2,6 @@
 
 #include <QString>
 
-#include <memory>
 #include <optional>
 
 /// Keeps the machine from sleeping, shutting down and acting on its lid while it exists; a process that is
@@ -18,9 +17,9 @@ public:
     QString problem;
 
 private:
-    struct Held; ///< what the system needs to keep
+    Q_DISABLE_COPY(WakeLock)
 
-    std::unique_ptr<Held> held;
+    qint64 held = -1; ///< the descriptor or the process that keeps it awake; negative for none
 };
 
 /// The charge in percent of the battery that the machine runs on; nothing when it runs on mains or does not

@@ -1,58 +1,43 @@
 #include "cli/Power.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-#include <QDBusReply>
-#include <QDBusUnixFileDescriptor>
+#include "cli/linux/SystemBus.h"
+
+#include <QCoreApplication>
+#include <QLibrary>
+
+#include <unistd.h>
 
 namespace {
 
-constexpr int TimeoutMilliseconds = 5000;
-
-QDBusMessage call(const QString &service, const QString &path, const QString &interface,
-    const QString &method, const QVariantList &arguments)
+/// A function of SystemBus.h; null where its library is not beside the executable or does not load.
+template <typename Function>
+Function *systemBus(const char *name)
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
-    message.setArguments(arguments);
-    message.setAutoStartService(false);
-    return QDBusConnection::systemBus().call(message, QDBus::Block, TimeoutMilliseconds);
-}
-
-QVariant powerProperty(const QString &path, const QString &interface, const QString &name)
-{
-    const QDBusReply<QDBusVariant> reply = call("org.freedesktop.UPower", "/org/freedesktop/UPower" + path,
-        "org.freedesktop.DBus.Properties", "Get", {"org.freedesktop.UPower" + interface, name});
-    return reply.isValid() ? reply.value().variant() : QVariant();
+    const QString library = QCoreApplication::applicationDirPath() + "/tarvo-firmware-power";
+    return reinterpret_cast<Function *>(QLibrary::resolve(library, name));
 }
 
 } // namespace
 
-/// The machine is kept awake until this is closed.
-struct WakeLock::Held
-{
-    QDBusUnixFileDescriptor lock;
-};
-
 WakeLock::WakeLock()
 {
-    const QDBusReply<QDBusUnixFileDescriptor> reply =
-        call("org.freedesktop.login1", "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "Inhibit",
-            {"sleep:shutdown:idle:handle-lid-switch", "tarvo-firmware",
-                "The firmware of a drive is being written", "block"});
-    if (reply.isValid()) {
-        held = std::make_unique<Held>(Held{reply.value()});
+    if (auto *inhibit = systemBus<decltype(inhibitSleep)>("inhibitSleep")) {
+        held = inhibit(&problem);
     } else {
-        problem = reply.error().message();
+        problem = "the library tarvo-firmware-power does not load";
     }
 }
 
-WakeLock::~WakeLock() = default;
+WakeLock::~WakeLock()
+{
+    if (held >= 0) {
+        ::close(int(held));
+    }
+}
 
 std::optional<double> batteryCharge()
 {
-    if (!powerProperty("", "", "OnBattery").toBool()) {
-        return std::nullopt;
-    }
-    const QVariant charge = powerProperty("/devices/DisplayDevice", ".Device", "Percentage");
-    return charge.isValid() ? std::optional(charge.toDouble()) : std::nullopt;
+    auto *charge = systemBus<decltype(chargeOfBattery)>("chargeOfBattery");
+    const double percent = charge == nullptr ? -1 : charge();
+    return percent < 0 ? std::nullopt : std::optional(percent);
 }

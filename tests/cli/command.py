@@ -67,7 +67,7 @@ class Command:
 class Terminal:
     """The command on a terminal of its own."""
 
-    def __init__(self, command, arguments, width=80, environment=()):
+    def __init__(self, command, arguments, width=80, environment=(), **options):
         self.side, other = pty.openpty()
         fcntl.ioctl(other, termios.TIOCSWINSZ, struct.pack("HHHH", 24, width, 0, 0))
         self.output = ""
@@ -77,7 +77,7 @@ class Terminal:
             fcntl.ioctl(0, termios.TIOCSCTTY, 0)
 
         self.process = command.start(*arguments, stdin=other, stdout=other, stderr=other, prepare=take_terminal,
-                                     environment=dict(environment))
+                                     environment=dict(environment), **options)
         os.close(other)
 
     def type(self, text):

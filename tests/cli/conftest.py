@@ -1,4 +1,7 @@
-"""Fixtures: a bench for each test, and the command on it."""
+"""Fixtures: a bench for each test, and the command on it.
+
+The programs are those in $TARVO_PROGRAM_DIR, by default of the build of the preset dev.
+"""
 
 import os
 import pathlib
@@ -6,11 +9,11 @@ import sys
 
 import pytest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "acceptance"))
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(SOURCE / "tests/acceptance"))
 
 from bench import Bench
 from command import Command
-from updater import PROGRAM_DIR
 
 FAST, SLOW = 400_000, 40_000  # bytes a second: a flash takes a tenth of a second, or one second
 OLD = "1.00"
@@ -18,7 +21,7 @@ OLD = "1.00"
 
 @pytest.fixture(scope="session")
 def bin_dir():
-    directory = pathlib.Path(os.environ.get("TARVO_PROGRAM_DIR", PROGRAM_DIR)).resolve()
+    directory = pathlib.Path(os.environ.get("TARVO_PROGRAM_DIR") or SOURCE / "build/dev/bin").resolve()
     if not (directory / "tarvo-firmware").exists():
         pytest.exit(f"there is no tarvo-firmware in {directory}; name its directory with $TARVO_PROGRAM_DIR", 2)
     return directory

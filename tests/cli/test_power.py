@@ -1,5 +1,8 @@
 """The machine stays awake while a chip is written, and a low battery is refused: services of the system bus."""
 
+import os
+import shutil
+
 import dbusmock
 import pytest
 from command import is_whole, wait_for_writing
@@ -38,7 +41,6 @@ class SystemBus(dbusmock.DBusTestCase):
 @pytest.fixture
 def system_bus(command):
     bus = SystemBus()
-    import os
     command.environment["DBUS_SYSTEM_BUS_ADDRESS"] = os.environ["DBUS_SYSTEM_BUS_ADDRESS"]
     yield bus
     bus.close()
@@ -71,6 +73,16 @@ def test_no_logind(bench, command, outdated, request, service):
     outdated("Harbour FireWire")
     (line,) = command.run("update", "TV1", "--yes").errors.splitlines()
     assert line.startswith("tarvo-firmware: nothing keeps this machine from going to sleep meanwhile: ")
+    assert is_whole(bench, "TV1", "1.31")
+
+
+def test_no_library(bench, command, outdated, bin_dir, tmp_path):
+    outdated("Harbour FireWire")
+    for name in ("tarvo-firmware", "harbour-firewire.tfw"):
+        shutil.copy(bin_dir / name, tmp_path)
+    shutil.copytree(bin_dir / "host-tools", tmp_path / "host-tools", symlinks=True)
+    (line,) = command.run("update", "TV1", "--yes", program=tmp_path / "tarvo-firmware").errors.splitlines()
+    assert line.endswith("meanwhile: the library tarvo-firmware-power does not load")
     assert is_whole(bench, "TV1", "1.31")
 
 

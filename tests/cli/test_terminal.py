@@ -75,7 +75,8 @@ def test_terminal_that_goes_away(bench, command, outdated):
 def test_keys_that_stop(bench, command, outdated):
     """Ctrl-C finishes the drive, Ctrl-Z does nothing."""
     outdated("Pebble", "Lamina", rate=SLOW)
-    terminal = command.terminal("update", "--all", "--yes")
+    # A job of a shell, since nothing else can be stopped.
+    terminal = command.terminal("-mc", '"$0" "$@"; exit $?', command.program, "update", "--all", "--yes", program="bash")
     wait_for_writing(bench, "TV1")
     terminal.type("\x1a")
     terminal.type("\x03")
