@@ -1,10 +1,10 @@
-// What a drive bench costs those who look at it, beside the start of a program that does nothing.
+// What a drive bench costs those who look at it, each figure beside its floor.
 
+#include "bench/core/BenchDocument.h"
+#include "bench/core/Creation.h"
 #include "bench/core/Discovery.h"
-#include "bench/core/DriveLifeCycle.h"
 #include "bench/core/Files.h"
-#include "bench/core/Refused.h"
-#include "bench/core/SampleBench.h"
+#include "bench/core/LifeCycle.h"
 #include "benchmarks/Median.h"
 
 #include <chrono>
@@ -22,19 +22,18 @@ extern char **environ; // NOLINT(readability-redundant-declaration): macOS decla
 
 namespace {
 
-constexpr int DriveCount = 1000;
 constexpr int Turns = 21;
 
-double medianMilliseconds(const std::function<void()> &work)
+double medianMilliseconds(const std::function<void()> &work, int turns = Turns)
 {
-    std::vector<double> turns;
-    for (int turn = 0; turn < Turns; ++turn) {
+    std::vector<double> found;
+    for (int turn = 0; turn < turns; ++turn) {
         const auto begin = std::chrono::steady_clock::now();
         work();
-        turns.push_back(
+        found.push_back(
             std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count());
     }
-    return median(turns);
+    return median(found);
 }
 
 /// Runs a program to its end; what it prints is thrown away.
@@ -60,42 +59,82 @@ void run(std::vector<std::string> words)
     }
 }
 
-void fill(bench::BenchStore &store)
+/// The sample drives again and again, up to that number.
+std::vector<bench::Drive> drives(std::size_t count)
 {
     const std::vector<bench::Drive> samples = bench::sampleDrives();
-    bench::DriveLifeCycle lifeCycle(store);
-    for (std::size_t i = 0; i < DriveCount; ++i) {
-        bench::Drive drive = samples[i % samples.size()];
-        drive.serial = "TV" + std::to_string(i);
-        lifeCycle.add(drive);
+    std::vector<bench::Drive> found;
+    for (std::size_t i = 0; i < count; ++i) {
+        found.push_back(samples[i % samples.size()]);
+        found.back().serial = found.back().reportedSerial = "TV" + std::to_string(i);
     }
+    return found;
 }
 
-/// Prints a row: what was measured, and what it is to be at most.
-void print(const char *what, double milliseconds, const char *aim)
+/// Prints a row: what was measured, its floor, and what it is to be at most.
+void print(const char *what, double milliseconds, double floor, const char *aim)
 {
-    std::printf("%-44s %7.1f ms %26s\n", what, milliseconds, aim);
+    std::printf("%-36s %8.2f ms %8.2f ms %8s\n", what, milliseconds, floor, aim);
 }
 
-void measure(const std::string &directory)
+/// The floor of a query: the documents as texts, read by the library.
+double medianOfParsing(std::size_t count)
 {
-    bench::BenchStore::create(directory, false, fill);
-    ::setenv("TARVO_BENCH", directory.c_str(), 1);
-    print("a query of 1,000 drives", medianMilliseconds([&] {
-        bench::BenchStore store(directory);
-        bench::Discovery(store, bench::executableDirectory()).query();
+    std::vector<std::string> documents;
+    for (const bench::Drive &drive : drives(count)) {
+        documents.push_back(bench::Json(drive).dump());
+    }
+    return medianMilliseconds([&documents] {
+        for (const std::string &document : documents) {
+            static_cast<void>(bench::Json::parse(document));
+        }
+    });
+}
+
+void measureQueries(const std::string &directory, std::size_t count, const char *aim)
+{
+    bench::createBench(directory, false, [count](bench::Store &store) {
+        bench::fillBench(store, {{}, drives(count)});
+    });
+    const double query = medianMilliseconds([&directory] {
+        bench::Store store(directory);
+        bench::query(store, bench::executableDirectory());
+    });
+    print(("a query of " + std::to_string(count) + " drives").c_str(), query, medianOfParsing(count), aim);
+}
+
+/// A person's own document, as large as one may be, and the same drives read from it without a bench.
+void measureLargest(const std::string &parent)
+{
+    const std::string file = parent + "/document";
+    const bench::Json json{{"version", 2}, {"drives", drives(bench::BenchDocument::MaximumDrives)}};
+    bench::writeFile(file, json.dump());
+    const double init = medianMilliseconds(
+        [&] {
+            run({DRIVE_BENCH, "init", "--force", "--bench", parent + "/largest", "--from", file});
+        },
+        3);
+    const double floor = medianMilliseconds(
+        [&file] { static_cast<void>(bench::Json::parse(bench::readFile(file, std::size_t(1) << 30U))); }, 3);
+    print("init --from, 10,000 drives", init, floor, "2000");
+}
+
+void measure(const std::string &parent)
+{
+    std::printf("%-36s %11s %11s %8s\n", "", "median", "floor", "at most");
+    measureQueries(parent + "/40", 40, "1");
+    measureQueries(parent + "/1000", 1000, "20");
+    measureLargest(parent);
+    ::setenv("TARVO_BENCH", (parent + "/1000").c_str(), 1);
+    const double nothing = medianMilliseconds([] { run({"/bin/true"}); });
+    print("drive-bench list, 1,000 drives", medianMilliseconds([] {
+        run({DRIVE_BENCH, "list"});
     }),
-        "5");
-    print("drive-bench list, 1,000 drives", medianMilliseconds([] { run({DRIVE_BENCH, "list"}); }), "15");
-    print("drive-bench list --json, 1,000 drives", medianMilliseconds([] {
-        run({DRIVE_BENCH, "list", "--json"});
-    }),
-        "");
+        nothing, "30");
     print("the stand-in for ls", medianMilliseconds([] {
         run({HOST_TOOLS "/ls", "/Library/LaunchDaemons"});
     }),
-        "5");
-    print("/bin/true, the floor of the last three", medianMilliseconds([] { run({"/bin/true"}); }), "");
+        nothing, "2.5");
 }
 
 } // namespace
@@ -109,7 +148,7 @@ int main()
     }
     int status = 0;
     try {
-        measure(parent + "/bench");
+        measure(parent);
     } catch (const bench::Refused &refused) {
         std::fprintf(stderr, "benchmark-bench: %s\n", refused.what());
         status = 1;

@@ -99,6 +99,7 @@ int waitForRestarts(const std::vector<DeviceInfo> &devices, QDeadlineTimer deadl
         bool isGone;
     };
     std::vector<Awaited> awaited;
+    awaited.reserve(devices.size());
     for (const DeviceInfo &device : devices) {
         awaited.push_back({device, false});
     }

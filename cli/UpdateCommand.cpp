@@ -86,7 +86,7 @@ bool ask(std::size_t drives)
     }
     std::printf(drives == 1 ? "Update this drive? [y/N] " : "Update these %zu drives? [y/N] ", drives);
     std::fflush(stdout);
-    const QString answer = QTextStream(stdin).readLine().toLower();
+    const QString answer = QTextStream(stdin).readLine().trimmed().toLower();
     return answer == "y" || answer == "yes";
 }
 
@@ -185,7 +185,7 @@ int updateDrives(const QStringList &arguments)
         return refuse("name the drives to update by their serial numbers, or give --all", WrongUse);
     }
     const bool isAsked = !parser.isSet("yes") && !parser.isSet("dry-run");
-    if (isAsked && (parser.isSet("json") || isatty(STDIN_FILENO) == 0)) {
+    if (isAsked && (parser.isSet("json") || isatty(STDIN_FILENO) == 0 || isatty(STDOUT_FILENO) == 0)) {
         return refuse("nobody can be asked here: give --yes or --dry-run", WrongUse);
     }
     Progress progress(parser.isSet("json"));

@@ -27,7 +27,8 @@ namespace {
 constexpr std::chrono::milliseconds PollInterval(250);
 constexpr int Margin = 8;
 constexpr int Width = 480;
-constexpr int LeastRowHeight = 100;
+/// Leaves room for what is told below the buttons of some rows.
+constexpr int LeastRowHeight = 110;
 /// What a window manager adds to a window: on each side, and above and below it together.
 constexpr int FrameWidth = 2;
 constexpr int FrameHeight = 30;
@@ -76,6 +77,7 @@ PanelWindow::PanelWindow(std::string benchDirectory, std::string imageDirectory)
     column->addWidget(scrollArea, 1);
     message = new TextLabel(this, QPalette::BrightText);
     message->setMargin(Margin);
+    message->setTextInteractionFlags(Qt::TextSelectableByMouse);
     column->addWidget(message);
 
     poll.setInterval(PollInterval);

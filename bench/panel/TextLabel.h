@@ -13,7 +13,6 @@ public:
     {
         setForegroundRole(role);
         setTextFormat(Qt::PlainText);
-        setTextInteractionFlags(Qt::TextSelectableByMouse);
         setWordWrap(true);
         setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     }

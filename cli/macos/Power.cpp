@@ -3,25 +3,28 @@
 #include <QCoreApplication>
 #include <QProcess>
 
-/// The machine is kept awake as long as this runs, which ends with this process at the latest.
+#include <csignal>
+
+/// The machine is kept awake as long as this process runs; it ends with this program at the latest.
 struct WakeLock::Held
 {
-    QProcess caffeinate;
+    qint64 caffeinate = 0;
 };
 
 WakeLock::WakeLock() : held(new Held)
 {
-    held->caffeinate.start(
-        "caffeinate", {"-i", "-m", "-s", "-w", QString::number(QCoreApplication::applicationPid())});
-    if (!held->caffeinate.waitForStarted()) {
-        problem = held->caffeinate.errorString();
+    const QString self = QString::number(QCoreApplication::applicationPid());
+    // Detached, so that Ctrl-C does not end it.
+    if (!QProcess::startDetached("caffeinate", {"-ims", "-w", self}, QString(), &held->caffeinate)) {
+        problem = "caffeinate does not start";
     }
 }
 
 WakeLock::~WakeLock()
 {
-    held->caffeinate.kill();
-    held->caffeinate.waitForFinished();
+    if (held->caffeinate > 0) {
+        ::kill(pid_t(held->caffeinate), SIGTERM);
+    }
 }
 
 std::optional<double> batteryCharge()

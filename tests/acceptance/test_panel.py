@@ -10,9 +10,10 @@ def test_update_restarted_by_one_press(bench, desktop, bin_dir, start):
     serial = bench.add("Pebble", serial="TV1", firmware="1.00", rate=FAST)
     bench.add("Skiff", serial="TV2")
     program = start("-geometry", "+0+28")
-    panel = start("--beside-updater", command=bin_dir / "drive-bench-panel")
-    panel.see("Pebble", "Skiff")
-    program.see_models("Pebble", "Skiff")
+    panel = start(command=bin_dir / "drive-bench-panel")
+    left = min(button.box[0] for button in panel.see("Pebble", "Skiff").root.buttons)
+    right = max(button.box[2] for button in program.see_models("Pebble", "Skiff").root.buttons)
+    assert left > right  # the panel stands beside the program
     click(desktop, program, "Update Firmware")
     program.see_confirmation("Pebble")
     click(desktop, program, "Update Firmware")
@@ -27,7 +28,7 @@ def test_drive_comes_back_when_the_panel_is_terminated(bench, desktop, bin_dir, 
     panel = start(command=bin_dir / "drive-bench-panel")
     panel.see("Pebble")
     click(desktop, panel, "Replug TV1")
-    panel.see("Unplugged")
+    panel.wait_for(lambda screen: any("comes back" in text for text in screen.texts), "the drive unplugged")
     panel.process.send_signal(signal.SIGTERM)
     assert panel.wait_for_end() == 0
     assert bench.drive("TV1")["plugged"]

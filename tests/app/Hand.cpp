@@ -4,29 +4,14 @@
 #include "ui/MainWindow.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QImageReader>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QTest>
-#include <QTimer>
 
-#include <cstdio>
+#include <functional>
+#include <map>
 
 /**
  * Uses the program as a person does, in the program's own process: carries out the steps named in the
- * environment variable HAND, separated by ";", each as soon as it is possible. Says on standard output which
- * steps it has done, what it is asked to print, and at the application's end how long ago the last step was.
- *
- *     attach usb|firewire|none   what the scripted platform finds from now on
- *     flash fails|hangs|throws   what the scripted platform does with a flash
- *     query hangs|throws         what it does when discovery asks it
- *     click TEXT                 press the button
- *     see TEXT                   wait until a line on screen holds the text
- *     ok                         press the message box's button
- *     close                      close the window
- *     print WHAT                 formats, plug-ins
+ * environment variable HAND, separated by ";", each as soon as it is possible. They are those of Platform
+ * below, "close", and the texts of the buttons to be pressed.
  */
 class Hand : public QObject
 {
@@ -35,111 +20,48 @@ public:
         : QObject(parent), steps(qEnvironmentVariable("HAND").split(';', Qt::SkipEmptyParts))
     {
         // What the platform is like is settled before the program has looked at it.
-        while (!steps.isEmpty() && setUpPlatform(steps.first())) {
-            finishStep();
+        while (!steps.isEmpty() && Platform.count(steps.first()) > 0) {
+            Platform.at(steps.takeFirst())();
         }
         startTimer(2);
     }
-    ~Hand() override { print(QString("ended after %1 ms").arg(sinceLastStep.elapsed())); }
 
 protected:
     void timerEvent(QTimerEvent *) override
     {
-        if (!steps.isEmpty() && carryOut(steps.first())) {
-            finishStep();
+        // A click handles events, and so this timer's.
+        if (busy || steps.isEmpty()) {
+            return;
         }
+        busy = true;
+        for (QWidget *widget : QApplication::topLevelWidgets()) {
+            auto *window = qobject_cast<MainWindow *>(widget);
+            if (window != nullptr && window->isVisible() && carryOut(steps.first(), *window)) {
+                steps.removeFirst();
+                break;
+            }
+        }
+        busy = false;
     }
 
 private:
-    static MainWindow *window()
-    {
-        for (QWidget *widget : QApplication::topLevelWidgets()) {
-            if (auto *mainWindow = qobject_cast<MainWindow *>(widget)) {
-                return mainWindow->isVisible() ? mainWindow : nullptr;
-            }
-        }
-        return nullptr;
-    }
-
-    static void print(const QString &line)
-    {
-        std::printf("%s\n", qPrintable(line));
-        std::fflush(stdout);
-    }
-
-    void finishStep()
-    {
-        print("done: " + steps.takeFirst());
-        sinceLastStep.start();
-    }
-
-    static bool setUpPlatform(const QString &step)
-    {
-        if (step == "attach usb") {
-            ScriptedPlatform::attach({DeviceRecords::usbDrive()});
-        } else if (step == "attach firewire") {
-            ScriptedPlatform::attach({DeviceRecords::fireWireDrive()});
-        } else if (step == "attach none") {
-            ScriptedPlatform::attach({});
-        } else if (step == "flash fails") {
-            ScriptedPlatform::setFlashResult(false);
-        } else if (step == "flash hangs") {
-            ScriptedPlatform::holdFlashes();
-        } else if (step == "flash throws") {
-            ScriptedPlatform::throwFromFlashes();
-        } else if (step == "query hangs") {
-            ScriptedPlatform::holdQueries();
-        } else if (step == "query throws") {
-            ScriptedPlatform::throwFromQueries();
-        } else {
-            return false;
-        }
-        return true;
-    }
-
     /// True when the step was possible and is done.
-    static bool carryOut(const QString &step)
+    static bool carryOut(const QString &step, MainWindow &window)
     {
-        if (setUpPlatform(step)) {
-            return true;
-        }
-        if (step == "ok") {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
-            if (box == nullptr || !box->isVisible()) {
-                return false;
-            }
-            print("box: " + box->text());
-            QTest::mouseClick(box->button(QMessageBox::Ok), Qt::LeftButton);
-            return true;
-        }
-        MainWindow *const mainWindow = window();
-        if (mainWindow == nullptr) {
-            return false;
-        }
-        const QString argument = step.section(' ', 1);
-        if (step.startsWith("click ")) {
-            return WindowProbe::click(*mainWindow, argument);
-        }
-        if (step.startsWith("see ")) {
-            return !WindowProbe::texts(*mainWindow).filter(argument).isEmpty();
-        }
-        if (step == "close") {
-            mainWindow->close();
-        } else if (step == "print formats") {
-            print("formats: " + QImageReader::supportedImageFormats().join('|'));
-        } else if (step == "print plug-ins") {
-            QFile maps("/proc/self/maps");
-            print("plug-ins: "
-                + QString::number(
-                    maps.open(QIODevice::ReadOnly) ? maps.readAll().count("/imageformats/") : -1));
-        } else {
-            qFatal("the hand does not know how to %s", qPrintable(step));
-        }
-        return true;
+        return step == "close" ? window.close() : WindowProbe::click(window, step);
     }
 
+    /// What the scripted platform does from now on.
+    const std::map<QString, std::function<void()>> Platform{
+        {"usb", [] { ScriptedPlatform::attach({DeviceRecords::usbDrive()}); }},
+        {"firewire", [] { ScriptedPlatform::attach({DeviceRecords::fireWireDrive()}); }},
+        {"flash hangs", ScriptedPlatform::holdFlashes},
+        {"flash throws", ScriptedPlatform::throwFromFlashes},
+        {"query hangs", ScriptedPlatform::holdQueries},
+        {"query throws", ScriptedPlatform::throwFromQueries},
+    };
     QStringList steps;
-    QElapsedTimer sinceLastStep;
+    bool busy = false;
 };
 
 static void raiseHand()

@@ -150,7 +150,7 @@ void tst_PlatformReports::reportsAnUnusableBenchOnce()
         QVERIFY(QFile::link(
             QString::fromStdString(other.directory() + "/bench.sqlite"), QString::fromStdString(file)));
     } else if (what == "changed") {
-        other.execute("UPDATE documents SET document = x'7B7D'");
+        other.execute("UPDATE documents SET document = x'7B7D' WHERE name = x'41'");
     }
     const std::string used = what == "changed" ? other.directory() : directory;
     const Ended ended = runSelf({"discover", "3"}, used);

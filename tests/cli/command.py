@@ -5,6 +5,8 @@ import json
 import os
 import pty
 import re
+import select
+import signal
 import struct
 import subprocess
 import termios
@@ -31,9 +33,16 @@ class Command:
             if name in os.environ:
                 self.environment[name] = os.environ[name]
 
-    def start(self, *arguments, **options):
+    def start(self, *arguments, prepare=None, **options):
+        def default_signals():
+            for ending in (signal.SIGINT, signal.SIGQUIT):
+                signal.signal(ending, signal.SIG_DFL)  # a shell has what it runs in the background ignore them
+            if prepare:
+                prepare()
+
         streams = {"stdin": subprocess.DEVNULL, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE}
         return subprocess.Popen([str(options.pop("program", self.program)), *arguments], text=True,
+                                preexec_fn=default_signals,
                                 env={**self.environment, **options.pop("environment", {})}, **{**streams, **options})
 
     def run(self, *arguments, status=0, **options):
@@ -67,7 +76,7 @@ class Terminal:
             os.setsid()
             fcntl.ioctl(0, termios.TIOCSCTTY, 0)
 
-        self.process = command.start(*arguments, stdin=other, stdout=other, stderr=other, preexec_fn=take_terminal,
+        self.process = command.start(*arguments, stdin=other, stdout=other, stderr=other, prepare=take_terminal,
                                      environment=dict(environment))
         os.close(other)
 
@@ -75,6 +84,7 @@ class Terminal:
         os.write(self.side, text.encode())
 
     def read(self):
+        assert select.select([self.side], [], [], TIMEOUT)[0], self.output
         try:
             data = os.read(self.side, 65536)
         except OSError:  # nobody has the other side open any more

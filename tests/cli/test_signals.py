@@ -49,7 +49,7 @@ def test_ignored_signal_stays_ignored(bench, command, outdated):
     """As under nohup."""
     outdated("Pebble", "Lamina", rate=SLOW)
     process = command.start("update", "--all", "--yes",
-                            preexec_fn=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
+                            prepare=lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN))
     wait_for_writing(bench, "TV1")
     process.send_signal(signal.SIGHUP)
     assert process.wait(20) == 3

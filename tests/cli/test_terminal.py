@@ -1,5 +1,7 @@
 """The command on a terminal: questions, the line that lives, and a terminal that goes away."""
 
+import pty
+
 import pytest
 from command import ERASE, is_whole, wait_for_writing
 from conftest import OLD, SLOW
@@ -15,6 +17,12 @@ def test_question(bench, command, outdated, answer, status):
     terminal.type(answer + "\n")
     assert terminal.wait_for_end() == status
     assert is_whole(bench, "TV1", "2.14" if status == 3 else OLD)
+
+
+def test_question_that_nobody_sees(command):
+    _, terminal = pty.openpty()
+    refused = command.run("update", "--all", stdin=terminal, status=2)
+    assert refused.errors == "tarvo-firmware: nobody can be asked here: give --yes or --dry-run\n"
 
 
 def test_line_that_lives(bench, command, outdated):

@@ -145,7 +145,7 @@ def limit_file_size():
     resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096))
 
 
-@pytest.mark.parametrize("options", [{"environment": {"TMPDIR": "/proc"}}, {"preexec_fn": limit_file_size}],
+@pytest.mark.parametrize("options", [{"environment": {"TMPDIR": "/proc"}}, {"prepare": limit_file_size}],
                          ids=["no directory", "no room"])
 def test_companion_check_that_cannot_write(bench, command, outdated, options):
     outdated("Pebble")
@@ -157,10 +157,13 @@ def test_companion_check_that_cannot_write(bench, command, outdated, options):
 
 
 def test_private_directory(bench, command, outdated, tmp_path):
-    # Nothing that lies in the working directory is read or removed.
+    # Nothing that lies in the working directory is read or removed, and the command comes back to it.
     (tmp_path / "temp.txt").write_text("com.tarvo.quaydesk.service.plist\n")
-    outdated("Harbour FireWire")
-    command.run("update", "--all", "--yes", cwd=tmp_path, environment={"TARVO_BENCH": "bench"})
+    outdated("Pebble", rate=SLOW)
+    process = command.start("update", "--all", "--yes", cwd=tmp_path, environment={"TARVO_BENCH": "bench"})
+    wait_for_writing(bench, "TV1")
+    assert os.readlink(f"/proc/{process.pid}/cwd") == str(tmp_path)
+    assert process.wait(20) == 3
     assert (tmp_path / "temp.txt").exists() and os.listdir(command.temporary) == []
 
 

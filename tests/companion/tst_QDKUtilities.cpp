@@ -26,9 +26,8 @@ private slots:
     void init();
     void cleanup();
 
-    void startServiceSubmitsTheService();
-    void launchingOpensTheApplicationAndReturnsTheStatus_data();
-    void launchingOpensTheApplicationAndReturnsTheStatus();
+    void commandIsRunWhateverItsStatus_data();
+    void commandIsRunWhateverItsStatus();
     void pathsReachTheToolsAsOneWord();
 
     void searchFindsItsNeedle_data();
@@ -65,40 +64,39 @@ void tst_QDKUtilities::cleanup()
     tools.reset();
 }
 
-void tst_QDKUtilities::startServiceSubmitsTheService()
+void tst_QDKUtilities::commandIsRunWhateverItsStatus_data()
 {
-    const QByteArray command = "sudo launchctl submit -l com.tarvo.quaydesk.service -p "
-                               "/Library/Application\\ Support/Tarvo/Quaydesk/tarvo_qd_service";
-    for (const int status : {0, 256, -1}) {
-        CLibrary::withoutShell({{command, status}});
-        QCOMPARE(QDKUtilities::startService(), 1);
-        QCOMPARE(CLibrary::calls(), QStringList{"system(" + command + ")"});
+    QTest::addColumn<int>("index");
+    QTest::addColumn<int>("status");
+    for (const int index : {0, 1, 2}) {
+        for (const int status : {0, 256, 512, 9, -1}) {
+            QTest::addRow("%d, status %d", index, status) << index << status;
+        }
     }
 }
 
-void tst_QDKUtilities::launchingOpensTheApplicationAndReturnsTheStatus_data()
+void tst_QDKUtilities::commandIsRunWhateverItsStatus()
 {
-    QTest::addColumn<int>("status");
-    QTest::newRow("success") << 0;
-    QTest::newRow("failure") << 256;
-    QTest::newRow("another failure") << 512;
-    QTest::newRow("ended by a signal") << 9;
-    QTest::newRow("no shell") << -1;
-}
-
-void tst_QDKUtilities::launchingOpensTheApplicationAndReturnsTheStatus()
-{
+    QFETCH(int, index);
     QFETCH(int, status);
-    const QByteArray application = "open \"/Applications/Tarvo Quaydesk.app\"";
-    CLibrary::withoutShell({{application, status}});
-    QCOMPARE(QDKUtilities::launchQDK(), status);
-    QCOMPARE(CLibrary::calls(), QStringList{"system(" + application + ")"});
-
-    const QByteArray statusItem =
-        "open \"/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app\"";
-    CLibrary::withoutShell({{statusItem, status}});
-    QCOMPARE(QDKUtilities::launchQDKStatusItem(), status);
-    QCOMPARE(CLibrary::calls(), QStringList{"system(" + statusItem + ")"});
+    struct Command
+    {
+        int (*call)();
+        QByteArray text;
+        int result;
+    };
+    const Command command = QList<Command>{
+        {QDKUtilities::startService,
+            "sudo launchctl submit -l com.tarvo.quaydesk.service -p "
+            "/Library/Application\\ Support/Tarvo/Quaydesk/tarvo_qd_service",
+            1},
+        {QDKUtilities::launchQDK, "open \"/Applications/Tarvo Quaydesk.app\"", status},
+        {QDKUtilities::launchQDKStatusItem,
+            "open \"/Applications/Tarvo Quaydesk.app/Contents/MacOS/QDKStatusItem.app\"", status},
+    }[index];
+    CLibrary::withoutShell({{command.text, status}});
+    QCOMPARE(command.call(), command.result);
+    QCOMPARE(CLibrary::calls(), QStringList{"system(" + command.text + ")"});
 }
 
 void tst_QDKUtilities::pathsReachTheToolsAsOneWord()
@@ -191,32 +189,20 @@ void tst_QDKUtilities::statusOfTheCommandsIsIgnored()
 
 void tst_QDKUtilities::queryReadsWhatItsListingPrints_data()
 {
-    QTest::addColumn<int>("index");
-    QTest::addColumn<QString>("command");
-    QTest::addColumn<QStringList>("calls");
-    const QStringList commands = {"launchctl list", "launchctl list", "ps -axcopid,command",
-        "ps -axcopid,command", "ps -ax", "ls /Library/LaunchDaemons", "kextstat",
-        "ls /System/Library/Extensions"};
-    QCOMPARE(int(commands.size()), int(Searches.size()));
-    for (int index = 0; index < int(commands.size()); ++index) {
-        const QString call = QString(commands[index]).replace(' ', '|');
-        QTest::newRow(Searches[index].name)
-            << index << commands[index]
-            << (Searches[index].listing.startsWith("sudo ") ? QStringList{"sudo|" + call, call}
-                                                            : QStringList{call});
-    }
+    searchWithoutAScratchFileIsNegativeAndRemovesNothing_data();
 }
 
 void tst_QDKUtilities::queryReadsWhatItsListingPrints()
 {
     QFETCH(int, index);
-    QFETCH(QString, command);
-    QFETCH(QStringList, calls);
     const Search &search = Searches[index];
+    const bool bySudo = search.listing.startsWith("sudo ");
+    const QString command = search.listing.section(" >> ", 0, 0).section(" | ", 0, 0).mid(bySudo ? 5 : 0);
+    const QString call = QString(command).replace(' ', '|');
     // "Tarvo" for the filter; no process has this number.
     tools->answer(command, "99999999 Tarvo\n");
     QCOMPARE(search.call(), search.notFound);
-    QCOMPARE(tools->calls(), calls);
+    QCOMPARE(tools->calls(), bySudo ? QStringList({"sudo|" + call, call}) : QStringList{call});
     tools->answer(command, "99999999 " + search.needle + " of Tarvo\n");
     QCOMPARE(search.call(), search.found);
     QVERIFY(!QFile::exists("temp.txt"));

@@ -9,8 +9,7 @@ def trial(programs, place, choose):
     bench = programs.copy(place)
     database = bench / "bench.sqlite"
     content = bytearray(database.read_bytes())
-    choose.choice([change_bytes, flip_bit, change_header, change_page_header, lose_row, lose_sector, cut, swap_pages])(
-        content, choose)
+    choose.choice([change_bytes, change_header, lose_row, lose_sector, cut, swap_pages])(content, choose)
     database.write_bytes(content)
 
     answers = 0
@@ -22,31 +21,22 @@ def trial(programs, place, choose):
     change = choose.choice(CHANGES)
     is_done = programs.change(bench, change)
     found = programs.state(bench)
-    if is_done:
-        # Who takes a drive off, or makes the bench anew, may not have looked at the others.
-        known = (programs.after(change), None) if change[0] == "remove" else (programs.after(change),)
-    else:
-        known = (programs.before, None)
+    known = [programs.after(change) if is_done else programs.before]
+    if not is_done or change[0] == "remove":  # which takes a damaged drive off without a look at the others
+        known.append(None)
     expect(found in known, "lie", f"{change} {'done' if is_done else 'refused'}: {found}")
     return ["refused", "answered in part", "answered in part", "answered"][answers]
 
 
 def change_bytes(content, choose):
     for _ in range(choose.randint(1, 8)):
-        content[choose.randrange(len(content))] = choose.randrange(256)
-
-
-def flip_bit(content, choose):
-    content[choose.randrange(len(content))] ^= 1 << choose.randrange(8)
+        content[choose.randrange(len(content))] ^= choose.choice([1 << choose.randrange(8), choose.randrange(256)])
 
 
 def change_header(content, choose):
-    content[choose.randrange(100)] = choose.randrange(256)
-
-
-def change_page_header(content, choose):
-    """Where SQLite keeps how many rows a page has, and where they are."""
-    content[choose.choice([100, *range(PAGE, len(content), PAGE)]) + choose.randrange(24)] = choose.randrange(256)
+    """That of the file, or of a page: how many rows it has, and where they are."""
+    start, size = choose.choice([(0, 100), (100, 24), *((page, 24) for page in range(PAGE, len(content), PAGE))])
+    content[start + choose.randrange(size)] = choose.randrange(256)
 
 
 def lose_row(content, choose):

@@ -1,35 +1,30 @@
 """Odd documents: init takes one as it is, or refuses it in one line and makes no bench."""
 
+import copy
 import json
 
 from trial import expect
 
 NUMBERS = [0, -1, 1, 2**31, 2**53, 2**53 + 1, 2**63, 2**64, -(2**63) - 1, 1.5, 1e308, float("nan"), float("inf")]
-TEXTS = ["", "\0", "\x1b[2J", "\x85\x9b", "\ud800", "é", "→", "../x", "TV0001PEBBLE", "0x10", "\\x41", "\n" * 400, "a" * 5000]
+TEXTS = ["", "\0", "\x1b[2J", "\x85\x9b", "\ud800", "é", "→", "TV0001PEBBLE", "0x10", "\n" * 400, "a" * 5000]
 OTHERS = [None, True, False, [], {}, [[]], {"": 0}, [{"fault": "report", "value": "modelName=\x1b[1m"}]]
 
 
 def trial(programs, place, choose):
     document = json.loads(programs.run(programs.template, "export").stdout)
-    file = place / "odd.json"
-    file.write_bytes(choose.choices([odd_values, odd_bytes, odd_size], [60, 38, 2])[0](document, choose))
-    bench = place / "bench"
+    bench, again, file = place / "bench", place / "again", place / "odd.json"
+    file.write_bytes(choose.choices([odd_values, odd_bytes, odd_size], [75, 23, 2])[0](document, choose))
     if programs.run(bench, "init", "--from", file).returncode:
         expect(not (bench / "bench.sqlite").exists(), "lie", f"a refused document made a bench: {file}")
         return "refused"
     programs.run(bench, "list")
     exported = programs.run(bench, "export").stdout
     for drive in json.loads(exported)["drives"][:2]:
-        programs.run(bench, "show", quoted(drive["serial"]))
+        programs.run(bench, "show", "".join(f"\\x{ord(letter):02X}" for letter in drive["serial"]))
     file.write_bytes(exported)
-    again = place / "again"
     programs.run(again, "init", "--from", file)
     expect(programs.run(again, "export").stdout == exported, "lie", f"not read as it was printed: {exported}")
     return "taken"
-
-
-def quoted(serial):
-    return "".join(letter if " " < letter < "\x7f" and letter != "\\" else f"\\x{ord(letter):02X}" for letter in serial)
 
 
 def odd_values(document, choose):
@@ -42,9 +37,9 @@ def odd_values(document, choose):
                 break
             at = at[key]
         fitting = TEXTS if key is not None and isinstance(at[key], str) else NUMBERS
-        value = choose.choice(choose.choice([fitting, fitting, NUMBERS, TEXTS, OTHERS]))
+        value = copy.deepcopy(choose.choice(choose.choice([fitting, fitting, NUMBERS, TEXTS, OTHERS])))
         if isinstance(at, dict):
-            change = choose.choice(["set", "set", "add", "remove"])
+            change = choose.choice(["set", "set", "add", "remove", "remove"])
             at.update({choose.choice(TEXTS) if change == "add" or key is None else key: value})
             if change == "remove":
                 at.pop(key, None)
@@ -57,7 +52,7 @@ def odd_bytes(document, choose):
     text = bytearray(json.dumps(document, indent=choose.choice([None, 4])).encode())
     for _ in range(choose.randint(1, 4)):
         at, length = choose.randrange(len(text)), choose.randint(0, 20)
-        part = choose.choice([b"", choose.randbytes(length), text[:length], b'"', b"{", b"]", b"\\u0000", b"\xff", b"1e999"])
+        part = choose.choice([b"", choose.randbytes(length), text[:length], b'"', b"]", b"\\u0000", b"\xff", b"1e999"])
         text[at : at + choose.choice([0, 1, length])] = part
     return bytes(text)
 
@@ -70,6 +65,5 @@ def odd_size(document, choose):
         lambda: b'{"drives":' * 100_000,
         lambda: json.dumps({**document, "drives": [{**drive, "serial": str(n)} for n in range(10_001)]}).encode(),
         lambda: json.dumps({**document, "drives": [{"serial": "A", "model": "Skiff", **members}]}).encode(),
-        lambda: json.dumps({**document, "drives": [{**drive, "serial": "a" * 17_000_000}]}).encode(),
         lambda: json.dumps({**document, "drives": [{**drive, "faults": drive["faults"] * 100_000}]}).encode(),
     ])()

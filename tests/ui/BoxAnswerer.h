@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tests/support/WindowProbe.h"
+#include "tests/ui/WindowFixture.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -8,6 +9,7 @@
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 inline void pressOk(QMessageBox &box)
 {
@@ -43,4 +45,23 @@ protected:
 private:
     std::function<void(QMessageBox &)> answer;
     QPointer<QMessageBox> lastBox;
+};
+
+/// The real window where the companion is installed; the box that it opens while it is constructed is
+/// answered.
+class WarnedWindow
+{
+public:
+    explicit WarnedWindow(const std::function<void(QMessageBox &)> &answer) : answerer(answer)
+    {
+        tools.installCompanion();
+        window = std::make_unique<MainWindow>(arguments.count, arguments.vector);
+        waitForDiscovery();
+    }
+
+    StandInTools tools;
+    HeldPlatform platform;
+    Arguments arguments;
+    BoxAnswerer answerer;
+    std::unique_ptr<MainWindow> window;
 };

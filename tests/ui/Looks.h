@@ -49,10 +49,10 @@ inline void bringTo(WindowFixture &fixture, const QString &look, const std::stri
         fixture.deliver(drives);
     }
     if (look != "no drive" && look != "list") {
-        QVERIFY(fixture.click("Update Firmware and Configuration"));
+        fixture.window.updateDevice("A");
     }
     if (look == "in progress" || look == "restart" || look == "success" || look == "failure") {
-        QVERIFY(fixture.click("Update Firmware"));
+        fixture.window.startUpdate("A");
     }
     if (look == "restart" || look == "success" || look == "failure") {
         fixture.finish(look != "failure");

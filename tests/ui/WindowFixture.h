@@ -40,17 +40,19 @@ private:
     char *pointers[2] = {program, nullptr};
 };
 
+/// Returns once the discovery thread of the window waits in its first query.
+inline void waitForDiscovery()
+{
+    if (!QTest::qWaitFor([] { return ScriptedPlatform::count("getTarvoDevice") == 1; })) {
+        qFatal("the window does not look for drives");
+    }
+}
+
 /// The real window over a scripted platform and stand-in tools.
 class WindowFixture
 {
 public:
-    /// Returns once the window's discovery thread waits in its first query.
-    WindowFixture()
-    {
-        if (!QTest::qWaitFor([] { return ScriptedPlatform::count("getTarvoDevice") == 1; })) {
-            qFatal("the window does not look for drives");
-        }
-    }
+    WindowFixture() { waitForDiscovery(); }
     ~WindowFixture() { QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 
     /// Hands the window a list as the discovery thread does, but at once.

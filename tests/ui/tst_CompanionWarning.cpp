@@ -38,7 +38,6 @@ void verifyBox(QMessageBox &box)
     QCOMPARE(box.windowIcon().pixmap(32, 32).toImage(), QPixmap(":/firmwareUpdater/TarvoLogo.png").toImage());
     QVERIFY(box.parent() == nullptr);
     QCOMPARE(box.windowFlags(), expected.windowFlags());
-    QVERIFY(box.windowFlags().testFlag(Qt::Dialog));
     QVERIFY(box.windowFlags().testFlag(Qt::MSWindowsFixedSizeDialogHint));
 }
 
@@ -52,7 +51,6 @@ private slots:
     void companionIsCheckedOnEveryRefresh();
     void companionAtStartIsWarnedOfOnceDuringConstruction();
     void companionBoxSaysWhatToDo();
-    void companionBoxClosedOtherwiseStillMeansOk();
     void companionBoxEndsTheProgramOnlyWithOk();
     void companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndOkDoesNotEndTheProgram();
     void listsAndResultsArriveWhileTheBoxIsOpen();
@@ -72,13 +70,9 @@ void tst_CompanionWarning::companionIsCheckedOnEveryRefresh()
 
 void tst_CompanionWarning::companionAtStartIsWarnedOfOnceDuringConstruction()
 {
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
-    BoxAnswerer answerer(pressOk);
-    MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
+    WarnedWindow warned(pressOk);
+    MainWindow &window = *warned.window;
+    QCOMPARE(warned.answerer.boxesSeen, 1);
     QVERIFY(window.quitAtStartup);
     QVERIFY(window.isVisible());
     // No content but the version; the column has its leading stretch and nothing else.
@@ -86,55 +80,27 @@ void tst_CompanionWarning::companionAtStartIsWarnedOfOnceDuringConstruction()
     verifyVersion(window);
     QCOMPARE(window.findChild<QScrollArea *>()->widget()->layout()->count(), 1);
     // Later refreshes check again but show the drives.
-    tools.forgetCalls();
+    warned.tools.forgetCalls();
     window.updateWindow();
-    QCOMPARE(tools.calls(), QStringList{"ls|/Library/LaunchDaemons"});
-    QCOMPARE(answerer.boxesSeen, 1);
+    QCOMPARE(warned.tools.calls(), QStringList{"ls|/Library/LaunchDaemons"});
+    QCOMPARE(warned.answerer.boxesSeen, 1);
     QCOMPARE(WindowProbe::texts(window), (QStringList{NoDriveText, VersionText}));
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
 }
 
 void tst_CompanionWarning::companionBoxSaysWhatToDo()
 {
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
     bool compared = false;
-    BoxAnswerer answerer([&compared](QMessageBox &box) {
+    const WarnedWindow warned([&compared](QMessageBox &box) {
         verifyBox(box);
         compared = true;
-        pressOk(box);
     });
-    const MainWindow window(arguments.count, arguments.vector);
     QVERIFY(compared);
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
-}
-
-void tst_CompanionWarning::companionBoxClosedOtherwiseStillMeansOk()
-{
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
-    BoxAnswerer answerer([](QMessageBox &box) { box.close(); });
-    const MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
-    QVERIFY(window.quitAtStartup);
 }
 
 void tst_CompanionWarning::companionBoxEndsTheProgramOnlyWithOk()
 {
-    StandInTools tools;
-    tools.installCompanion();
-    HeldPlatform platform;
-    Arguments arguments;
-    BoxAnswerer answerer([](QMessageBox &box) { box.done(QMessageBox::Cancel); });
-    const MainWindow window(arguments.count, arguments.vector);
-    QCOMPARE(answerer.boxesSeen, 1);
-    QVERIFY(!window.quitAtStartup);
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+    QVERIFY(WarnedWindow([](QMessageBox &box) { box.close(); }).window->quitAtStartup);
+    QVERIFY(!WarnedWindow([](QMessageBox &box) { box.done(QMessageBox::Cancel); }).window->quitAtStartup);
 }
 
 void tst_CompanionWarning::companionAfterStartIsWarnedOfAtTheNextRefreshOnceAndOkDoesNotEndTheProgram()

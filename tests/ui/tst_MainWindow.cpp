@@ -11,6 +11,7 @@
 #include <QStackedWidget>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 using DeviceRecords::fireWireDrive;
@@ -37,39 +38,29 @@ MainWindow *findWindow()
     return nullptr;
 }
 
-/// Keeps whether the discovery thread runs when a window is shown.
-class ShowObserver : public QObject
+/// Calls the function for each event of that type of a window.
+class EventObserver : public QObject
 {
 public:
-    ShowObserver() { qApp->installEventFilter(this); }
-    QList<bool> threadRuns;
+    using Function = std::function<void(MainWindow &, QEvent &)>;
+    EventObserver(QEvent::Type type, const Function &function) : type(type), function(function)
+    {
+        qApp->installEventFilter(this);
+    }
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override
     {
         auto *window = qobject_cast<MainWindow *>(object);
-        if (window != nullptr && event->type() == QEvent::Show) {
-            const DeviceDiscoveryThread *thread = WindowMembers::discoveryThread(*window);
-            threadRuns.append(thread != nullptr && thread->isRunning());
+        if (window != nullptr && event->type() == type) {
+            function(*window, *event);
         }
         return false;
     }
-};
 
-/// Keeps what of a window is drawn.
-class PaintObserver : public QObject
-{
-public:
-    QRegion region;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint) {
-            region += static_cast<QPaintEvent *>(event)->region();
-        }
-        return false;
-    }
+private:
+    const QEvent::Type type;
+    const Function function;
 };
 
 } // namespace
@@ -172,13 +163,9 @@ void tst_MainWindow::terminateUpdateWorksThroughItsSlotIndex()
 
 void tst_MainWindow::windowIsSetUpBeforeTheCompanionIsLookedFor()
 {
-    StandInTools tools;
-    tools.installCompanion();
-    const HeldPlatform platform;
-    Arguments arguments;
     bool looked = false;
-    BoxAnswerer answerer([&looked](QMessageBox &box) {
-        const MainWindow *window = findWindow();
+    const WarnedWindow warned([&looked](QMessageBox &) {
+        MainWindow *window = findWindow();
         QVERIFY(!window->isVisible());
         QCOMPARE(window->size(), QSize(850, 300));
         QCOMPARE(window->maximumSize(), QSize(850, 700));
@@ -188,21 +175,22 @@ void tst_MainWindow::windowIsSetUpBeforeTheCompanionIsLookedFor()
         // The blank page; and nobody looks for drives yet.
         QCOMPARE(window->findChild<QStackedWidget *>()->count(), 1);
         QCOMPARE(ScriptedPlatform::calls(), QStringList());
-        QVERIFY(WindowMembers::discoveryThread(*findWindow()) == nullptr);
+        QVERIFY(WindowMembers::discoveryThread(*window) == nullptr);
         looked = true;
-        pressOk(box);
     });
-    const MainWindow window(arguments.count, arguments.vector);
     QVERIFY(looked);
-    QVERIFY(window.isVisible());
-    QTRY_COMPARE(ScriptedPlatform::count("getTarvoDevice"), 1);
+    QVERIFY(warned.window->isVisible());
 }
 
 void tst_MainWindow::threadRunsWhenTheWindowIsShown()
 {
-    ShowObserver observer;
+    QList<bool> runs;
+    const EventObserver observer(QEvent::Show, [&runs](MainWindow &window, QEvent &) {
+        const DeviceDiscoveryThread *thread = WindowMembers::discoveryThread(window);
+        runs.append(thread != nullptr && thread->isRunning());
+    });
     const WindowFixture fixture;
-    QCOMPARE(observer.threadRuns, QList<bool>{true});
+    QCOMPARE(runs, QList<bool>{true});
 }
 
 void tst_MainWindow::threadsInheritThePriority()
@@ -298,11 +286,12 @@ void tst_MainWindow::refreshDrawsTheWholeWindow()
     WindowFixture fixture;
     QVERIFY(QTest::qWaitForWindowExposed(&fixture.window));
     QCoreApplication::processEvents();
-    PaintObserver observer;
-    fixture.window.installEventFilter(&observer);
+    QRegion drawn;
+    const EventObserver observer(QEvent::Paint,
+        [&drawn](MainWindow &, QEvent &event) { drawn += static_cast<QPaintEvent &>(event).region(); });
     fixture.window.updateWindow();
-    QTRY_VERIFY(observer.region.contains(fixture.window.rect().topLeft()));
-    QVERIFY(observer.region.contains(fixture.window.rect().bottomRight()));
+    QTRY_VERIFY(drawn.contains(fixture.window.rect().topLeft()));
+    QVERIFY(drawn.contains(fixture.window.rect().bottomRight()));
 }
 
 void tst_MainWindow::destructionOnlyFlagsTheThreadToStop()

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 
 #include <functional>
@@ -35,6 +36,7 @@ struct Panel
 {
     explicit Panel(const TemporaryBench &bench) : window(bench.directory(), bench.imageDirectory())
     {
+        window.placeBesideUpdater(QRect(0, 0, 1920, 1080));
         window.show();
         window.activateWindow();
         if (!QTest::qWaitForWindowActive(&window)) {
@@ -57,17 +59,17 @@ struct Panel
     /// Opens the menu of a button and does something with it; a pressed menu button waits until it is closed.
     void open(const QString &name, const std::function<void(QMenu *menu)> &action) const
     {
-        QMenu *const menu = button(name)->menu();
-        QTimer once;
-        QObject::connect(&once, &QTimer::timeout, menu, [&once, menu, &action] {
-            if (menu->isVisible()) {
-                once.stop();
-                action(menu);
+        const QPointer<QMenu> menu = button(name)->menu(); // it goes with its drive
+        QTimer::singleShot(0, menu, [menu, &action] {
+            if (!menu->isVisible()) {
+                qFatal("no menu is opened");
+            }
+            action(menu);
+            if (menu != nullptr) {
                 menu->close();
             }
         });
-        once.start(20);
-        press(name);
+        QTest::mousePress(button(name), Qt::LeftButton);
     }
     /// Chooses an entry of the menu of a button with the mouse.
     void choose(const QString &name, const QString &title) const

@@ -11,9 +11,6 @@
 
 using namespace bench;
 
-using Edit = std::function<void(Drive &drive)>;
-Q_DECLARE_METATYPE(Edit)
-
 namespace {
 
 constexpr int AwayTime = 1000 * AwaySeconds;
@@ -42,12 +39,9 @@ private slots:
     void aDrivesTexts_data();
     void aDrivesTexts();
     void aScreenReadersNames();
-    void unpluggingAndPlugging();
-    void aRestartTakesAWhile_data();
     void aRestartTakesAWhile();
     void aDrivePluggedInEarlyWaits();
     void aDriveThatComesBackCanBeKeptAway();
-    void aDriveIsNotLeftUnplugged_data();
     void aDriveIsNotLeftUnplugged();
     void theKeyboard_data();
     void theKeyboard();
@@ -59,7 +53,6 @@ private slots:
     void drivesAreAddedAndRemoved();
     void aDriveGoesWhileItIsAskedAbout();
     void theCompanionSwitch();
-    void changesMadeElsewhereAreShown();
     void rowsStayInPlace();
     void theProgressOfAFlash();
     void aRefusalNamesItsDrive();
@@ -84,54 +77,44 @@ void tst_Panel::theSampleIsShown()
 
 void tst_Panel::aDrivesTexts_data()
 {
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<Edit>("edit");
+    QTest::addColumn<QString>("patch"); // of the drive's document
     QTest::addColumn<QString>("shown");
-    const auto row = [](const char *shown, const Edit &edit, const char *model = "Pebble") {
-        QTest::newRow(shown) << QString(model) << edit << QString(shown);
+    const auto row = [](const char *patch, const char *shown) {
+        QTest::newRow(patch) << QString(patch) << QString(shown);
     };
-    const auto failed = [](Drive &drive) { drive.setLastUpdate("failed: it had to"); };
-    const auto interrupted = [](Drive &drive) {
-        drive.incomplete = true;
-        drive.heartbeat = 1;
-    };
-    const auto inBootRom = [](Drive &drive) {
-        drive.incomplete = true;
-        drive.mounted = false;
-        drive.runningFirmware = "";
-    };
-    const auto updated = [](Drive &drive) { drive.flashFirmware = "2.14"; };
-    row("Unplugged\n", [](Drive &drive) { drive.plugged = false; });
-    row("Does not answer\n", [](Drive &drive) { drive.answers = false; });
-    row("Boot ROM: update it again\n", inBootRom);
-    row("incomplete\n", inBootRom);
-    row("Last update: interrupted, at ", interrupted);
-    row("Last update: failed: it had to, at ", failed);
-    row("Updated: press Replug\n", updated);
-    row("Updated: press Power-cycle\n", updated, "Bollard");
-    row("Needs firmware and configuration; volumes not mounted\n",
-        [](Drive &drive) { drive.mounted = false; });
-    row("Status not known yet\n", [](Drive &drive) { drive.faults = {fault("never-settles")}; });
-    row("Status unknown\n", [](Drive &drive) {
-        drive.faults = {fault("report firmwareStatus=9"), fault("report configurationStatus=9")};
-    });
-    row("A, goes by B\n", [](Drive &drive) { drive.reportedSerial = "B"; });
-    row("Faults: pulled-out 4096 (once), report modelName=<b>\n", [](Drive &drive) {
-        drive.faults = {fault("pulled-out 4096", true), fault("report modelName=<b>")};
-    });
+    row(R"({"plugged": false})", "Unplugged\n");
+    row(R"({"answers": false})", "Does not answer\n");
+    row(R"({"incomplete": true, "runningFirmware": ""})", "Boot ROM: update it again\n");
+    row(R"({"incomplete": true})", "incomplete\n");
+    row(R"({"incomplete": true, "heartbeat": 1})", "Last update: interrupted, at ");
+    row(R"({"lastUpdate": "failed: it had to"})", "Last update: failed: it had to, at ");
+    row(R"({"flashFirmware": "2.14"})", "Updated: press Replug\n");
+    row(R"({"model": "Bollard"})", "Bollard\n");
+    row(R"({"model": "Bollard", "flashFirmware": "2.14"})", "Updated: press Power-cycle\n");
+    row(R"({"mounted": false})", "Needs firmware and configuration; volumes not mounted\n");
+    row(R"({"faults": [{"fault": "never-settles"}]})", "Status not known yet\n");
+    row(R"({"faults": [{"fault": "report", "value": "firmwareStatus=9"},
+                       {"fault": "report", "value": "configurationStatus=9"}]})",
+        "Status unknown\n");
+    row(R"({"reportedSerial": "B"})", "A, goes by B\n");
+    row(R"({"faults": [{"fault": "pulled-out", "value": "4096", "once": true},
+                       {"fault": "report", "value": "modelName=<b>"}]})",
+        "Faults: pulled-out 4096 (once), report modelName=<b>\n");
 }
 
 void tst_Panel::aDrivesTexts()
 {
-    QFETCH(QString, model);
-    QFETCH(Edit, edit);
+    QFETCH(QString, patch);
     QFETCH(QString, shown);
     TemporaryBench bench;
-    bench.addOutdated("A", model.toStdString());
+    bench.addOutdated("A");
     const Panel panel(bench);
-    const QString before = panel.text();
-    QVERIFY(!before.contains(shown));
-    bench.edit("A", edit);
+    QVERIFY(!panel.shows(shown));
+    bench.edit("A", [&patch](Drive &drive) {
+        Json document = drive;
+        document.merge_patch(Json::parse(patch.toStdString()));
+        drive = document.get<Drive>();
+    });
     QTRY_VERIFY2_WITH_TIMEOUT(panel.shows(shown), qPrintable(panel.text()), SoonEnough);
     for (const QLabel *label : panel.window.findChildren<DriveRow *>().first()->findChildren<QLabel *>()) {
         QVERIFY2(
@@ -161,46 +144,14 @@ void tst_Panel::aScreenReadersNames()
     QCOMPARE(accessibleName(row->findChild<QProgressBar *>()), QString("Flash of A"));
 }
 
-void tst_Panel::unpluggingAndPlugging()
-{
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    bench.addOutdated("B", "Skiff");
-    const Panel panel(bench);
-    panel.press("Unplug A");
-    QVERIFY(!bench.drive("A").plugged);
-    QVERIFY(bench.drive("B").plugged);
-    QVERIFY(panel.shows("Unplugged\n"));
-    letTimePass(bench);
-    panel.press("Plug A");
-    QVERIFY(bench.drive("A").plugged);
-    QVERIFY(!panel.shows("Unplugged"));
-    panel.press("Unplug A");
-    letTimePass(bench);
-    panel.press("Replug A");
-    QVERIFY(bench.drive("A").plugged);
-}
-
-void tst_Panel::aRestartTakesAWhile_data()
-{
-    QTest::addColumn<QString>("model");
-    QTest::addColumn<QString>("button");
-    QTest::newRow("power button") << "Bollard"
-                                  << "Power-cycle A";
-    QTest::newRow("FireWire") << "Harbour FireWire"
-                              << "Replug A";
-}
-
 void tst_Panel::aRestartTakesAWhile()
 {
-    QFETCH(QString, model);
-    QFETCH(QString, button);
     TemporaryBench bench;
-    bench.addOutdated("A", model.toStdString());
+    bench.addOutdated("A", "Bollard");
     const Panel panel(bench);
     QElapsedTimer time;
     time.start();
-    panel.press(button);
+    panel.press("Power-cycle A");
     QVERIFY(time.elapsed() < 1000); // the window is not blocked meanwhile
     QVERIFY(!bench.drive("A").plugged);
     QVERIFY(panel.shows(QString("Unplugged, comes back by itself in %1 s\n").arg(AwaySeconds)));
@@ -255,23 +206,13 @@ void tst_Panel::aDriveThatComesBackCanBeKeptAway()
     QVERIFY(panel.button("Unplug A")->isEnabled());
 }
 
-void tst_Panel::aDriveIsNotLeftUnplugged_data()
-{
-    QTest::addColumn<QStringList>("buttons");
-    QTest::newRow("restarted") << QStringList{"Replug A"};
-    QTest::newRow("plugged in early") << QStringList{"Unplug A", "Plug A"};
-}
-
 void tst_Panel::aDriveIsNotLeftUnplugged()
 {
-    QFETCH(QStringList, buttons);
     TemporaryBench bench;
     bench.addOutdated("A");
     {
         const Panel panel(bench);
-        for (const QString &button : buttons) {
-            panel.press(button);
-        }
+        panel.press("Replug A");
         QVERIFY(!bench.drive("A").plugged);
     }
     QVERIFY(bench.drive("A").plugged);
@@ -447,21 +388,6 @@ void tst_Panel::theCompanionSwitch()
     QTRY_VERIFY_WITH_TIMEOUT(companion->isChecked(), SoonEnough);
 }
 
-void tst_Panel::changesMadeElsewhereAreShown()
-{
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    const Panel panel(bench);
-    unplugDrive(bench.store(), "A");
-    QTRY_VERIFY_WITH_TIMEOUT(panel.shows("Unplugged"), SoonEnough);
-    plugDrive(bench.store(), "A");
-    QTRY_VERIFY_WITH_TIMEOUT(!panel.shows("Unplugged"), SoonEnough);
-    bench.addOutdated("B", "Skiff");
-    QTRY_VERIFY_WITH_TIMEOUT(panel.shows("Skiff"), SoonEnough);
-    removeDrive(bench.store(), "B");
-    QTRY_VERIFY_WITH_TIMEOUT(!panel.shows("Skiff"), SoonEnough);
-}
-
 void tst_Panel::rowsStayInPlace()
 {
     TemporaryBench bench;
@@ -474,7 +400,7 @@ void tst_Panel::rowsStayInPlace()
     panel.press("Unplug B");
     panel.choose("Faults B", "verify-error");
     QCOMPARE(panel.button("Plug B"), unplug);
-    QCOMPARE(unplug->mapTo(&panel.window, QPoint()), place);
+    QTRY_COMPARE(unplug->mapTo(&panel.window, QPoint()), place);
 }
 
 void tst_Panel::theProgressOfAFlash()
@@ -505,7 +431,7 @@ void tst_Panel::aRefusalNamesItsDrive()
     panel.press("Unplug A");
     QVERIFY(panel.shows("cannot unplug A: it is unplugged already; "));
     plugDrive(bench.store(), "A");
-    QTRY_VERIFY(panel.button("Unplug A") != nullptr);
+    QTRY_VERIFY(!panel.shows("Unplugged"));
     unplugDrive(bench.store(), "A");
     panel.press("Replug A");
     QVERIFY(panel.shows("cannot restart A: it is unplugged already; ") && !panel.shows("comes back"));
