@@ -132,6 +132,13 @@ def test_written_again_where_that_is_asked_for(fleet):
     assert fleet.run().changed == set()
 
 
+def test_machine_fails_that_cannot_remember_what_is_to_be_restarted(fleet):
+    fleet.add("one", OUTDATED)
+    run = fleet.run("-e", "tarvo_firmware_record=/proc/none/record.json")
+    says(run, {"one": ["TV-one-0 Pebble written: ", "- - Destination directory /proc/none does not exist"]})
+    assert run.failed == {"one"}
+
+
 def test_text_of_a_drive_is_not_evaluated(fleet):
     text = "{{7*7}}"
     bench = fleet.add("one", [*OUTDATED, "--serial", text])

@@ -53,7 +53,7 @@ def test_versions_agree(version):
     newest = root.find("./releases/release")
     assert (newest.get("version"), newest.get("date")) == (version, heading[2])
     release = re.search(r'CPACK_DEBIAN_PACKAGE_RELEASE "(\d+)"', (BUILD / "CPackConfig.cmake").read_text())[1]
-    for component in ("program", "bench"):
+    for component in ("program", "command", "images", "bench"):
         changelog = GENERATED / component / "changelog.Debian"
         told = checked("dpkg-parsechangelog", "--file", changelog, "--show-field", "Version")
         assert told == f"{version}-{release}\n"
@@ -66,7 +66,8 @@ def test_lines_of_the_changelog_fit_a_debian_changelog():
 
 
 @pytest.mark.parametrize(
-    "page", ["program/tarvo-firmware-updater.1", "bench/drive-bench.1", "bench/drive-bench-panel.1"]
+    "page", ["program/tarvo-firmware-updater.1", "command/tarvo-firmware.1", "bench/drive-bench.1",
+             "bench/drive-bench-panel.1"]
 )
 def test_manual_page_has_no_warnings(page, version):
     text = checked("groff", "-man", "-Tutf8", "-rLL=80n", "-ww", "-P-c", GENERATED / page)
