@@ -18,7 +18,6 @@ private slots:
     void makesABench();
     void addsAndRemovesDrives();
     void plugsAndUnplugs();
-    void aSignalInTheMiddleOfARestartPlugsTheDriveIn_data();
     void aSignalInTheMiddleOfARestartPlugsTheDriveIn();
     void setsAndClearsEachFault();
     void listsAndShowsDrives();
@@ -26,7 +25,6 @@ private slots:
     void printsAWholeExportIntoAPipe();
     void nothingReachesATerminalUnescaped();
     void buildsImages();
-    void followsNothingInPlaceOfAnImage_data();
     void followsNothingInPlaceOfAnImage();
 };
 
@@ -108,27 +106,20 @@ void tst_Command::plugsAndUnplugs()
     QCOMPARE(bench.drive("A").powerUps, std::int64_t(4));
 }
 
-void tst_Command::aSignalInTheMiddleOfARestartPlugsTheDriveIn_data()
-{
-    QTest::addColumn<int>("number");
-    addRow("TERM", SIGTERM);
-    addRow("HUP", SIGHUP);
-    addRow("INT", SIGINT);
-}
-
 void tst_Command::aSignalInTheMiddleOfARestartPlugsTheDriveIn()
 {
-    QFETCH(int, number);
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    QProcess process;
-    process.start(driveBenchPath(),
-        {"replug", "A", "--bench", QString::fromStdString(bench.directory()), "--for", "60"});
-    QTRY_VERIFY(!bench.drive("A").plugged);
-    ::kill(pid_t(process.processId()), number);
-    QVERIFY(process.waitForFinished(5000));
-    QCOMPARE(process.exitStatus(), QProcess::CrashExit); // ended by the signal, as a shell expects
-    QVERIFY(bench.drive("A").plugged);
+    for (const int number : {SIGTERM, SIGHUP, SIGINT}) {
+        TemporaryBench bench;
+        bench.addOutdated("A");
+        QProcess process;
+        process.start(driveBenchPath(),
+            {"replug", "A", "--bench", QString::fromStdString(bench.directory()), "--for", "60"});
+        QTRY_VERIFY(!bench.drive("A").plugged);
+        ::kill(pid_t(process.processId()), number);
+        QVERIFY(process.waitForFinished(5000));
+        QCOMPARE(process.exitStatus(), QProcess::CrashExit); // ended by the signal, as a shell expects
+        QVERIFY(bench.drive("A").plugged);
+    }
 }
 
 void tst_Command::setsAndClearsEachFault()
@@ -286,28 +277,22 @@ void tst_Command::buildsImages()
     QCOMPARE(readImage(directory.filePath("skiff.tfw").toStdString()).firmware, std::string("2.11"));
 }
 
-void tst_Command::followsNothingInPlaceOfAnImage_data()
-{
-    QTest::addColumn<bool>("isLink");
-    addRow("link", true);
-    addRow("FIFO", false);
-}
-
 void tst_Command::followsNothingInPlaceOfAnImage()
 {
-    QFETCH(bool, isLink);
-    const QTemporaryDir directory;
-    const std::string image = directory.filePath("skiff.tfw").toStdString();
-    const std::string target = directory.filePath("target").toStdString();
-    writeFile(target, "dear");
-    if (isLink) {
-        std::filesystem::create_symlink(target, image);
-    } else {
-        QCOMPARE(::mkfifo(image.c_str(), 0600), 0);
+    for (const bool isLink : {true, false}) {
+        const QTemporaryDir directory;
+        const std::string image = directory.filePath("skiff.tfw").toStdString();
+        const std::string target = directory.filePath("target").toStdString();
+        writeFile(target, "dear");
+        if (isLink) {
+            std::filesystem::create_symlink(target, image);
+        } else {
+            QCOMPARE(::mkfifo(image.c_str(), 0600), 0);
+        }
+        QCOMPARE(driveBench({"image", "build", "Skiff", "--output", directory.path()}).status, 0);
+        QCOMPARE(readFile(target, 10), std::string("dear"));
+        QCOMPARE(readImage(image).bridge, std::int64_t(1));
     }
-    QCOMPARE(driveBench({"image", "build", "Skiff", "--output", directory.path()}).status, 0);
-    QCOMPARE(readFile(target, 10), std::string("dear"));
-    QCOMPARE(readImage(image).bridge, std::int64_t(1));
 }
 
 static const TestClass<tst_Command> commandTests;

@@ -24,9 +24,7 @@ private slots:
     void init() { temporary = std::make_unique<QTemporaryDir>(); }
     void makesADirectoryAndABench();
     void isMadeOnceUnlessReplaced();
-    void refusesOtherFiles_data();
     void refusesOtherFiles();
-    void followsNoLink_data();
     void followsNoLink();
     void whatIsRefusedLeavesEverythingAsItWas();
     void saysWhatCannotBeMade();
@@ -103,62 +101,46 @@ void tst_Creation::isMadeOnceUnlessReplaced()
     QVERIFY(!fs::exists(bench.directory() + "/calls.log") && !fs::exists(bench.directory() + "/images"));
 }
 
-void tst_Creation::refusesOtherFiles_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const char *name :
-        {"letter.txt", ".bench.sqlite", "bench.sqlite-journal2", "drives/", "image", "bench.sqlite"}) {
-        addRow(name, name);
-    }
-}
-
 void tst_Creation::refusesOtherFiles()
 {
-    QFETCH(QString, name);
-    const std::string file = temporary->filePath(name).toStdString();
-    if (name.endsWith('/')) {
-        fs::create_directory(file);
-    } else if (name == "bench.sqlite") { // another program's
-        SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
-            .exec("CREATE TABLE letters (text)");
-    } else {
-        writeFile(file, "dear");
-    }
-    const std::string content = name.endsWith('/') ? "" : readFile(file, 1 << 20);
-    for (const bool replace : {false, true}) {
-        QCOMPARE(creating(path("."), replace),
-            path(".") + " holds other files; name a new or an empty directory with --bench");
-    }
-    QCOMPARE(names(), QStringList(QString(name).remove('/')));
-    QVERIFY(name.endsWith('/') || readFile(file, 1 << 20) == content);
-}
-
-void tst_Creation::followsNoLink_data()
-{
-    QTest::addColumn<QString>("name");
-    for (const char *name : {"", "-wal", "-shm", ".new", ".new-wal", ".new-journal"}) {
-        QTest::addRow("bench.sqlite%s", name) << QString("bench.sqlite") + name;
+    for (const std::string name :
+        {"letter.txt", ".bench.sqlite", "bench.sqlite-journal2", "image", "bench.sqlite"}) {
+        const QTemporaryDir directory;
+        const std::string file = directory.filePath(name.c_str()).toStdString();
+        if (name == "bench.sqlite") { // another program's
+            SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE)
+                .exec("CREATE TABLE letters (text)");
+        } else {
+            writeFile(file, "dear");
+        }
+        const std::string content = readFile(file, 1 << 20);
+        const std::string place = directory.path().toStdString();
+        for (const bool replace : {false, true}) {
+            QCOMPARE(creating(place, replace),
+                place + " holds other files; name a new or an empty directory with --bench");
+        }
+        QCOMPARE(readFile(file, 1 << 20), content);
     }
 }
 
 /// Nothing is read or written at the other end of a link, whether a bench is made beside it or not.
 void tst_Creation::followsNoLink()
 {
-    QFETCH(QString, name);
-    for (const char *content : {"", "dear"}) {
-        fs::create_directory(path("bench"));
-        const std::string link = path("bench") + '/' + name.toStdString();
-        fs::create_symlink(path("target"), link);
-        if (*content != '\0') {
-            writeFile(path("target"), content);
+    for (const char *suffix : {"", "-wal", "-shm", ".new", ".new-wal", ".new-journal"}) {
+        for (const std::string content : {"", "dear"}) {
+            fs::create_directory(path("bench"));
+            const std::string link = path("bench/bench.sqlite") + suffix;
+            fs::create_symlink(path("target"), link);
+            fs::remove(path("target"));
+            if (!content.empty()) {
+                writeFile(path("target"), content);
+            }
+            creating(path("bench"), true);
+            QCOMPARE(fs::exists(path("target")), !content.empty());
+            QVERIFY(content.empty() || readFile(path("target"), 10) == content);
+            QVERIFY(fs::is_symlink(link) || driveCount(path("bench")) == 6);
+            fs::remove_all(path("bench"));
         }
-        creating(path("bench"), true);
-        QCOMPARE(fs::exists(path("target")), *content != '\0');
-        QVERIFY(*content == '\0' || readFile(path("target"), 10) == content);
-        if (!fs::is_symlink(link)) {
-            QCOMPARE(driveCount(path("bench")), 6);
-        }
-        fs::remove_all(path("bench"));
     }
 }
 

@@ -17,9 +17,7 @@ class tst_Discovery : public QObject
 
 private slots:
     void reportsWhatADriveIs();
-    void reportsStatuses_data();
     void reportsStatuses();
-    void aFaultChangesTheReport_data();
     void aFaultChangesTheReport();
     void settlesAfterQueries();
     void settlesAfterATime();
@@ -43,81 +41,53 @@ void tst_Discovery::reportsWhatADriveIs()
     QCOMPARE(bench.query().at(0).serialNumber, "\xE9"s);
 }
 
-void tst_Discovery::reportsStatuses_data()
-{
-    QTest::addColumn<std::string>("change"); // members that are set
-    QTest::addColumn<int>("firmware");
-    QTest::addColumn<int>("configuration");
-    const auto row = [](const char *change, int firmware, int configuration) {
-        addRow(change, change + ""s, firmware, configuration);
-    };
-    using namespace Status;
-    row("{}", UpToDate, UpToDate);
-    row(R"({"runningFirmware": "1"})", UpdateRequired, UpToDate);
-    row(R"({"runningConfiguration": "1"})", UpToDate, UpdateRequired);
-    row(R"({"flashFirmware": "1"})", UpToDate, UpToDate);
-    row(R"({"runningFirmware": ""})", Unknown, Unknown);
-    row(R"({"incomplete": true})", Unknown, Unknown);
-    row(R"({"chipset": 0})", Unknown, Unknown);
-    row(R"({"chipset": 4})", UpToDate, UpToDate);
-    row(R"({"faults": [{"fault": "never-settles"}], "incomplete": true})", NotYetDetermined,
-        NotYetDetermined);
-}
-
 void tst_Discovery::reportsStatuses()
 {
-    QFETCH(std::string, change);
-    TemporaryBench bench;
-    addDrive(bench.store(), drive("A"));
-    bench.edit("A", [&change](Drive &drive) {
-        Json json = drive;
+    using namespace Status;
+    const std::tuple<std::string, int, int> rows[] = {{"{}", UpToDate, UpToDate},
+        {R"({"runningFirmware": "1"})", UpdateRequired, UpToDate},
+        {R"({"runningConfiguration": "1"})", UpToDate, UpdateRequired},
+        {R"({"flashFirmware": "1"})", UpToDate, UpToDate}, {R"({"runningFirmware": ""})", Unknown, Unknown},
+        {R"({"incomplete": true})", Unknown, Unknown}, {R"({"chipset": 0})", Unknown, Unknown},
+        {R"({"chipset": 4})", UpToDate, UpToDate},
+        {R"({"faults": [{"fault": "never-settles"}]})", NotYetDetermined, NotYetDetermined}};
+    for (const auto &[change, firmware, configuration] : rows) {
+        TemporaryBench bench;
+        Json json = drive("A");
         json.update(Json::parse(change));
-        drive = driveFromJson(json);
-    });
-    const DeviceInfo record = bench.query().at(0);
-    QTEST(record.firmwareStatus, "firmware");
-    QTEST(record.configurationStatus, "configuration");
-    const bool isIncomplete = contains(change, "incomplete");
-    QCOMPARE(record.firmwareVersion.empty(), isIncomplete || contains(change, R"("runningFirmware": "")"));
-    QCOMPARE(record.auxiliaryText2.empty(), isIncomplete);
-}
-
-void tst_Discovery::aFaultChangesTheReport_data()
-{
-    QTest::addColumn<std::string>("text");
-    QTest::addColumn<int>("records");
-    QTest::addColumn<std::string>("field");
-    QTest::addColumn<std::string>("value");
-    QTest::addColumn<bool>("isUsedUp"); // by a query, when it is set for once
-    addRow("report", "report modelName=\u00E9"s, 1, "modelName"s, "\u00E9"s, true);
-    addRow("another's", "report serialNumber=B"s, 1, "serialNumber"s, "B"s, true);
-    addRow("twice", "duplicate-serial"s, 2, "serialNumber"s, "A"s, true);
-    addRow("other image", "wrong-image"s, 1, "firmwareFileName"s, "breakwater-mk-ii.tfw"s, false);
+        bench.store().change([&] { bench.store().insert(driveFromJson(json)); });
+        const DeviceInfo record = bench.query().at(0);
+        QVERIFY2(
+            record.firmwareStatus == firmware && record.configurationStatus == configuration, change.c_str());
+        const bool isIncomplete = json["incomplete"].get<bool>();
+        QCOMPARE(record.firmwareVersion.empty(), isIncomplete || json["runningFirmware"] == "");
+        QCOMPARE(record.auxiliaryText2.empty(), isIncomplete);
+    }
 }
 
 void tst_Discovery::aFaultChangesTheReport()
 {
-    QFETCH(std::string, text);
-    QFETCH(std::string, field);
-    QFETCH(std::string, value);
-    QFETCH(bool, isUsedUp);
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    bench.addOutdated("Z", "Harbour");
-    bench.setFault("A", text, true);
-    const std::string usual = toJson(bench.query().back())[field];
-    const auto found = [&] { return bench.query(); };
-    bench.setFault("A", text);
-    for (int i = 0; i < 2; ++i) {
-        const std::vector<DeviceInfo> devices = found();
-        QTEST(int(devices.size()) - 1, "records");
-        QCOMPARE(toJson(devices.front())[field].get<std::string>(), value);
-        QCOMPARE(toJson(devices.back())[field].get<std::string>(), usual);
+    const std::tuple<const char *, int, const char *, std::string> rows[] = {
+        {"report modelName=\u00E9", 2, "modelName", "\u00E9"},
+        {"report serialNumber=B", 2, "serialNumber", "B"}, {"duplicate-serial", 3, "serialNumber", "A"},
+        {"wrong-image", 2, "firmwareFileName", "breakwater-mk-ii.tfw"}};
+    for (const auto &[text, count, field, value] : rows) {
+        TemporaryBench bench;
+        bench.addOutdated("A");
+        bench.addOutdated("Z", "Harbour");
+        const std::string usual = toJson(bench.query().back())[field];
+        bench.setFault("A", text);
+        for (int i = 0; i < 2; ++i) {
+            const std::vector<DeviceInfo> devices = bench.query();
+            QCOMPARE(int(devices.size()), count);
+            QCOMPARE(toJson(devices.front())[field].get<std::string>(), value);
+            QCOMPARE(toJson(devices.back())[field].get<std::string>(), usual);
+        }
+        bench.setFault("A", text, true);
+        QCOMPARE(toJson(bench.record("A"))[field].get<std::string>(), value); // looking at it uses nothing up
+        QCOMPARE(toJson(bench.query().front())[field].get<std::string>(), value);
+        QCOMPARE(bench.drive("A").faults.empty(), value != "breakwater-mk-ii.tfw"); // that is for an updater
     }
-    bench.setFault("A", text, true);
-    QCOMPARE(toJson(bench.record("A"))[field].get<std::string>(), value); // looking at it uses nothing up
-    QCOMPARE(toJson(found().front())[field].get<std::string>(), value);
-    QCOMPARE(bench.drive("A").faults.empty(), isUsedUp);
 }
 
 void tst_Discovery::settlesAfterQueries()

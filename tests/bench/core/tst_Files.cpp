@@ -19,9 +19,7 @@ class tst_Files : public QObject
 private slots:
     void theBenchIsWhereItIsSaid();
     void whatIsWrittenIsRead();
-    void refusesToRead_data();
     void refusesToRead();
-    void replacesWhatStandsThere_data();
     void replacesWhatStandsThere();
     void aRefusedFileLeavesNoTrace();
 };
@@ -52,61 +50,41 @@ void tst_Files::whatIsWrittenIsRead()
     QCOMPARE(QDir(directory.path()).entryList(QDir::Files), QStringList("file"));
 }
 
-void tst_Files::refusesToRead_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<std::string>("reason");
-    addRow("none", "none", "No such file or directory"s);
-    addRow("directory", "directory", "is a directory"s);
-    addRow("FIFO", "FIFO", "is not a regular file"s);
-    addRow("link to a device", "link", "is not a regular file"s);
-}
-
 void tst_Files::refusesToRead()
 {
-    QFETCH(QString, kind);
-    QFETCH(std::string, reason);
     const QTemporaryDir directory;
-    const std::string path = directory.filePath("file").toStdString();
-    if (kind == "directory") {
-        fs::create_directory(path);
-    } else if (kind == "FIFO") {
-        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
-    } else if (kind == "link") {
-        fs::create_symlink("/dev/zero", path);
-    }
-    QCOMPARE(refusal([&] { readFile(path, 10); }), reason);
-}
-
-void tst_Files::replacesWhatStandsThere_data()
-{
-    QTest::addColumn<QString>("kind");
-    for (const char *kind : {"file", "FIFO", "link", "dangling link"}) {
-        addRow(kind, kind);
+    const std::string path = directory.path().toStdString();
+    QCOMPARE(::mkfifo((path + "/FIFO").c_str(), 0600), 0);
+    fs::create_symlink("/dev/zero", path + "/link");
+    const std::pair<const char *, const char *> reasons[] = {{"/none", "No such file or directory"},
+        {"", "is a directory"}, {"/FIFO", "is not a regular file"}, {"/link", "is not a regular file"}};
+    for (const auto &[name, reason] : reasons) {
+        QCOMPARE(refusal([&, file = path + name] { readFile(file, 10); }), reason + ""s);
     }
 }
 
 void tst_Files::replacesWhatStandsThere()
 {
-    QFETCH(QString, kind);
-    const QTemporaryDir directory;
-    const std::string path = directory.filePath("file").toStdString();
-    const std::string target = directory.filePath("target").toStdString();
-    if (kind == "FIFO") {
-        QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
-    } else if (kind == "file") {
-        writeFile(path, "old");
-    } else {
-        fs::create_symlink(target, path);
+    for (const QString kind : {"file", "FIFO", "link", "dangling link"}) {
+        const QTemporaryDir directory;
+        const std::string path = directory.filePath("file").toStdString();
+        const std::string target = directory.filePath("target").toStdString();
+        if (kind == "FIFO") {
+            QCOMPARE(::mkfifo(path.c_str(), 0600), 0);
+        } else if (kind == "file") {
+            writeFile(path, "old");
+        } else {
+            fs::create_symlink(target, path);
+        }
+        if (kind == "link") {
+            writeFile(target, "dear");
+        }
+        writeFile(path, "new");
+        QVERIFY(fs::symlink_status(path).type() == fs::file_type::regular);
+        QCOMPARE(readFile(path, 10), "new"s);
+        QCOMPARE(fs::exists(target), kind == "link");
+        QVERIFY(kind != "link" || readFile(target, 10) == "dear");
     }
-    if (kind == "link") {
-        writeFile(target, "dear");
-    }
-    writeFile(path, "new");
-    QVERIFY(fs::symlink_status(path).type() == fs::file_type::regular);
-    QCOMPARE(readFile(path, 10), "new"s);
-    QCOMPARE(fs::exists(target), kind == "link");
-    QVERIFY(kind != "link" || readFile(target, 10) == "dear");
 }
 
 void tst_Files::aRefusedFileLeavesNoTrace()

@@ -18,9 +18,7 @@ class tst_Image : public QObject
 
 private slots:
     void whatIsWrittenIsRead();
-    void refusesAFile_data();
     void refusesAFile();
-    void refusesAHeader_data();
     void refusesAHeader();
     void noticesEachChangedByte();
     void theHeaderIsReadAlone();
@@ -76,71 +74,52 @@ void tst_Image::whatIsWrittenIsRead()
     QVERIFY(imageFile(model, "1", "2").substr(200, 1000) != imageFile(model, "1", "3").substr(200, 1000));
 }
 
-void tst_Image::refusesAFile_data()
+void tst_Image::refusesAFile()
 {
-    QTest::addColumn<std::string>("content");
-    QTest::addColumn<std::string>("reason");
     const std::string whole = valid();
     const std::string size = std::to_string(whole.size());
     std::string damaged = whole;
     damaged[whole.size() - 12] ^= 1;
-    addRow("valid", whole, ""s);
-    addRow("empty", ""s, "is empty"s);
-    addRow("foreign", "PK\3\4"s, "is not a firmware image: it does not begin with \"TFW2\""s);
-    addRow("sent as text", "TFW2\n\x1a\n"s + whole.substr(8),
-        "is not a firmware image: it does not begin with \"TFW2\""s);
-    addRow("cut in the magic", "TFW"s, "is truncated in its header"s);
-    addRow("cut in the header", whole.substr(0, 30), "is truncated in its header"s);
-    addRow("no end of the header", Magic + std::string(2000, ' '), "has no valid header"s);
-    addRow("cut by a byte", whole.substr(0, whole.size() - 1),
-        "is truncated: " + std::to_string(whole.size() - 1) + " bytes, its header says " + size);
-    addRow("longer", whole + "x",
-        "has bytes after its end: " + std::to_string(whole.size() + 1) + " bytes, its header says " + size);
-    addRow("damaged", damaged, "is damaged: its checksum does not match"s);
-    addRow("too large", std::string(Image::MaximumFile + 1, 'x'), "is too large, more than 163840 bytes"s);
+    const std::pair<std::string, std::string> reasons[] = {{whole, ""}, {"", "is empty"},
+        {"PK\3\4", "is not a firmware image: it does not begin with \"TFW2\""},
+        {"TFW2\n\x1a\n" + whole.substr(8), "is not a firmware image: it does not begin with \"TFW2\""},
+        {"TFW", "is truncated in its header"}, {whole.substr(0, 30), "is truncated in its header"},
+        {Magic + std::string(2000, ' '), "has no valid header"},
+        {whole.substr(0, whole.size() - 1),
+            "is truncated: " + std::to_string(whole.size() - 1) + " bytes, its header says " + size},
+        {whole + "x",
+            "has bytes after its end: " + std::to_string(whole.size() + 1) + " bytes, its header says "
+                + size},
+        {damaged, "is damaged: its checksum does not match"},
+        {std::string(Image::MaximumFile + 1, 'x'), "is too large, more than 163840 bytes"}};
+    for (const auto &[content, reason] : reasons) {
+        QCOMPARE(reading(content), reason);
+    }
 }
 
-void tst_Image::refusesAFile()
+void tst_Image::refusesAHeader()
 {
-    QFETCH(std::string, content);
-    QFETCH(std::string, reason);
-    QCOMPARE(reading(content), reason);
-}
-
-void tst_Image::refusesAHeader_data()
-{
-    QTest::addColumn<std::string>("header");
-    QTest::addColumn<std::string>("reason");
-    const auto row = [](const std::string &header, const char *reason) {
-        addRow(header.substr(0, 90).c_str(), header, reason + ""s);
-    };
     const auto with = [](const char *member, const Json &value) {
         Json header{{"bridge", 1}, {"firmware", "1"}, {"configuration", "2"}, {"length", 10}};
         header[member] = value;
         return header.dump();
     };
-    row("", "has no valid header");
-    row("[]", "has no valid header");
-    row("{\"bridge\": 1", "has no valid header");
-    row(with("colour", 1), "has no valid header: /colour: is not a known member");
-    row(with("bridge", "1"), "has no valid header: /bridge: must be a whole number");
-    row(with("bridge", 0), "is for an unknown bridge, code 0");
-    row(with("bridge", 4), "is for an unknown bridge, code 4");
-    row(with("bridge", 4294967297), "is for an unknown bridge, code 4294967297");
-    row(with("firmware", ""), "has no valid versions");
-    row(with("firmware", "\u0100"), "has no valid versions");
-    row(with("configuration", std::string(33, '1')), "has no valid versions");
-    row(with("configuration", std::string(32, '1')), "");
-    row(with("length", 0), "has no valid length, 0");
-    row(with("length", 163841), "has no valid length, 163841");
-}
-
-void tst_Image::refusesAHeader()
-{
-    QFETCH(std::string, header);
-    QFETCH(std::string, reason);
-    const std::string refused = reading(imageWith(header));
-    QCOMPARE(refused.substr(0, reason.empty() ? refused.size() : reason.size()), reason);
+    const std::pair<std::string, std::string> reasons[] = {{"", "has no valid header"},
+        {"[]", "has no valid header"}, {"{\"bridge\": 1", "has no valid header"},
+        {with("colour", 1), "has no valid header: /colour: is not a known member"},
+        {with("bridge", "1"), "has no valid header: /bridge: must be a whole number"},
+        {with("bridge", 0), "is for an unknown bridge, code 0"},
+        {with("bridge", 4), "is for an unknown bridge, code 4"},
+        {with("bridge", 4294967297), "is for an unknown bridge, code 4294967297"},
+        {with("firmware", ""), "has no valid versions"},
+        {with("firmware", "\u0100"), "has no valid versions"},
+        {with("configuration", std::string(33, '1')), "has no valid versions"},
+        {with("configuration", std::string(32, '1')), ""}, {with("length", 0), "has no valid length, 0"},
+        {with("length", 163841), "has no valid length, 163841"}};
+    for (const auto &[header, reason] : reasons) {
+        const std::string refused = reading(imageWith(header));
+        QCOMPARE(refused.substr(0, reason.empty() ? refused.size() : reason.size()), reason);
+    }
 }
 
 void tst_Image::noticesEachChangedByte()

@@ -6,8 +6,6 @@
 using namespace bench;
 using namespace std::string_literals;
 
-Q_DECLARE_METATYPE(std::function<void(bench::Store &)>)
-
 /// What a person does with the drives of a bench.
 class tst_LifeCycle : public QObject
 {
@@ -18,12 +16,9 @@ private slots:
     void refusesADriveOutsideItsLimits();
     void aDriveRunsWhatItsFlashHoldsWhenItIsPluggedIn();
     void anUnpluggedDriveIsAway();
-    void refuses_data();
     void refuses();
     void setsAndClearsFaults();
-    void aFaultStrikesAtPowerUp_data();
     void aFaultStrikesAtPowerUp();
-    void unmounts_data();
     void unmounts();
     void anAttachedDriveComesBeforeOthers();
 };
@@ -113,56 +108,27 @@ void tst_LifeCycle::anUnpluggedDriveIsAway()
     QVERIFY(bench.query().empty());
 }
 
-void tst_LifeCycle::refuses_data()
-{
-    QTest::addColumn<std::function<void(Store &)>>("work"); // "A" is plugged in, "B" is not
-    QTest::addColumn<std::string>("reason");
-    using Work = std::function<void(Store &)>;
-    const auto row = [](const char *name, const Work &work, const std::string &reason) {
-        addRow(name, work, reason);
-    };
-    row(
-        "plug", [](Store &store) { plugDrive(store, "A"); },
-        "it is plugged in already; to restart it, use: drive-bench replug");
-    row(
-        "unplug", [](Store &store) { unplugDrive(store, "B"); },
-        "it is unplugged already; to plug it in, use: drive-bench plug");
-    row(
-        "clear", [](Store &store) { clearFault(store, "A", FaultKind::NoReturn); },
-        "the fault \"no-return\" is not set; drive-bench show lists those that are");
-    row(
-        "value",
-        [](Store &store) {
-            setFault(store, "A", {FaultKind::NoReturn, "1", false});
-        },
-        "no-return takes no value");
-    row(
-        "remove no drive", [](Store &store) { removeDrive(store, "C"); }, NoSuchDrive);
-    row(
-        "plug no drive", [](Store &store) { plugDrive(store, "C"); }, NoSuchDrive);
-    row(
-        "unplug no drive", [](Store &store) { unplugDrive(store, "C"); }, NoSuchDrive);
-    row(
-        "fault of no drive",
-        [](Store &store) {
-            setFault(store, "C", {FaultKind::NoReturn, "", false});
-        },
-        NoSuchDrive);
-    row(
-        "clear all of no drive", [](Store &store) { clearFaults(store, "C"); }, NoSuchDrive);
-}
-
 void tst_LifeCycle::refuses()
 {
-    QFETCH(std::function<void(Store &)>, work);
-    QFETCH(std::string, reason);
     TemporaryBench bench;
     bench.addOutdated("A");
     bench.addOutdated("B");
     unplugDrive(bench.store(), "B");
+    Store &store = bench.store();
+    const std::pair<std::function<void()>, std::string> refusals[] = {
+        {[&] { plugDrive(store, "A"); }, "it is plugged in already; to restart it, use: drive-bench replug"},
+        {[&] { unplugDrive(store, "B"); }, "it is unplugged already; to plug it in, use: drive-bench plug"},
+        {[&] { clearFault(store, "A", FaultKind::NoReturn); },
+            "the fault \"no-return\" is not set; drive-bench show lists those that are"},
+        {[&] { bench.setFault("A", "no-return 1"); }, "no-return takes no value"},
+        {[&] { removeDrive(store, "C"); }, NoSuchDrive}, {[&] { plugDrive(store, "C"); }, NoSuchDrive},
+        {[&] { unplugDrive(store, "C"); }, NoSuchDrive}, {[&] { clearFaults(store, "C"); }, NoSuchDrive},
+        {[&] { bench.setFault("C", "no-return"); }, NoSuchDrive}};
     const std::string before = bench.content();
-    QCOMPARE(refusal([&] { work(bench.store()); }), reason);
-    QCOMPARE(bench.content(), before);
+    for (const auto &[work, reason] : refusals) {
+        QCOMPARE(refusal(work), reason);
+        QCOMPARE(bench.content(), before);
+    }
 }
 
 void tst_LifeCycle::setsAndClearsFaults()
@@ -181,72 +147,49 @@ void tst_LifeCycle::setsAndClearsFaults()
     QCOMPARE(int(bench.drive("B").faults.size()), 1);
 }
 
-void tst_LifeCycle::aFaultStrikesAtPowerUp_data()
-{
-    QTest::addColumn<std::string>("text");
-    QTest::addColumn<bool>("answers");
-    QTest::addColumn<std::string>("reportedSerial");
-    addRow("no-return", "no-return"s, false, "A"s);
-    addRow("new-serial", "new-serial N"s, true, "N"s);
-}
-
 void tst_LifeCycle::aFaultStrikesAtPowerUp()
 {
-    QFETCH(std::string, text);
-    QFETCH(bool, answers);
-    QFETCH(std::string, reportedSerial);
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    bench.setFault("A", text, true);
-    QVERIFY(bench.drive("A").answers);
-    QCOMPARE(bench.drive("A").reportedSerial, "A"s);
-    bench.replug("A");
-    QCOMPARE(bench.drive("A").answers, answers);
-    QCOMPARE(bench.drive("A").reportedSerial, reportedSerial);
-    QVERIFY(bench.drive("A").faults.empty());
-    bench.replug("A"); // it was set for once
-    QVERIFY(bench.drive("A").answers);
-    QCOMPARE(bench.drive("A").reportedSerial, "A"s);
-}
-
-void tst_LifeCycle::unmounts_data()
-{
-    QTest::addColumn<std::string>("fault"); // of "A", "unplugged" for none
-    QTest::addColumn<std::string>("lastUpdate");
-    QTest::addColumn<int>("value");
-    QTest::addColumn<std::string>("reason");
-    const std::string failed = "the volumes were not unmounted, the library returned ";
-    addRow("done", ""s, "succeeded"s, 1, ""s);
-    addRow("odd", "unmount-returns -3"s, "succeeded"s, -3, ""s);
-    addRow("even", "unmount-returns 2"s, "succeeded"s, 2, failed + "2");
-    addRow("even and negative", "unmount-returns -2"s, "succeeded"s, -2, failed + "-2");
-    addRow("after a failed update", "unmount-returns 0"s, "failed: x"s, 0, ""s);
-    addRow("unplugged", "unplugged"s, "succeeded"s, 0,
-        "the volumes were not unmounted, the drive was pulled out"s);
+    for (const std::string text : {"no-return", "new-serial N"}) {
+        TemporaryBench bench;
+        bench.addOutdated("A");
+        const auto serial = [&bench] {
+            return bench.drive("A").answers ? bench.drive("A").reportedSerial : "";
+        };
+        bench.setFault("A", text, true);
+        QCOMPARE(serial(), "A"s);
+        bench.replug("A");
+        QCOMPARE(serial(), text == "no-return" ? ""s : "N"s);
+        QVERIFY(bench.drive("A").faults.empty());
+        bench.replug("A"); // it was set for once
+        QCOMPARE(serial(), "A"s);
+    }
 }
 
 void tst_LifeCycle::unmounts()
 {
-    QFETCH(std::string, fault);
-    QFETCH(std::string, lastUpdate);
-    QFETCH(int, value);
-    QFETCH(std::string, reason);
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    bench.edit("A", [&](Drive &drive) { drive.lastUpdate = lastUpdate; });
-    if (fault == "unplugged") {
-        unplugDrive(bench.store(), "A");
-    } else if (!fault.empty()) {
-        bench.setFault("A", fault, true);
+    const std::string failed = "the volumes were not unmounted, the library returned ";
+    const std::tuple<std::string, std::string, int, std::string> rows[] = {
+        {"slow-probe 0", "succeeded", 1, ""}, {"unmount-returns -3", "succeeded", -3, ""},
+        {"unmount-returns 2", "succeeded", 2, failed + "2"},
+        {"unmount-returns -2", "succeeded", -2, failed + "-2"}, {"unmount-returns 0", "failed: x", 0, ""},
+        {"pulled-out 0", "succeeded", 0, "the volumes were not unmounted, the drive was pulled out"}};
+    for (const auto &[text, lastUpdate, value, reason] : rows) {
+        TemporaryBench bench;
+        bench.addOutdated("A");
+        bench.setFault("A", text, true);
+        bench.edit("A", [update = lastUpdate](Drive &drive) { drive.lastUpdate = update; });
+        if (contains(text, "pulled-out")) {
+            unplugDrive(bench.store(), "A");
+        }
+        const Unmount result = unmountDrive(bench.store(), "A");
+        QCOMPARE(result.value, value);
+        QCOMPARE(result.reason, reason);
+        const Drive drive = bench.drive("A");
+        QCOMPARE(drive.mounted, contains(text, "unmount"));
+        QCOMPARE(drive.faults.empty(), drive.mounted);
+        QCOMPARE(drive.lastUpdate, reason.empty() ? lastUpdate : "failed: " + reason);
+        QCOMPARE(unmountDrive(bench.store(), "B").value, 0);
     }
-    const Unmount result = unmountDrive(bench.store(), "A");
-    QCOMPARE(result.value, value);
-    QCOMPARE(result.reason, reason);
-    const Drive drive = bench.drive("A");
-    QCOMPARE(drive.mounted, contains(fault, "unmount"));
-    QVERIFY(drive.faults.empty());
-    QCOMPARE(drive.lastUpdate, reason.empty() ? lastUpdate : "failed: " + reason);
-    QCOMPARE(unmountDrive(bench.store(), "B").value, 0);
 }
 
 void tst_LifeCycle::anAttachedDriveComesBeforeOthers()

@@ -25,9 +25,7 @@ private slots:
     void refusesADirectory();
     void refusesEveryOtherVersion();
     void followsNoLink();
-    void refusesADamagedDatabase_data();
     void refusesADamagedDatabase();
-    void nobodyPassesADamagedRow_data();
     void nobodyPassesADamagedRow();
     void aDamagedDriveCanBeTakenOff();
 };
@@ -37,11 +35,6 @@ namespace {
 std::string opening(const std::string &directory)
 {
     return refusal([&] { const Store store(directory); });
-}
-
-void checkpoint(const TemporaryBench &bench)
-{
-    bench.execute("PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
 } // namespace
@@ -115,74 +108,62 @@ void tst_Store::followsNoLink()
     QCOMPARE(opening(link), ""s);
 }
 
-void tst_Store::refusesADamagedDatabase_data()
-{
-    QTest::addColumn<int>("position"); // of a page that is overwritten; negative: cut to that size
-    addRow("no database", 0);
-    addRow("page with documents", 4096);
-    addRow("cut to a page", -4096);
-    addRow("cut to a header", -100);
-}
-
 void tst_Store::refusesADamagedDatabase()
 {
-    QFETCH(int, position);
-    TemporaryBench bench;
-    bench.addOutdated("A");
-    checkpoint(bench);
-    std::string content = readFile(bench.file(), 1 << 20);
-    QVERIFY(content.size() > 4096);
-    if (position < 0) {
-        content.resize(std::size_t(-position));
-    } else {
-        content.replace(std::size_t(position), 4096, std::string(4096, '\x55'));
+    // A page that is overwritten there; a negative number: cut to that size.
+    for (const int position : {0, 4096, -4096, -100}) {
+        TemporaryBench bench;
+        bench.addOutdated("A");
+        bench.execute("PRAGMA wal_checkpoint(TRUNCATE)");
+        std::string content = readFile(bench.file(), 1 << 20);
+        QVERIFY(content.size() > 4096);
+        if (position < 0) {
+            content.resize(std::size_t(-position));
+        } else {
+            content.replace(std::size_t(position), 4096, std::string(4096, '\x55'));
+        }
+        writeFile(bench.file(), content);
+        fs::remove(bench.file() + "-wal");
+        fs::remove(bench.file() + "-shm");
+        const std::string reason = refusal([&] { allDrives(Store(bench.directory())); });
+        QCOMPARE(reason.substr(0, bench.file().size() + 13), bench.file() + " is damaged: ");
+        QVERIFY2(contains(reason, "; make a new bench with: drive-bench init --force"), reason.c_str());
+        QCOMPARE(readFile(bench.file(), 1 << 20), content); // left as it is
     }
-    writeFile(bench.file(), content);
-    fs::remove(bench.file() + "-wal");
-    fs::remove(bench.file() + "-shm");
-    const std::string reason = refusal([&] { allDrives(Store(bench.directory())); });
-    QCOMPARE(reason.substr(0, bench.file().size() + 13), bench.file() + " is damaged: ");
-    QVERIFY2(contains(reason, "; make a new bench with: drive-bench init --force"), reason.c_str());
-    QCOMPARE(readFile(bench.file(), 1 << 20), content); // left as it is
-}
-
-void tst_Store::nobodyPassesADamagedRow_data()
-{
-    QTest::addColumn<std::string>("statement");
-    QTest::addColumn<std::string>("reason"); // an asterisk stands for the database
-    const std::string row = "* holds the drive B, which cannot be read: it is damaged; take it off with: "
-                            "drive-bench remove B";
-    const std::string whole =
-        "* is damaged: a drive is missing; make a new bench with: drive-bench init --force";
-    addRow("document", "UPDATE documents SET document = x'7B7D' WHERE name = x'42'"s, row);
-    addRow("name", "UPDATE documents SET name = x'42' WHERE name = x'43'"s, row);
-    addRow("checksum", "UPDATE documents SET checksum = checksum + 1 WHERE name = x'42'"s, row);
-    addRow("row gone", "DELETE FROM documents WHERE name = x'42'"s, whole);
-    addRow("row twice", "INSERT INTO documents SELECT * FROM documents WHERE name = x'42'"s, whole);
-    addRow("all gone", "DELETE FROM documents; UPDATE seal SET total = 0"s, whole);
-    addRow("host", "UPDATE documents SET checksum = 0 WHERE name = x''"s,
-        "* is damaged: the state of the host is not what was written; make a new bench "
-        "with: drive-bench init --force"s);
-    addRow("table gone", "DROP TABLE seal"s, "* is damaged: "s);
-    addRow("column gone", "ALTER TABLE documents DROP COLUMN checksum"s, "* is damaged: "s);
 }
 
 void tst_Store::nobodyPassesADamagedRow()
 {
-    QFETCH(std::string, statement);
-    QFETCH(std::string, reason);
-    TemporaryBench bench;
-    for (const char *serial : {"A", "B", "C"}) {
-        bench.addOutdated(serial);
-    }
-    bench.execute(statement);
-    const std::string expected = bench.file() + reason.substr(1);
-    const std::function<void()> uses[] = {[&] { bench.drive("A"); }, [&] { allDrives(bench.store()); },
-        [&] { unplugDrive(bench.store(), "A"); }, [&] { bench.addOutdated("D"); },
-        [&] { setCompanionInstalled(bench.store(), true); }, [&] { bench.query(); },
-        [&] { bench.content(); }};
-    for (const auto &use : uses) {
-        QCOMPARE(refusal(use).substr(0, expected.size()), expected);
+    const std::string row = " holds the drive B, which cannot be read: it is damaged; take it off with: "
+                            "drive-bench remove B";
+    const std::string whole =
+        " is damaged: a drive is missing; make a new bench with: drive-bench init --force";
+    const std::pair<const char *, std::string> damages[] = {
+        {"UPDATE documents SET document = x'7B7D' WHERE name = x'42'", row},
+        {"UPDATE documents SET name = x'42' WHERE name = x'43'", row},
+        {"UPDATE documents SET checksum = checksum + 1 WHERE name = x'42'", row},
+        {"DELETE FROM documents WHERE name = x'42'", whole},
+        {"INSERT INTO documents SELECT * FROM documents WHERE name = x'42'", whole},
+        {"DELETE FROM documents; UPDATE seal SET total = 0", whole},
+        {"UPDATE documents SET checksum = 0 WHERE name = x''",
+            " is damaged: the state of the host is not what was written; make a new bench with: drive-bench "
+            "init --force"},
+        {"DROP TABLE seal", " is damaged: "},
+        {"ALTER TABLE documents DROP COLUMN checksum", " is damaged: "}};
+    for (const auto &[statement, reason] : damages) {
+        TemporaryBench bench;
+        for (const char *serial : {"A", "B", "C"}) {
+            bench.addOutdated(serial);
+        }
+        bench.execute(statement);
+        const std::string expected = bench.file() + reason;
+        const std::function<void()> uses[] = {[&] { bench.drive("A"); }, [&] { allDrives(bench.store()); },
+            [&] { unplugDrive(bench.store(), "A"); }, [&] { bench.addOutdated("D"); },
+            [&] { setCompanionInstalled(bench.store(), true); }, [&] { bench.query(); },
+            [&] { bench.content(); }};
+        for (const auto &use : uses) {
+            QCOMPARE(refusal(use).substr(0, expected.size()), expected);
+        }
     }
 }
 
