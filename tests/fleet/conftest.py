@@ -52,7 +52,7 @@ class Fleet:
         machine.mkdir()
         bench = Bench(PROGRAMS / "drive-bench", machine / "bench").init("--empty")
         for number, drive in enumerate(drives):
-            serial = [] if "--serial" in drive else ["--serial", f"TV-{name}-{number}"]
+            serial = [] if "--serial" in " ".join(drive) else [f"--serial=TV-{name}-{number}"]
             bench.run("add", *drive, *serial, "--rate", FAST)
         command = machine / "tarvo-firmware"
         command.write_text(f'#!/bin/sh\nTMPDIR={machine} TARVO_BENCH={bench.directory} exec {PROGRAMS}/tarvo-firmware "$@"\n')
