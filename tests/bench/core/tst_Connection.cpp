@@ -73,7 +73,13 @@ void tst_Connection::aChangeThatThrowsIsUndone()
     };
     QCOMPARE(throwing([] { throw Refused("no"); }), "no"s);
     QCOMPARE(bench.content(), before);
-    QVERIFY_EXCEPTION_THROWN(throwing([] { throw std::logic_error("other"); }), std::logic_error);
+    bool isPassedOn = false;
+    try {
+        throwing([] { throw std::logic_error("other"); });
+    } catch (const std::logic_error &) {
+        isPassedOn = true;
+    }
+    QVERIFY(isPassedOn);
     QCOMPARE(bench.content(), before);
     unplugDrive(bench.store(), "A");
     QVERIFY(bench.content() != before);
