@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// Chooses the windowing system that the application object will use. To be called on the main thread before

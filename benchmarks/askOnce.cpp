@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // The floor of a command that lists drives: a program that asks the library for them, and ends.
 
 #include "devices/DeviceInfo.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What a drive bench costs those who look at it, each figure beside its floor.
 
 #include "bench/core/BenchDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What "tarvo-firmware list" takes with six drives, beside a program that only asks the library for them.
 
 #include "benchmarks/Median.h"

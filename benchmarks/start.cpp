@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "benchmarks/Median.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/CompanionCheck.h"
 
 #include "companion/QDKUtilities.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/Drives.h"
 
 #include "devices/DeviceTexts.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "cli/Flashing.h"
 
 #include "cli/CommandLine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 /// From now on Ctrl-C, SIGTERM and a lost terminal do not end the process but are remembered, and what stops

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "companion/QDKUtilities.h"
 
 #include <cstdio>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/DeviceDiscoveryThread.h"
 
 #include "devices/SettledDevices.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/DeviceInfo.h"
 
 bool operator==(const DeviceInfo &left, const DeviceInfo &right)

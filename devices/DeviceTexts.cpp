@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/DeviceTexts.h"
 
 #include "devices/Restart.h"

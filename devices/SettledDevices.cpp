@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/SettledDevices.h"
 
 #include <DeviceDiscovery.h>

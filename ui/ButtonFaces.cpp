@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/ButtonFaces.h"
 
 #include "devices/DeviceInfo.h"

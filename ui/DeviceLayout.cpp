@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/DeviceLayout.h"
 
 #include "devices/DeviceTexts.h"

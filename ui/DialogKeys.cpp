@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/DialogKeys.h"
 
 #include <QPushButton>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/LightPalette.h"
 
 QPalette lightPalette(const QPalette &desktop)

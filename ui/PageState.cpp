@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "ui/PageState.h"
 
 #include "ui/TextLine.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/DeviceUpdate.h"
 
 #include <Asmedia105X.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "update/UpdateDeviceThread.h"
 
 #include "update/DeviceUpdate.h"

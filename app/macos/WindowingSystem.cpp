@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "app/WindowingSystem.h"
 
 // There is but one.

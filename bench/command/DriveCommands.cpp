@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/command/CommandLine.h"
 #include "bench/core/LifeCycle.h"
 #include "bench/core/Refused.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/command/CommandLine.h"
 #include "bench/core/BenchDocument.h"
 #include "bench/core/LifeCycle.h"

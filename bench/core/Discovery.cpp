@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Discovery.h"
 
 #include "bench/core/Image.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Host.h"
 
 #include "bench/core/Refused.h"

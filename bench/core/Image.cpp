@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Image.h"
 
 #include "bench/core/Drive.h"

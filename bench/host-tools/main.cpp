@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Stands in for the tools of the host's operating system that the running program calls. The name by which it
 // is called says for which; what it does not answer it hands on to the real tool.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/panel/FaultMenu.h"
 
 #include "bench/core/LifeCycle.h"

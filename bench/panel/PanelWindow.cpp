@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/panel/PanelWindow.h"
 
 #include "bench/core/Discovery.h"

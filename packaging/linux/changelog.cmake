@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # From CHANGELOG.md: the releases of the metadata (TARVO_RELEASES) and the changelog of the Debian packages
 # (TARVO_DEBIAN_CHANGELOG). The dates are midnight UTC.
 set(TARVO_RELEASES "")

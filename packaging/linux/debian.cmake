@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The Debian packages, one a component.
 set(CPACK_GENERATOR DEB)
 set(CPACK_COMPONENTS_ALL program command)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <DeviceDiscovery.h>
 
 #include "bench/core/Discovery.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // What the process needs before main: the stand-ins for the host's tools on PATH and the directory of the
 // bench.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Asmedia105X.h>
 #include <MacDevice.h>
 #include <OxSemiFireWire.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The accessibility bus, read as a screen reader reads it: the tree of a program's objects."""
 
 import functools

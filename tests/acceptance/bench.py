@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The drive bench: simulated drives, changed through the drive-bench command."""
 
 import contextlib

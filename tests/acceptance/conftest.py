@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixtures: a desktop for each test process, a bench and programs for each test.
 
 The directory that holds the program comes from --program-dir or $TARVO_PROGRAM_DIR; otherwise it is that of the

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A virtual desktop for the programs under test, whatever display the machine has."""
 
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What a screen reader is told: every picture and bar has a name, and the texts come in reading order."""
 
 from conftest import FAST, SLOW, VERSION

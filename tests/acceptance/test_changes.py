@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A change of mind, and changes of the list, at every step of an update."""
 
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The end of the program in every state: exit status, duration, and the service given back exactly once."""
 
 import signal

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Every drive-bench command that changes the bench changes what a running program shows."""
 
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The companion product, found before the start and during the run."""
 
 from conftest import FAST, VERSION

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Everything that can go wrong with a drive in the list, to the look that must follow."""
 
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The keyboard alone: Tab reaches every button of every look, Space presses it, and focus can be seen."""
 
 from conftest import FAST

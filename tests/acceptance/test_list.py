@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The list of drives: what it shows at the start, and how it follows what is plugged in and pulled out."""
 
 import os

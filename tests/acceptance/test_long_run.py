@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A short long run; all of it is tests/acceptance/long-run."""
 
 import pathlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A complete update by the mouse alone, in the program's window and in the panel of the drive bench beside it."""
 
 from conftest import FAST

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The panel of the drive bench beside the program's window."""
 
 import signal

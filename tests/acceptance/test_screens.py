@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Screens on which the window does not fit as it is: every button can be reached, by mouse and keyboard."""
 
 import pytest

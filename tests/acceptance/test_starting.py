@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The ways to start the program, what lies around it, and what it may not take from there."""
 
 import os

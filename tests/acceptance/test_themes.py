@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Every text can be read on a dark desktop, measured on the screenshot's pixels."""
 
 import os

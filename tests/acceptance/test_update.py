@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A complete update of each kind of bridge, from the list to the success page and the flash that was written."""
 
 import pytest

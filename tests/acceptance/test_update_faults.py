@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Everything that can go wrong in an update, to the look that must follow and what is left in the flash."""
 
 import time

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The program shows its window through X11, in a Wayland session too, or says what is missing."""
 
 import subprocess

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The running updater: what it shows, read from the accessibility bus, and the buttons that a user presses.
 
 Nothing of the program's insides is known here.

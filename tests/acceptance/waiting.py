@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Waiting for a condition: the timeout and poll interval that the acceptance tests share."""
 
 import time

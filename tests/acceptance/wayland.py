@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A Wayland session without a screen, with or without the X server for programs that know only X11."""
 
 import re

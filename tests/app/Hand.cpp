@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/ScriptedPlatform.h"
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/WindowProbe.h"

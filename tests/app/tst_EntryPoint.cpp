@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/app/Run.h"
 #include "tests/support/TestProgram.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/bench/Programs.h"
 
 #include <QProcess>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/bench/TemporaryBench.h"
 
 #include "bench/core/Files.h"

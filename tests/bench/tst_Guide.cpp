@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Faults.h"
 #include "tests/bench/Programs.h"
 #include "tests/support/TestProgram.h"

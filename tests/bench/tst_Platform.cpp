@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/DeviceInfo.h"
 #include "tests/bench/TemporaryBench.h"
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The command under test: started on a bench, in a pipe or on a terminal, with its output read."""
 
 import fcntl

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Fixtures: a bench for each test, and the command on it.
 
 The programs are those in $TARVO_PROGRAM_DIR, by default of the build of the preset dev.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Help, the manual page, completions and the guide say the same as the command does."""
 
 import pathlib

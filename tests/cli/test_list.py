@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the command says of the attached drives."""
 
 import subprocess

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The machine stays awake while a chip is written, and a low battery is refused: services of the system bus."""
 
 import os

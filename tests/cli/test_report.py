@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The document for a support request."""
 
 import hashlib

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Whatever ends the command: a drive is whole or was not begun."""
 
 import os

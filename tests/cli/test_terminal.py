@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The command on a terminal: questions, the line that lives, and a terminal that goes away."""
 
 import pty

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Updates: what is written, what is said, and the exit status."""
 
 import json

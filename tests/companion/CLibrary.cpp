@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/companion/CLibrary.h"
 
 #include <cstdio>

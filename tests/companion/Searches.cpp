@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/companion/Searches.h"
 
 #include "companion/QDKUtilities.h"

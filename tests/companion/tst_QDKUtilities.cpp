@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "companion/QDKUtilities.h"
 #include "tests/companion/CLibrary.h"
 #include "tests/companion/Searches.h"

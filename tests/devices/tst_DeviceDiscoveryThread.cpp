@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/devices/Discovery.h"
 #include "tests/devices/Pauses.h"
 #include "tests/support/DeviceRecords.h"

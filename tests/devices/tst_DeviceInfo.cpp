@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/DeviceDiscoveryThread.h"
 #include "devices/DeviceInfo.h"
 #include "tests/support/DeviceRecords.h"

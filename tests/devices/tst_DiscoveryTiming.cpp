@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/devices/Discovery.h"
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/SettledDevices.h"
 #include "tests/platform/ScriptedPlatform.h"
 #include "tests/support/DeviceRecords.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A fleet: machines that are benches of this one, and what Ansible says of them.
 
 The command is that in $TARVO_PROGRAM_DIR, by default the build of the preset dev.

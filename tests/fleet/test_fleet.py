@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The role of packaging/ansible on machines of every state."""
 
 import json

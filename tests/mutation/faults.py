@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The kinds of faults. Each function of FAULTS yields the faults of its kind that a source can have: where the
 replaced text starts and ends, the name of the operator, and what takes its place."""
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Makes the mutants of a C++ source: copies of it with one small fault each."""
 
 import collections

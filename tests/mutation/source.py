@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A C++ source as the generator sees it: its tokens, the brackets round each, and what a brace encloses."""
 
 import dataclasses

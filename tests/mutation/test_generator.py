@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The mutants of small sources."""
 
 import pytest

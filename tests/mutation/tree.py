@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """A copy of the sources with a build of its own, in which mutants are built and tested."""
 
 import json

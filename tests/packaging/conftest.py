@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the tests of the installed program stand on: an installed tree, a desktop, and a person with a home directory.
 
 The tree is made of the build directory in $TARVO_BUILD_DIR, by default that of the preset dev or release. Where

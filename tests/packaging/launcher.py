@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The launcher in bin/, in front of a stand-in for the program that tells how it was started.
 
 As a program it sends signals to launchers: python3 launcher.py COUNT SEED

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The components of the installed tree, each of which becomes a package."""
 
 import itertools

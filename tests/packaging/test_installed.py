@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The installed program and panel, started as a person starts them."""
 
 import configparser

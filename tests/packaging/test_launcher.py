@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the launcher gives to the program, and what it leaves behind."""
 
 import os

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What tells desktops, package managers and macOS about the program."""
 
 import os

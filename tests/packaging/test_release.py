@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The next release, made in a copy of the sources as docs/releasing.md says."""
 
 import os

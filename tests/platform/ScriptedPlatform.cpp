@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/platform/ScriptedPlatform.h"
 
 #include <Asmedia105X.h>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Which sources scripts/changed-sources has clang-tidy read."""
 
 import os

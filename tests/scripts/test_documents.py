@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the documents say of the scripts and the presets is what these are."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What ./run and ./test say and leave behind when something is missing or a person interrupts them."""
 
 import os

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/DeviceRecords.h"
 
 DeviceInfo DeviceRecords::usbDrive(const std::string &serialNumber)

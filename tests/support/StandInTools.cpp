@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/StandInTools.h"
 
 #include <QDir>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/TestScreen.h"
 
 #include <QCoreApplication>

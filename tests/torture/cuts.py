@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Power cuts: what of the write-ahead log, or of its transfer into the database, did not reach the disk."""
 
 import shutil

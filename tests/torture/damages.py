@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Damaged databases: each command refuses in one line or answers exactly as if nothing were damaged."""
 
 from trial import CHANGES, PEBBLE, expect

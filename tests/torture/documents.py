@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Odd documents: init takes one as it is, or refuses it in one line and makes no bench."""
 
 import copy

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """Kills of commands, of the first init, and of updates: what is left is the old state or the new one."""
 
 import json

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """What the trials share: programs that must neither crash nor hang, and a bench whose content is known."""
 
 import functools

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/EventLoop.h"
 #include "tests/support/PageFixture.h"

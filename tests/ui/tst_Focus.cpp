@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/TestProgram.h"
 #include "tests/ui/KeyboardFixture.h"
 

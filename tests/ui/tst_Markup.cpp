@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/PageFixture.h"
 #include "tests/support/TestProgram.h"
 #include "tests/ui/Looks.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "devices/DeviceDiscoveryThread.h"
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/support/DeviceRecords.h"
 #include "tests/support/TestProgram.h"
 #include "tests/support/WindowTexts.h"

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 """The program built with an SDK instead of the drive bench, and run on that SDK's drive.
 
 The sources of the SDK are in sdk/. $TARVO_SDK_LIBRARIES is the directory of its libraries, by default that of the preset

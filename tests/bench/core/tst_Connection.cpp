@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Connection.h"
 
 #include "bench/core/Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Creation.h"
 
 #include "bench/core/Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Drive.h"
 
 #include "tests/bench/TemporaryBench.h"

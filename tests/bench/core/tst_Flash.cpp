@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "bench/core/Flash.h"
 
 #include "bench/core/Files.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/bench/TemporaryBench.h"
 #include "tests/support/TestProgram.h"
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 // Writes the seeds of the fuzz targets into a directory: image, plain and faults.
 
 #include "bench/core/BenchDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/bench/panel/Panel.h"
 
 #include <QProcess>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <Asmedia105X.h>
 
 #include "tests/vendor/sdk/Drive.h"

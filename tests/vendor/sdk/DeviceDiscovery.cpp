@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <DeviceDiscovery.h>
 
 #include "tests/vendor/sdk/Drive.h"

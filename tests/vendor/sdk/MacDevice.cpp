@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <MacDevice.h>
 
 #include "tests/vendor/sdk/Drive.h"

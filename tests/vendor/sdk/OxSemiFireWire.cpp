@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include <OxSemiFireWire.h>
 
 #include "tests/vendor/sdk/Drive.h"
