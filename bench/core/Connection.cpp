@@ -10,6 +10,7 @@
 #include <system_error>
 #include <thread>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 namespace bench {
@@ -76,8 +77,13 @@ std::string uri(const std::string &file, const std::string &options)
 /// away.
 SQLite::Database opened(const std::string &file)
 {
-    const bool isWritable = ::access(file.c_str(), W_OK) == 0;
+    const bool isWritable = ::faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0;
+    std::error_code error;
     try {
+        if (!isWritable && !std::filesystem::exists(file + "-wal", error)) {
+            // SQLite would make an empty log, which is then not the owner's.
+            return {uri(file, "immutable=1"), SQLite::OPEN_READONLY | SQLite::OPEN_URI};
+        }
         SQLite::Database connection = isWritable
             ? SQLite::Database(file, SQLite::OPEN_READWRITE | SQLite::OPEN_NOFOLLOW | SQLite::OPEN_NOMUTEX)
             : SQLite::Database(
@@ -87,7 +93,6 @@ SQLite::Database opened(const std::string &file)
         const int status = connection.tryExec("SELECT count(*) FROM sqlite_master");
         const bool isRefusedFiles = (status & 0xFF) == SQLITE_CANTOPEN
             || sqlite3_extended_errcode(connection.getHandle()) == SQLITE_READONLY_DIRECTORY;
-        std::error_code error;
         if (isRefusedFiles && !std::filesystem::exists(file + "-wal", error)) {
             return {uri(file, "immutable=1"), SQLite::OPEN_READONLY | SQLite::OPEN_URI};
         }

@@ -20,6 +20,7 @@ class tst_SharedBench : public QObject
 private slots:
     void readingLeavesItToItsOwner_data();
     void readingLeavesItToItsOwner();
+    void othersLeaveNothingThatItsOwnerCannotWrite();
     void isNotReadWithoutItsLog();
     void filesHonourTheUmask();
     void noneIsMadeWhereNothingMayBeWritten();
@@ -86,6 +87,25 @@ private:
     int end = 0;
 };
 
+/// What the work is refused with that another user does, in a process of its own.
+std::string refusalBy(uid_t user, const std::function<void()> &work)
+{
+    int ends[2] = {};
+    const pid_t process = ::pipe(ends) == 0 ? ::fork() : -1;
+    if (process == 0) {
+        const bool isUser = ::geteuid() != 0 || ::setuid(user) == 0;
+        const std::string reason = isUser ? refusal(work) : "cannot become another user";
+        std::_Exit(::write(ends[1], reason.data(), reason.size()) < 0 ? 1 : 0);
+    }
+    ::close(ends[1]);
+    char reason[1000] = {};
+    const ssize_t size = ::read(ends[0], reason, sizeof reason);
+    ::close(ends[0]);
+    int status = 0;
+    ::waitpid(process, &status, 0);
+    return status == 0 && size >= 0 ? std::string(reason, std::size_t(size)) : "it did not end";
+}
+
 void makeBench(const std::string &directory)
 {
     createBench(directory, false, [](Store &store) {
@@ -101,15 +121,12 @@ void tst_SharedBench::readingLeavesItToItsOwner_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("owner");
     QTest::addColumn<int>("mode"); // of the directory
-    addRow("closed", "bench", "gone", 0555);
     addRow("with reserved characters", "100%41?a#b", "gone", 0555);
-    addRow("open in another process", "bench", "here", 0555);
     addRow("left by a killed process", "bench", "killed", 0555);
-    for (const int mode : {02775, 02777, 01777}) {
-        QTest::addRow("shared, mode %o", unsigned(mode)) << "bench"
-                                                         << "gone" << mode;
-        QTest::addRow("shared and open, mode %o", unsigned(mode)) << "bench"
-                                                                  << "here" << mode;
+    for (const int mode : {0555, 02775, 02777, 01777}) {
+        for (const char *owner : {"not yet", "gone", "here"}) {
+            QTest::addRow("mode %o, owner %s", unsigned(mode), owner) << "bench" << owner << mode;
+        }
     }
 }
 
@@ -122,7 +139,8 @@ void tst_SharedBench::readingLeavesItToItsOwner()
     const std::string directory = temporary.filePath(name).toStdString();
     QCOMPARE(::chmod(temporary.path().toStdString().c_str(), 0755), 0);
     makeBench(directory);
-    auto other = std::make_unique<Owner>(directory);
+    auto other = owner == "not yet" ? nullptr : std::make_unique<Owner>(directory);
+    const int count = other == nullptr ? 1 : 2;
     if (owner == "killed") {
         other->kill();
     } else if (owner == "gone") {
@@ -132,16 +150,33 @@ void tst_SharedBench::readingLeavesItToItsOwner()
     {
         const OtherUser user;
         Store store(directory);
-        QCOMPARE(int(allDrives(store).size()), 2);
-        QCOMPARE(int(query(store, "/nowhere").size()), 2);
+        QCOMPARE(int(allDrives(store).size()), count);
+        QCOMPARE(int(query(store, "/nowhere").size()), count);
         const std::string reason = refusal([&] { removeDrive(store, "A"); });
         QCOMPARE(reason.substr(0, directory.size() + 28), "cannot write " + directory + "/bench.sqlite: ");
     }
     Store store(directory);
     removeDrive(store, "A");
-    QCOMPARE(int(allDrives(store).size()), 1);
+    QCOMPARE(int(allDrives(store).size()), count - 1);
     for (const QFileInfo &file : QDir(QString::fromStdString(directory)).entryInfoList(QDir::Files)) {
         QCOMPARE(file.ownerId(), ::geteuid());
+    }
+}
+
+void tst_SharedBench::othersLeaveNothingThatItsOwnerCannotWrite()
+{
+    for (const mode_t mode : {02777, 01777}) {
+        const QTemporaryDir temporary;
+        const std::string directory = temporary.path().toStdString();
+        ::chmod(directory.c_str(), mode);
+        QCOMPARE(refusalBy(65533, [&] { makeBench(directory); }), ""s);
+        QCOMPARE(refusalBy(65534, [&] { allDrives(Store(directory)); }), ""s);
+        const auto remove = [&] {
+            Store store(directory);
+            removeDrive(store, "A");
+        };
+        QVERIFY(::geteuid() != 0 || contains(refusalBy(65534, remove), "cannot write "));
+        QCOMPARE(refusalBy(65533, remove), ""s);
     }
 }
 
