@@ -127,6 +127,19 @@ void Store::replaceAll(const std::function<void(Store &store)> &fill)
     connection.keepLog();
 }
 
+/// The document of a row of name, document and checksum. Refused when it is not what was written.
+Store::Row Store::checkedRow(const SQLite::Statement &row) const
+{
+    const Row found{row.getColumn(0).getString(), row.getColumn(1).getString()};
+    if (checksumOf(found.name, found.document) != row.getColumn(2).getInt64()) {
+        if (found.name == HostName) {
+            throw Damaged(connection.file(), "the state of the host is not what was written");
+        }
+        throw invalidDrive(connection.file(), found.name, "it is damaged");
+    }
+    return found;
+}
+
 /// All documents by name. Refused when one of them is not what was written, or one is missing.
 std::vector<Store::Row> Store::rows() const
 {
@@ -135,18 +148,11 @@ std::vector<Store::Row> Store::rows() const
     SQLite::Statement row(
         connection.database(), "SELECT name, document, checksum FROM documents ORDER BY name");
     while (row.executeStep()) {
-        found.push_back({row.getColumn(0).getString(), row.getColumn(1).getString()});
-        const std::int64_t checksum = checksumOf(found.back().name, found.back().document);
-        if (checksum != row.getColumn(2).getInt64()) {
-            if (found.back().name == HostName) {
-                throw Damaged(connection.file(), "the state of the host is not what was written");
-            }
-            throw invalidDrive(connection.file(), found.back().name, "it is damaged");
-        }
-        total += sealOf(checksum);
+        found.push_back(checkedRow(row));
+        total += sealOf(row.getColumn(2).getInt64());
     }
     if (found.empty() || total != connection.database().execAndGet("SELECT total FROM seal").getInt64()) {
-        throw Damaged(connection.file(), "a drive is missing");
+        throw Damaged(connection.file(), "a document is missing");
     }
     return found;
 }
@@ -185,7 +191,19 @@ std::optional<Drive> Store::find(const std::string &serial) const
 
 HostState Store::host() const
 {
-    return Json::parse(rows().front().document);
+    // Not all rows are read for it: each call of the stand-in for ls would.
+    SQLite::Statement row(
+        connection.database(), "SELECT name, document, checksum FROM documents WHERE name = x'' LIMIT 1");
+    if (!row.executeStep()) {
+        throw Damaged(connection.file(), "a document is missing");
+    }
+    return Json::parse(checkedRow(row).document);
+}
+
+void Store::setHost(const HostState &host)
+{
+    rows();
+    updateDocument(HostName, host);
 }
 
 void Store::insertDocument(const std::string &name, const Json &document)

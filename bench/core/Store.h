@@ -4,6 +4,8 @@
 #include "bench/core/Connection.h"
 #include "bench/core/Drive.h"
 
+#include <SQLiteCpp/Statement.h>
+
 #include <functional>
 #include <optional>
 #include <string>
@@ -47,8 +49,9 @@ public:
         return connection.change(work);
     }
 
-    // What follows is for the functions that read() and change() run. Whatever reads a drive looks at all of
-    // them, so that nobody writes beside a damaged one as if nothing were wrong; it is named in the refusal.
+    // What follows is for the functions that read() and change() run. Whatever reads a drive, or sets the
+    // host's state, looks at all of them, so that nobody writes beside a damaged one as if nothing were
+    // wrong; it is named in the refusal.
 
     /// All drives, plugged in or not, by serial number.
     std::vector<Drive> drives() const;
@@ -61,7 +64,7 @@ public:
     bool remove(const std::string &serial);
 
     HostState host() const;
-    void setHost(const HostState &host) { updateDocument(HostName, host); }
+    void setHost(const HostState &host);
 
 private:
     static constexpr const char *HostName = ""; ///< no serial number is empty
@@ -80,6 +83,7 @@ private:
     bool isBench() const;
     void requireThisVersion() const;
     void replaceAll(const std::function<void(Store &store)> &fill);
+    Row checkedRow(const SQLite::Statement &row) const;
     std::vector<Row> rows() const;
     Drive parsed(const Row &row) const;
     void insertDocument(const std::string &name, const Json &document);

@@ -17,7 +17,7 @@ namespace {
 using Change = std::function<void(DeviceInfo &)>;
 
 /// The twelve fields in their order; a field more does not compile.
-auto fieldsOf(const DeviceInfo &record)
+[[maybe_unused]] auto fieldsOf(const DeviceInfo &record)
 {
     const auto &[a, b, c, d, e, f, g, h, i, j, k, l] = record;
     return std::make_tuple(a, b, c, d, e, f, g, h, i, j, k, l);

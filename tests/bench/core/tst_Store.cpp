@@ -138,7 +138,7 @@ void tst_Store::nobodyPassesADamagedRow()
     const std::string row = " holds the drive B, which cannot be read: it is damaged; take it off with: "
                             "drive-bench remove B";
     const std::string whole =
-        " is damaged: a drive is missing; make a new bench with: drive-bench init --force";
+        " is damaged: a document is missing; make a new bench with: drive-bench init --force";
     const std::pair<const char *, std::string> damages[] = {
         {"UPDATE documents SET document = x'7B7D' WHERE name = x'42'", row},
         {"UPDATE documents SET name = x'42' WHERE name = x'43'", row},
