@@ -107,7 +107,7 @@ QWidget *barePage(const QPixmap &drivePicture, const QPixmap &statusPicture)
     return content;
 }
 
-/// Shows pages for so many drives in the stack, in place of the ones that it showed before.
+/// Shows pages for that many drives in the stack, in place of the ones that it showed before.
 void showBarePages(QStackedWidget *stack, int count)
 {
     static const QPixmap drivePicture(":/firmwareUpdater/device/0x0E7A/1A20.png");

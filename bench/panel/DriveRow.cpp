@@ -29,7 +29,7 @@ QString tr(const char *text)
     return DriveRow::tr(text);
 }
 
-QString versionsText(const std::string &firmware, const std::string &configuration)
+QString shortVersions(const std::string &firmware, const std::string &configuration)
 {
     return firmware.empty() ? tr("none")
                             : tr("%1, conf. %2").arg(shownText(firmware), shownText(configuration));
@@ -61,14 +61,14 @@ QString readyText(const DeviceInfo &record)
 std::array<QString, 3> versionTexts(const Drive &drive, const DeviceInfo &record)
 {
     return {
-        drive.plugged ? versionsText(drive.runningFirmware, drive.runningConfiguration) : tr("–"),
-        drive.incomplete ? tr("incomplete") : versionsText(drive.flashFirmware, drive.flashConfiguration),
+        drive.plugged ? shortVersions(drive.runningFirmware, drive.runningConfiguration) : tr("–"),
+        drive.incomplete ? tr("incomplete") : shortVersions(drive.flashFirmware, drive.flashConfiguration),
         shownText(textFromBytes(record.newFirmwareVersion)),
     };
 }
 
 /// What the drive needs or does.
-QString stateText(const Drive &drive, const DeviceInfo &record, int secondsUntilBack)
+QString situationText(const Drive &drive, const DeviceInfo &record, int secondsUntilBack)
 {
     if (secondsUntilBack > 0) {
         return tr("Unplugged, comes back by itself in %1 s").arg(secondsUntilBack);
@@ -246,7 +246,7 @@ void DriveRow::showDrive(const Drive &drive, const DeviceInfo &record)
     }
     const int secondsUntilBack =
         comeBack.isActive() ? std::max(1, (comeBack.remainingTime() + 999) / 1000) : 0;
-    stateLabel->setText(stateText(drive, record, secondsUntilBack));
+    stateLabel->setText(situationText(drive, record, secondsUntilBack));
     progress->setValue(
         static_cast<int>(100 * drive.bytesWritten / std::max<std::int64_t>(1, drive.bytesToWrite)));
     progress->setVisible(drive.state() == DriveState::Writing);

@@ -13,7 +13,7 @@ namespace Pauses {
 void reset();
 /// Microseconds of each pause that was begun, in order.
 QVector<qulonglong> begun();
-/// Ends so many pauses: the current one and those that come, as they begin.
+/// Ends that many pauses: the current one, and those that come as they begin.
 void end(int count = 1);
 /// Ends every pause, also those that come.
 void endAll();

@@ -27,7 +27,7 @@ bool click(const QWidget &window, const QString &text);
 /// window. False when something else lies there.
 bool press(QWidget &widget);
 
-/// The text, so many times: what several equal buttons or labels read.
+/// The text, repeated: what several equal buttons or labels read.
 QStringList repeated(int times, const QString &text);
 
 /// The one page of the window's stack.

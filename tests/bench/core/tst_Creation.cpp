@@ -98,7 +98,7 @@ void tst_Creation::isMadeOnceUnlessReplaced()
     QCOMPARE(bench.content(), before);
     QVERIFY(fs::exists(bench.directory() + "/calls.log"));
     QCOMPARE(creating(bench.directory(), true, [](Store &) {}), ""s);
-    QCOMPARE(bench.content(), empty); // also for who has it open
+    QCOMPARE(bench.content(), empty); // also for a connection that has it open
     QVERIFY(!fs::exists(bench.directory() + "/calls.log") && !fs::exists(bench.directory() + "/images"));
 }
 
