@@ -61,12 +61,13 @@ const char *typeWanted(const Json &json, const Json &pattern)
 
 const Json &patternOfDrives()
 {
-    static const Json pattern = [] {
+    // Never freed: a thread may still read a drive while the process ends.
+    static const auto *const pattern = [] {
         Drive drive;
         drive.faults = {Fault{}};
-        return Json(drive);
+        return new Json(drive);
     }();
-    return pattern;
+    return *pattern;
 }
 
 /// The document with what a new drive of its model, plugged in now, has.

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <filesystem>
 #include <random>
+#include <string_view>
 
 #include <zlib.h>
 
@@ -18,7 +19,7 @@ namespace bench {
 namespace {
 
 // Magic, header as JSON on one line, content, checksum of everything before it as hexadecimal digits.
-const std::string Magic("TFW2\r\n\x1a\n", 8);
+constexpr std::string_view Magic("TFW2\r\n\x1a\n", 8);
 constexpr std::size_t MaximumHeader = 1024;
 constexpr std::size_t ChecksumSize = 8;
 
@@ -35,7 +36,7 @@ std::size_t contentAt(const std::string &file)
 {
     const std::size_t end = file.substr(0, MaximumHeader).find('\n', Magic.size());
     require(!file.empty(), "is empty");
-    require(file.compare(0, Magic.size(), Magic, 0, file.size()) == 0,
+    require(file.compare(0, Magic.size(), Magic.substr(0, file.size())) == 0,
         "is not a firmware image: it does not begin with \"TFW2\"");
     require(end != std::string::npos,
         file.size() < MaximumHeader ? "is truncated in its header" : "has no valid header");
@@ -65,7 +66,7 @@ Image headerOf(const std::string &file)
 std::string imageFile(const Model &model, const std::string &firmware, const std::string &configuration)
 {
     const Image image{model.chipset, firmware, configuration, (38 + 4 * model.chipset) * 1024};
-    std::string file = Magic + Json(image).dump() + '\n';
+    std::string file = std::string(Magic) + Json(image).dump() + '\n';
     std::mt19937 numbers(
         static_cast<unsigned>(::crc32(0, reinterpret_cast<const Bytef *>(file.data()), uInt(file.size()))));
     for (std::int64_t i = 0; i < image.length; ++i) {

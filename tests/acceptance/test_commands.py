@@ -1,6 +1,9 @@
 # SPDX-License-Identifier: MIT
 """Every drive-bench command that changes the bench changes what a running program shows."""
 
+import resource
+import subprocess
+
 
 def test_what_each_command_shows(bench, start):
     newest, _ = bench.newest("Pebble")
@@ -60,3 +63,13 @@ def test_newer_image_makes_a_drive_outdated(bench, start):
     assert bench.flash(serial) == ("9.99", configuration)
     bench.run("replug", serial)
     program.see("Firmware: Up to date.", "Finish")
+
+
+def test_command_with_too_little_memory(bench, bin_dir, directory):
+    document = directory / "large.json"
+    document.write_text("[" * (8 << 20))
+    limit = 60_000 << 10
+    done = subprocess.run([bin_dir / "drive-bench", "init", "--force", "--from", document, "--bench", bench.directory],
+                          capture_output=True, text=True,
+                          preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
+    assert (done.returncode, done.stderr) == (1, "drive-bench: there is not enough memory\n")

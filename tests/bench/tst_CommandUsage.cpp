@@ -24,7 +24,6 @@ private slots:
     void refuses_data();
     void refuses();
     void refusesALargeDocument();
-    void saysThatThereIsNotEnoughMemory();
 };
 
 namespace {
@@ -236,19 +235,6 @@ void tst_CommandUsage::refusesALargeDocument()
     QCOMPARE(ended.status, 1);
     QCOMPARE(ended.errors.toStdString(),
         "drive-bench: " + file + ": is too large; a bench has at most 16777216 bytes\n");
-}
-
-void tst_CommandUsage::saysThatThereIsNotEnoughMemory()
-{
-    TemporaryBench bench;
-    const std::string file = bench.imageDirectory() + "/large";
-    writeFile(file, "[" + std::string(8 << 20, '[') + "]");
-    const Ended ended = runProgram("sh",
-        {"-c", "ulimit -v 60000; exec \"$0\" init --force --from \"$1\"", driveBenchPath(),
-            QString::fromStdString(file)},
-        bench.directory());
-    QCOMPARE(ended.errors, QByteArray("drive-bench: there is not enough memory\n"));
-    QCOMPARE(ended.status, 1);
 }
 
 static const TestClass<tst_CommandUsage> commandUsageTests;

@@ -45,7 +45,7 @@ def test_narrow_terminal(bench, command, outdated):
     outdated("Pebble", rate=SLOW)
     terminal = command.terminal("update", "--all", "--yes", width=20)
     assert terminal.wait_for_end() == 3
-    assert set(terminal.live_lines) == {"0 s  writing Tarvo ", "1 s  writing Tarvo "}
+    assert {line.lstrip("0123456789") for line in terminal.live_lines} == {" s  writing Tarvo "}
 
 
 @pytest.mark.parametrize("kind", ["dumb", ""])

@@ -116,7 +116,7 @@ void tst_BenchDocument::refusesManyMembersAtOnce()
     }
     const std::string refused = refusal([&] { parseBench(text.toStdString(), "x"); });
     QVERIFY2(contains(refused, "is not a known member"), refused.c_str());
-    QVERIFY2(clock.elapsed() < 5000, qPrintable(QString::number(clock.elapsed())));
+    QVERIFY2(clock.elapsed() < 15000, qPrintable(QString::number(clock.elapsed())));
 }
 
 void tst_BenchDocument::isPrintedInAscii()
