@@ -43,7 +43,7 @@ void setFault(const CommandLine &line)
         throw WrongUsage("fault needs SERIAL FAULT, or --list");
     }
     const Fault fault = asUsage([&options] {
-        const Fault given{faultNamed(options.fault), textFrom(options.value), options.once};
+        Fault given{faultNamed(options.fault), textFrom(options.value), options.once};
         check(given);
         return given;
     });

@@ -170,7 +170,7 @@ Drive driveFromJson(const Json &json, const std::string &path)
     checkLike(json, patternOfDrives(), path);
     const bool isWhole = json.size() == patternOfDrives().size();
     const Json whole = isWhole ? Json() : attempt(path + "/model", [&json] { return withDefaults(json); });
-    const Drive drive = attempt(path + "/faults", [&] { return (isWhole ? json : whole).get<Drive>(); });
+    Drive drive = attempt(path + "/faults", [&] { return (isWhole ? json : whole).get<Drive>(); });
     try {
         check(drive);
     } catch (const Refused &refused) {

@@ -49,7 +49,7 @@ Image headerOf(const std::string &file)
     const Json json = Json::parse(
         file.begin() + std::ptrdiff_t(Magic.size()), file.begin() + std::ptrdiff_t(end), nullptr, false);
     attempt("has no valid header", [&json] { checkLike(json, Image(), ""); });
-    const Image image = json;
+    Image image = json;
     require(std::strcmp(bridgeName(image.bridge), "none") != 0,
         "is for an unknown bridge, code " + std::to_string(image.bridge));
     for (const std::string *version : {&image.firmware, &image.configuration}) {
@@ -81,7 +81,7 @@ Image readImage(const std::string &path, std::size_t limit)
     require(whole.size() <= Image::MaximumFile,
         "is too large, more than " + std::to_string(Image::MaximumFile) + " bytes");
     const std::string file = whole.substr(0, limit);
-    const Image image = headerOf(file);
+    Image image = headerOf(file);
     const std::size_t end = contentAt(file) + std::size_t(image.length);
     const std::size_t expected = end + ChecksumSize;
     require(file.size() == expected,
