@@ -11,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -144,18 +145,17 @@ void measure(const std::string &parent)
 
 int main()
 {
-    std::string parent = std::filesystem::temp_directory_path() / "benchmark-bench-XXXXXX";
-    if (::mkdtemp(parent.data()) == nullptr) {
-        std::perror("benchmark-bench");
+    try {
+        std::string parent = std::filesystem::temp_directory_path() / "benchmark-bench-XXXXXX";
+        if (::mkdtemp(parent.data()) == nullptr) {
+            std::perror("benchmark-bench");
+            return 1;
+        }
+        measure(parent);
+        std::filesystem::remove_all(parent);
+        return 0;
+    } catch (const std::exception &problem) {
+        std::fprintf(stderr, "benchmark-bench: %s\n", problem.what());
         return 1;
     }
-    int status = 0;
-    try {
-        measure(parent);
-    } catch (const bench::Refused &refused) {
-        std::fprintf(stderr, "benchmark-bench: %s\n", refused.what());
-        status = 1;
-    }
-    std::filesystem::remove_all(parent);
-    return status;
 }
