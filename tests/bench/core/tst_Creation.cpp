@@ -221,6 +221,7 @@ void tst_Creation::oneOfManyAtOnceMakesTheBench()
         const std::string directory = path("bench") + std::to_string(round);
         std::vector<std::string> reasons(8);
         std::vector<std::thread> threads;
+        threads.reserve(reasons.size());
         for (std::string &reason : reasons) {
             threads.emplace_back([&reason, &directory] { reason = creating(directory, false); });
         }
