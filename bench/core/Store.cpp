@@ -130,7 +130,7 @@ void Store::replaceAll(const std::function<void(Store &store)> &fill)
 /// The document of a row of name, document and checksum. Refused when it is not what was written.
 Store::Row Store::checkedRow(const SQLite::Statement &row) const
 {
-    const Row found{row.getColumn(0).getString(), row.getColumn(1).getString()};
+    Row found{row.getColumn(0).getString(), row.getColumn(1).getString()};
     if (checksumOf(found.name, found.document) != row.getColumn(2).getInt64()) {
         if (found.name == HostName) {
             throw Damaged(connection.file(), "the state of the host is not what was written");

@@ -14,7 +14,7 @@ namespace {
 template <typename Function>
 Function *systemBus(const char *name)
 {
-    const QString library = QCoreApplication::applicationDirPath() + "/tarvo-firmware-power";
+    const QString library = QCoreApplication::applicationDirPath() + "/plugins/tarvo-firmware-power";
     return reinterpret_cast<Function *>(QLibrary::resolve(library, name));
 }
 

@@ -99,8 +99,8 @@ void tst_Store::followsNoLink()
         const QTemporaryDir temporary;
         const std::string other = temporary.path().toStdString();
         createBench(other, false, [](Store &) {});
-        fs::remove(other + '/' + name);
-        fs::create_symlink(bench.directory() + '/' + name, other + '/' + name);
+        fs::remove(fs::path(other) / name);
+        fs::create_symlink(fs::path(bench.directory()) / name, fs::path(other) / name);
         QVERIFY2(contains(opening(other), other + "/bench.sqlite"), name.c_str());
         QCOMPARE(bench.content(), before);
     }
