@@ -73,3 +73,11 @@ def test_command_with_too_little_memory(bench, bin_dir, directory):
                           capture_output=True, text=True,
                           preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS, (limit, limit)))
     assert (done.returncode, done.stderr) == (1, "drive-bench: there is not enough memory\n")
+
+
+def test_clock_before_1970(bench, bin_dir):
+    bench.add("Pebble", serial="TV1")
+    early = ["faketime", "-f", "1960-01-01 00:00:00", bin_dir / "drive-bench"]
+    subprocess.run([*early, "unplug", "TV1", "--bench", bench.directory], check=True)
+    subprocess.run([*early, "add", "Skiff", "--serial", "TV2", "--bench", bench.directory], check=True)
+    assert [drive["state"] for drive in bench.drives().values()] == ["unplugged", "ready"]
